@@ -1,0 +1,64 @@
+// What the user asked `tarvane copy` or `tarvane move` to do, as the command line gave it.
+
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+// What to do about a file whose name is taken. The plan knows the first three; the others answer
+// posted conflicts from code.
+enum class FileConflictChoice {
+    Ask,
+    Overwrite,
+    Skip,
+    Older,
+    Compare,
+    Larger,
+    SizeDiffers,
+    KeepBoth,
+    Fail,
+};
+
+// The same for a directory.
+enum class DirectoryConflictChoice {
+    Ask,
+    Merge,
+    Skip,
+    Fail,
+};
+
+enum class ProgressStyle {
+    Auto,
+    Live,
+    Lines,
+    Json,
+    None,
+};
+
+enum class FlushChoice {
+    Auto,
+    Always,
+    Never,
+};
+
+struct TransferRequest {
+    bool bMove = false;
+    // The last one is the destination unless TargetDirectory is set.
+    std::vector<std::filesystem::path> Operands;
+    std::optional<std::filesystem::path> TargetDirectory;
+    // The destination is a name, never a directory to put the source into.
+    bool bNoTargetDirectory = false;
+    FileConflictChoice OnConflict = FileConflictChoice::Ask;
+    // Merge unless it is given or OnConflict asks.
+    std::optional<DirectoryConflictChoice> OnDirectoryConflict;
+    ProgressStyle Progress = ProgressStyle::Auto;
+    double IntervalSeconds = 5.0;
+    bool bQuiet = false;
+    bool bVerbose = false;
+    FlushChoice Flush = FlushChoice::Auto;
+    bool bPreflight = true;
+    bool bDryRun = false;
+    // Lets a move go on that removes files through a link to a directory.
+    bool bFollowLinks = false;
+};
