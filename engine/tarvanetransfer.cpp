@@ -1,1 +1,1790 @@
+// The file-transfer engine. See tarvanetransfer.h for the contract with the interface.
+//
+// Sections, each using only those above it; search for the bracketed name.
+//
+//   [records]   Constants and private records
+//   [text]      Progress text formatting
+//   [job]       Job state and progress
+//   [handshake] Conflict handshake
+//   [snapshot]  Progress dialog snapshot
+//   [registry]  Job registry and job list
+//   [prepare]   Destination preparation and skip accounting
+//   [conflict]  File conflict records and resolution
+//   [removable] Removable-destination probe
+//   [file]      File copier
+//   [cd-range]  CD track range reader
+//   [cd-wav]    Track-to-WAV extraction
+//   [path]      Path copier
+//   [runner]    Job runner
+
 #include "tarvanetransfer.h"
+
+#include "ring_sound.h"
+#include "tarvaneops.h"
+#include "tarvanepane.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <fstream>
+#include <iomanip>
+#include <iterator>
+#include <limits>
+#include <locale>
+#include <sstream>
+#include <system_error>
+
+#include <fcntl.h>
+#include <linux/cdrom.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+// -------------------------------------------------------------------------------------------------
+// [records] Constants and private records
+//
+// What every later section shares. A step that fails puts one sentence into the caller's
+// ErrorMessage, always by assignment, and says so by its result; a cancel is such a failure, which
+// the runner tells apart by the job's flag.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kTransferBufferBytes = 262144;
+constexpr std::uint64_t kInteractiveCopyBytesPerSecond = 6291456;
+constexpr std::chrono::milliseconds kTransferSampleInterval{160};
+constexpr std::chrono::seconds kTransferSampleWindow{4};
+constexpr int kCddaBytesPerFrame = 2352;
+constexpr int kFramesPerRead = 16;
+
+struct TransferTotals {
+    std::uint64_t ItemCount = 0;
+    std::uint64_t ByteCount = 0;
+};
+
+enum class TransferCopyResult : std::int32_t {
+    Succeeded = 0,
+    Skipped = 1,
+    Failed = 2,
+};
+
+bool Fail(std::string& ErrorMessage, std::string Message) {
+    ErrorMessage = std::move(Message);
+    return false;
+}
+
+TransferCopyResult FailCopy(std::string& ErrorMessage, std::string Message) {
+    ErrorMessage = std::move(Message);
+    return TransferCopyResult::Failed;
+}
+
+// The status of a path that may be missing, links followed. Only a path that could not be looked at
+// leaves an error in OutError.
+fs::file_status QueryStatus(const fs::path& Path, std::error_code& OutError) {
+    const fs::file_status status = fs::status(Path, OutError);
+    if (fs::status_known(status)) {
+        OutError.clear();
+    }
+    return status;
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [text] Progress text formatting
+//
+// Pure functions on both threads; none can fail. The texts are English whatever the program's
+// locale is.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+std::string TransferVerb(bool bMove) {
+    return bMove ? "Move" : "Copy";
+}
+
+std::string TransferStageLabel(TarvaneTransferStage Stage) {
+    switch (Stage) {
+    case TarvaneTransferStage::Preparing:
+        return "Preparing";
+    case TarvaneTransferStage::Copying:
+        return "Copying";
+    case TarvaneTransferStage::RemovingSource:
+        return "Removing source";
+    case TarvaneTransferStage::WaitingForConflict:
+        return "Waiting for conflict choice";
+    case TarvaneTransferStage::Completed:
+        return "Completed";
+    case TarvaneTransferStage::Failed:
+        return "Failed";
+    case TarvaneTransferStage::Canceled:
+        return "Canceled";
+    }
+    return "Pending";
+}
+
+std::uint64_t ToUInt64(std::uintmax_t Value) {
+    return static_cast<std::uint64_t>(Value);
+}
+
+// The unit is chosen before the number is rounded, so one byte below 1 MB reads 1024.0 KB. This is
+// deliberate: the text never claims a unit that the size has not reached.
+std::string FormatBinarySize(std::uint64_t Size) {
+    static constexpr std::array<const char*, 5> kUnits = {"B", "KB", "MB", "GB", "TB"};
+    double value = static_cast<double>(Size);
+    std::size_t unitIndex = 0;
+    while (value >= 1024.0 && unitIndex < kUnits.size() - 1) {
+        value *= 0.0009765625;
+        ++unitIndex;
+    }
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << std::fixed << std::setprecision(unitIndex == 0 ? 0 : 1) << value << ' '
+         << kUnits[unitIndex];
+    return text.str();
+}
+
+std::string FormatRate(std::uint64_t BytesPerSecond) {
+    return FormatBinarySize(BytesPerSecond) + "/s";
+}
+
+std::string FormatDurationShort(double Seconds) {
+    if (!std::isfinite(Seconds) || Seconds < 0.0) {
+        return "--:--";
+    }
+    const auto totalSeconds = static_cast<std::int32_t>(std::lround(Seconds));
+    const std::int32_t hours = totalSeconds / 3600;
+    const std::int32_t minutes = (totalSeconds / 60) % 60;
+    const std::int32_t secs = totalSeconds % 60;
+    std::array<char, 32> buffer{};
+    if (totalSeconds > 3599) {
+        std::snprintf(buffer.data(), buffer.size(), "%d:%02d:%02d", hours, minutes, secs);
+    } else {
+        std::snprintf(buffer.data(), buffer.size(), "%02d:%02d", minutes, secs);
+    }
+    return buffer.data();
+}
+
+std::string FormatPercentString(double Value01) {
+    if (!std::isfinite(Value01)) {
+        return "--";
+    }
+    const int percent = static_cast<int>(std::lround(std::clamp(Value01, 0.0, 1.0) * 100.0));
+    return std::to_string(percent) + "%";
+}
+
+// Counts bytes, so a character of several bytes may be cut at either seam. An even limit leaves the
+// result one byte short of it, which keeps both halves equal.
+std::string ElideMiddle(const std::string& Text, std::size_t MaxChars) {
+    static constexpr std::string_view kEllipsis = "...";
+    if (Text.size() <= MaxChars) {
+        return Text;
+    }
+    const std::size_t keep =
+        MaxChars > kEllipsis.size() ? (MaxChars - kEllipsis.size()) / 2 : std::size_t{0};
+    std::string elided = Text.substr(0, keep);
+    elided += kEllipsis;
+    elided += Text.substr(Text.size() - keep);
+    return elided;
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [job] Job state and progress
+//
+// The worker writes, the interface reads. Counters and flags change before the lock is taken for
+// the texts, so that the copy loop never waits for the interface to read a number. The three
+// finishers differ in when they notify and in the sound, so each is written out.
+// -------------------------------------------------------------------------------------------------
+
+TarvaneTransferJob::TarvaneTransferJob(bool bMoveJob, std::size_t RequestedItemCount,
+                                       std::string SourceName)
+    : bMove(bMoveJob), RequestedTopLevelItems(RequestedItemCount),
+      SourceLabel(std::move(SourceName)), StartedAt(std::chrono::steady_clock::now()) {}
+
+void TarvaneTransferJob::SetStage(TarvaneTransferStage NewStage,
+                                  const std::string& StatusOverride) {
+    Stage = NewStage;
+    const std::lock_guard lock(Mutex);
+    StatusText = StatusOverride.empty() ? TransferStageLabel(NewStage) : StatusOverride;
+}
+
+void TarvaneTransferJob::SetCurrentPath(const std::string& Path, std::uint64_t FileTotalBytes) {
+    CurrentFileTotalBytes = FileTotalBytes;
+    CurrentFileDoneBytes = 0;
+    const std::lock_guard lock(Mutex);
+    CurrentPath = Path;
+}
+
+void TarvaneTransferJob::SetTotals(std::uint64_t TotalItems, std::uint64_t TotalBytes) {
+    ItemsTotal = TotalItems;
+    BytesTotal = TotalBytes;
+}
+
+void TarvaneTransferJob::AddBytesDone(std::uint64_t Delta) {
+    if (Delta == 0) {
+        return;
+    }
+    const std::uint64_t nextBytes = BytesDone.fetch_add(Delta) + Delta;
+    CurrentFileDoneBytes.fetch_add(Delta);
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(Mutex);
+    if (ByteSamples.empty() || now - ByteSamples.back().first >= kTransferSampleInterval) {
+        ByteSamples.emplace_back(now, nextBytes);
+    }
+    while (!ByteSamples.empty() && now - ByteSamples.front().first > kTransferSampleWindow) {
+        ByteSamples.pop_front();
+    }
+}
+
+void TarvaneTransferJob::MarkItemsDone(std::uint64_t Count) {
+    if (Count == 0) {
+        return;
+    }
+    ItemsDone.fetch_add(Count);
+}
+
+void TarvaneTransferJob::SetCurrentFileProgress(std::uint64_t DoneBytes,
+                                                std::uint64_t TotalBytesForFile) {
+    CurrentFileTotalBytes = TotalBytesForFile;
+    CurrentFileDoneBytes = DoneBytes;
+}
+
+void TarvaneTransferJob::RequestCancel() {
+    CancelRequested = true;
+    {
+        const std::lock_guard lock(Mutex);
+        if (!Finished) {
+            StatusText = "Cancel requested";
+        }
+    }
+    ConflictCondition.notify_all();
+}
+
+bool TarvaneTransferJob::IsCancelRequested() const {
+    return CancelRequested;
+}
+
+bool TarvaneTransferJob::IsFinished() const {
+    return Finished;
+}
+
+bool TarvaneTransferJob::IsMove() const {
+    return bMove;
+}
+
+void TarvaneTransferJob::FinishSuccess(const std::string& Message) {
+    Stage = TarvaneTransferStage::Completed;
+    Succeeded = true;
+    Finished = true;
+    const auto now = std::chrono::steady_clock::now();
+    {
+        const std::lock_guard lock(Mutex);
+        StatusText = Message;
+        ByteSamples.emplace_back(now, BytesDone.load());
+    }
+    ConflictCondition.notify_all();
+    PlayTarvaneTransferCompleteSound();
+}
+
+void TarvaneTransferJob::FinishFailure(const std::string& Message) {
+    Stage = TarvaneTransferStage::Failed;
+    Finished = true;
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(Mutex);
+    StatusText = Message;
+    ByteSamples.emplace_back(now, BytesDone.load());
+    ConflictCondition.notify_all();
+}
+
+void TarvaneTransferJob::FinishCanceled(const std::string& Message) {
+    Stage = TarvaneTransferStage::Canceled;
+    Canceled = true;
+    Finished = true;
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(Mutex);
+    StatusText = Message;
+    ByteSamples.emplace_back(now, BytesDone.load());
+    ConflictCondition.notify_all();
+}
+
+// -------------------------------------------------------------------------------------------------
+// [handshake] Conflict handshake
+//
+// WaitForConflict posts a conflict and sleeps on the worker; GetPendingConflict and ResolveConflict
+// show and answer it on the interface thread. A conflict is idle, posted (pending) or answered
+// (pending and resolved); only a posted one can be read or answered, and only the worker withdraws
+// it.
+// -------------------------------------------------------------------------------------------------
+
+bool TarvaneTransferJob::WaitForConflict(const TarvaneTransferConflict& Conflict,
+                                         TarvaneTransferConflictAction& OutAction,
+                                         std::string& OutRenamePath) {
+    std::unique_lock lock(Mutex);
+    if (CancelRequested || Finished) {
+        OutAction = TarvaneTransferConflictAction::Cancel;
+        OutRenamePath.clear();
+        return false;
+    }
+
+    const bool directoryConflict = Conflict.Kind == TarvaneTransferConflictKind::Directory;
+    const bool hasDefault = directoryConflict ? bDirectoryDecisionSet : bFileDecisionSet;
+    if (hasDefault) {
+        OutAction = directoryConflict ? DirectoryDecision : FileDecision;
+        OutRenamePath.clear();
+        return true;
+    }
+
+    PostConflict(Conflict);
+    ConflictCondition.wait(lock,
+                           [this] { return bConflictResolved || CancelRequested || Finished; });
+    if (CancelRequested || Finished) {
+        OutAction = TarvaneTransferConflictAction::Cancel;
+        OutRenamePath.clear();
+    } else {
+        OutAction = ConflictAction;
+        OutRenamePath = ConflictRenamePath;
+    }
+    WithdrawConflict();
+    return OutAction != TarvaneTransferConflictAction::Cancel;
+}
+
+// Requires: Mutex is held.
+void TarvaneTransferJob::PostConflict(const TarvaneTransferConflict& Conflict) {
+    PendingConflict = Conflict;
+    bConflictPending = true;
+    bConflictResolved = false;
+    ConflictAction = TarvaneTransferConflictAction::Cancel;
+    ConflictRenamePath.clear();
+    Stage = TarvaneTransferStage::WaitingForConflict;
+    StatusText = "Waiting for conflict choice";
+}
+
+// Goes back to Copying whatever the stage was before; a canceled or finished job keeps its own.
+// Requires: Mutex is held.
+void TarvaneTransferJob::WithdrawConflict() {
+    bConflictPending = false;
+    bConflictResolved = false;
+    PendingConflict = TarvaneTransferConflict();
+    ConflictRenamePath.clear();
+    if (!Finished && !CancelRequested) {
+        Stage = TarvaneTransferStage::Copying;
+        StatusText = "Copying";
+    }
+}
+
+bool TarvaneTransferJob::GetPendingConflict(TarvaneTransferConflict& OutConflict) const {
+    const std::lock_guard lock(Mutex);
+    if (!bConflictPending || bConflictResolved) {
+        return false;
+    }
+    OutConflict = PendingConflict;
+    return true;
+}
+
+bool TarvaneTransferJob::ResolveConflict(TarvaneTransferConflictAction Action,
+                                         const std::string& RenamePath) {
+    {
+        const std::lock_guard lock(Mutex);
+        if (!bConflictPending || bConflictResolved) {
+            return false;
+        }
+        if (Action == TarvaneTransferConflictAction::Rename && RenamePath.empty()) {
+            return false;
+        }
+        if (Action == TarvaneTransferConflictAction::Cancel) {
+            CancelRequested = true;
+        }
+        RememberAnswer(Action);
+        ConflictAction = Action;
+        ConflictRenamePath = RenamePath;
+        bConflictResolved = true;
+        if (Action == TarvaneTransferConflictAction::Cancel) {
+            StatusText = "Cancel requested";
+        }
+    }
+    ConflictCondition.notify_all();
+    return true;
+}
+
+// Keeps an "all" answer that suits the pending conflict's kind, in its single form, so that later
+// conflicts get that. OverwriteAllOlder stays itself: each later file is decided by its own age.
+// Requires: Mutex is held.
+void TarvaneTransferJob::RememberAnswer(TarvaneTransferConflictAction Action) {
+    using Act = TarvaneTransferConflictAction;
+    if (PendingConflict.Kind == TarvaneTransferConflictKind::Directory) {
+        if (Action == Act::MergeAll || Action == Act::SkipAll) {
+            bDirectoryDecisionSet = true;
+            DirectoryDecision = Action == Act::MergeAll ? Act::Merge : Act::Skip;
+        }
+        return;
+    }
+    if (Action == Act::OverwriteAll) {
+        bFileDecisionSet = true;
+        FileDecision = Act::Overwrite;
+    } else if (Action == Act::SkipAll) {
+        bFileDecisionSet = true;
+        FileDecision = Act::Skip;
+    } else if (Action == Act::OverwriteAllOlder) {
+        bFileDecisionSet = true;
+        FileDecision = Act::OverwriteAllOlder;
+    }
+}
+
+// -------------------------------------------------------------------------------------------------
+// [snapshot] Progress dialog snapshot
+//
+// MakeUiSnapshot reads the counters one by one, takes the lock for the two strings and the rate,
+// and builds all text after it. The counters may be a little older than the samples; every derived
+// value tolerates that.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr double kMinimumRateSeconds = 0.05;
+
+double ToSeconds(std::chrono::steady_clock::duration Duration) {
+    return static_cast<double>(std::chrono::nanoseconds(Duration).count()) / 1e9;
+}
+
+double Fraction(std::uint64_t Done, std::uint64_t Total) {
+    return std::min(1.0, static_cast<double>(Done) / static_cast<double>(Total));
+}
+
+// The average since the start, for as long as the samples give no rate.
+std::uint64_t AverageRate(std::uint64_t DoneBytes, double ElapsedSeconds, bool bFinished) {
+    if (DoneBytes == 0 || (ElapsedSeconds <= kMinimumRateSeconds && !bFinished)) {
+        return 0;
+    }
+    const double rateSeconds = std::max(ElapsedSeconds, kMinimumRateSeconds);
+    return static_cast<std::uint64_t>(static_cast<double>(DoneBytes) / rateSeconds);
+}
+
+double OverallFraction(const TarvaneTransferUiSnapshot& Ui, bool bFinished) {
+    if (Ui.TotalBytes > 0) {
+        return Fraction(Ui.DoneBytes, Ui.TotalBytes);
+    }
+    if (Ui.TotalItems > 0) {
+        return Fraction(Ui.DoneItems, Ui.TotalItems);
+    }
+    return bFinished ? 1.0 : 0.0;
+}
+
+// An entry without bytes of its own shows the overall fraction.
+double FileFraction(const TarvaneTransferUiSnapshot& Ui, TarvaneTransferStage Stage) {
+    if (Ui.CurrentFileTotalBytes > 0) {
+        return Fraction(Ui.CurrentFileDoneBytes, Ui.CurrentFileTotalBytes);
+    }
+    if (Stage == TarvaneTransferStage::Preparing || Stage == TarvaneTransferStage::RemovingSource) {
+        return 0.0;
+    }
+    return Ui.OverallProgress01;
+}
+
+std::string StageLine(TarvaneTransferStage Stage, const std::string& StatusText) {
+    const std::string label = TransferStageLabel(Stage);
+    if (StatusText.empty() || StatusText == label) {
+        return "Stage: " + label;
+    }
+    return "Stage: " + label + " | " + StatusText;
+}
+
+std::string PathLine(const std::string& CurrentPath) {
+    static constexpr std::size_t kShownPathBytes = 88;
+    if (CurrentPath.empty()) {
+        return "Current: Waiting...";
+    }
+    return "Current: " + ElideMiddle(CurrentPath, kShownPathBytes);
+}
+
+std::string OverallLine(const TarvaneTransferUiSnapshot& Ui) {
+    const std::string items = std::to_string(Ui.DoneItems) + " / " + std::to_string(Ui.TotalItems);
+    if (Ui.TotalBytes == 0) {
+        return "Overall items " + items;
+    }
+    return "Overall " + FormatBinarySize(Ui.DoneBytes) + " / " + FormatBinarySize(Ui.TotalBytes) +
+           " | Items " + items;
+}
+
+double EstimateRemainingSeconds(const TarvaneTransferUiSnapshot& Ui) {
+    if (Ui.DoneBytes < Ui.TotalBytes && Ui.TransferRateBytesPerSecond > 0) {
+        return static_cast<double>(Ui.TotalBytes - Ui.DoneBytes) /
+               static_cast<double>(Ui.TransferRateBytesPerSecond);
+    }
+    return Ui.bFinished ? 0.0 : -1.0;
+}
+
+// A finished job's line ends with its message. An empty message leaves the separator standing,
+// which is deliberate: the line of a finished job always has this fourth field.
+std::string IoLine(const TarvaneTransferUiSnapshot& Ui) {
+    const std::uint64_t rate = Ui.TransferRateBytesPerSecond;
+    std::string line = "Rate " + (rate > 0 ? FormatRate(rate) : std::string("--")) + " | Spent " +
+                       FormatDurationShort(Ui.ElapsedSeconds) + " | Remaining " +
+                       FormatDurationShort(Ui.RemainingSeconds);
+    if (Ui.bFinished) {
+        line += " | " + Ui.MessageText;
+    }
+    return line;
+}
+
+} // namespace
+
+// The queue is never walked: its two ends are enough. 0 when it cannot tell.
+// Requires: Mutex is held.
+std::uint64_t TarvaneTransferJob::SampledRateBytesPerSecond() const {
+    if (ByteSamples.size() < 2) {
+        return 0;
+    }
+    const auto& [firstTime, firstBytes] = ByteSamples.front();
+    const auto& [lastTime, lastBytes] = ByteSamples.back();
+    const double sampleSeconds = ToSeconds(lastTime - firstTime);
+    if (!(sampleSeconds > kMinimumRateSeconds) || lastBytes < firstBytes) {
+        return 0;
+    }
+    return static_cast<std::uint64_t>(static_cast<double>(lastBytes - firstBytes) / sampleSeconds);
+}
+
+TarvaneTransferUiSnapshot TarvaneTransferJob::MakeUiSnapshot() const {
+    TarvaneTransferUiSnapshot ui;
+    const TarvaneTransferStage stage = Stage;
+    ui.TotalItems = ItemsTotal;
+    ui.DoneItems = ItemsDone;
+    ui.TotalBytes = BytesTotal;
+    ui.DoneBytes = BytesDone;
+    ui.CurrentFileTotalBytes = CurrentFileTotalBytes;
+    ui.CurrentFileDoneBytes = CurrentFileDoneBytes;
+    ui.ElapsedSeconds = ToSeconds(std::chrono::steady_clock::now() - StartedAt);
+
+    std::string currentPath;
+    {
+        const std::lock_guard lock(Mutex);
+        currentPath = CurrentPath;
+        ui.MessageText = StatusText;
+        ui.TransferRateBytesPerSecond = SampledRateBytesPerSecond();
+    }
+
+    if (ui.TransferRateBytesPerSecond == 0) {
+        ui.TransferRateBytesPerSecond = AverageRate(ui.DoneBytes, ui.ElapsedSeconds, Finished);
+    }
+    ui.OverallProgress01 = OverallFraction(ui, Finished);
+    ui.FileProgress01 = FileFraction(ui, stage);
+    ui.bFinished = Finished;
+    ui.bSucceeded = Succeeded;
+    ui.bCanceled = Canceled;
+    ui.bCancelRequested = CancelRequested && !ui.bFinished;
+    ui.StageText = StageLine(stage, ui.MessageText);
+    ui.PathText = PathLine(currentPath);
+    ui.OverallText = OverallLine(ui);
+    ui.RemainingSeconds = EstimateRemainingSeconds(ui);
+    ui.IoText = IoLine(ui);
+    ui.HintText = ui.bCancelRequested
+                      ? "Canceling transfer. Waiting for the current filesystem step to finish."
+                      : "Press Esc to cancel. Partial destination files may remain after a cancel.";
+    return ui;
+}
+
+// -------------------------------------------------------------------------------------------------
+// [registry] Job registry and job list
+//
+// The registry refers to jobs weakly, so listing never keeps one alive. Both operations drop the
+// entries of jobs that are gone. Its mutex is held through a whole collection and comes before each
+// job's Mutex.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+std::mutex gTransferRegistryMutex;
+std::vector<std::weak_ptr<TarvaneTransferJob>> gTransferRegistry;
+
+} // namespace
+
+TarvaneTransferJobSnapshot TarvaneTransferJob::MakeJobSnapshot() const {
+    static constexpr std::string_view kPathPrefix = "Current: ";
+    const TarvaneTransferUiSnapshot ui = MakeUiSnapshot();
+    TarvaneTransferJobSnapshot row;
+    row.Source = SourceLabel.empty() ? "Tarvane" : SourceLabel;
+    row.Job = TransferVerb(bMove);
+    row.State = TransferStageLabel(Stage);
+    row.Progress = FormatPercentString(ui.OverallProgress01);
+    row.Detail = ui.PathText;
+    if (row.Detail.starts_with(kPathPrefix)) {
+        row.Detail.erase(0, kPathPrefix.size());
+    }
+    row.Detail = row.Detail.empty() ? ui.IoText : row.Detail + " | " + ui.IoText;
+    return row;
+}
+
+void RegisterTarvaneTransferJob(const std::shared_ptr<TarvaneTransferJob>& Job) {
+    if (!Job) {
+        return;
+    }
+    const std::lock_guard lock(gTransferRegistryMutex);
+    std::erase_if(gTransferRegistry, [](const auto& Entry) { return Entry.expired(); });
+    gTransferRegistry.push_back(Job);
+}
+
+std::vector<TarvaneTransferJobSnapshot> CollectActiveTarvaneTransferJobSnapshots() {
+    std::vector<TarvaneTransferJobSnapshot> rows;
+    const std::lock_guard lock(gTransferRegistryMutex);
+    std::erase_if(gTransferRegistry, [&rows](const auto& Entry) {
+        const std::shared_ptr<TarvaneTransferJob> job = Entry.lock();
+        if (!job) {
+            return true;
+        }
+        if (!job->IsFinished()) {
+            rows.push_back(job->MakeJobSnapshot());
+        }
+        return false;
+    });
+    return rows;
+}
+
+// -------------------------------------------------------------------------------------------------
+// [prepare] Destination preparation and skip accounting
+//
+// Worker thread. What the copiers share: the folder of a destination, the removal of partial
+// results, and counting what is skipped so that progress still reaches its total.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+bool EnsureDestinationParent(const fs::path& Path, std::string& ErrorMessage) {
+    const fs::path parent = Path.parent_path();
+    if (parent.empty()) {
+        return true;
+    }
+    std::error_code ec;
+    fs::create_directories(parent, ec);
+    if (ec) {
+        return Fail(ErrorMessage, "Failed to create destination directory: " + ec.message());
+    }
+    return true;
+}
+
+// Cleans up after a failure that is already being reported, so its own errors are nobody's news.
+void RemovePathIfPresent(const fs::path& Path) {
+    std::error_code ec;
+    if (fs::is_directory(Path, ec)) {
+        fs::remove_all(Path, ec);
+    } else {
+        fs::remove(Path, ec);
+    }
+}
+
+// Counts: every entry below Path as an item, regular files with their bytes; links are not
+// followed. Errors: what was counted before a failure stays counted.
+bool MarkSkippedPath(const fs::path& Path, TarvaneTransferJob& Job, std::string& ErrorMessage) {
+    std::error_code ec;
+    const fs::file_status status = fs::symlink_status(Path, ec);
+    if (ec) {
+        return Fail(ErrorMessage, ec.message());
+    }
+    if (fs::is_directory(status)) {
+        Job.SetCurrentPath(Path.string(), 0);
+        Job.MarkItemsDone(1);
+        // A folder that cannot be listed counts as empty.
+        const fs::directory_iterator end;
+        for (fs::directory_iterator it(Path, fs::directory_options::skip_permission_denied, ec);
+             it != end; it.increment(ec)) {
+            if (!MarkSkippedPath(it->path(), Job, ErrorMessage)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    std::uint64_t size = 0;
+    if (fs::is_regular_file(status)) {
+        const std::uint64_t fileSize = ToUInt64(fs::file_size(Path, ec));
+        size = ec ? 0 : fileSize;
+    }
+    Job.SetCurrentPath(Path.string(), size);
+    if (size > 0) {
+        Job.AddBytesDone(size);
+        Job.SetCurrentFileProgress(size, size);
+    }
+    Job.MarkItemsDone(1);
+    return true;
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [conflict] File conflict records and resolution
+//
+// Worker thread. ResolveLocalFileConflict turns a taken name into three results for a copier:
+// whether to go on, the path to write, and whether to skip. It blocks only while the interface
+// decides; no lock is held while files are compared.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+std::int64_t ConflictFileTimeTicks(fs::file_time_type Time) {
+    return std::chrono::nanoseconds(Time.time_since_epoch()).count();
+}
+
+// The fraction of a second is cut off, so a file written in that second shows that second.
+std::string FormatConflictFileTime(fs::file_time_type Time) {
+    const auto systemTime = std::chrono::file_clock::to_sys(Time);
+    const std::time_t seconds =
+        std::chrono::duration_cast<std::chrono::seconds>(systemTime.time_since_epoch()).count();
+    std::tm calendar{};
+    localtime_r(&seconds, &calendar);
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << std::put_time(&calendar, "%Y-%m-%d %H:%M:%S");
+    return text.str();
+}
+
+// What cannot be found out stays unset and is no error.
+TarvaneTransferConflict MakeLocalConflict(TarvaneTransferConflictKind Kind, const fs::path& Source,
+                                          const fs::path& Destination) {
+    TarvaneTransferConflict conflict;
+    conflict.Kind = Kind;
+    conflict.SourcePath = Source.string();
+    conflict.DestinationPath = Destination.string();
+
+    std::error_code ec;
+    conflict.bSourceDirectory = fs::is_directory(Source, ec);
+    conflict.bDestinationDirectory = fs::is_directory(Destination, ec);
+
+    const auto querySize = [&ec](const fs::path& Path, std::uint64_t& OutSize, bool& OutKnown) {
+        const std::uint64_t size = ToUInt64(fs::file_size(Path, ec));
+        OutKnown = !ec;
+        OutSize = ec ? 0 : size;
+    };
+    if (!conflict.bSourceDirectory) {
+        querySize(Source, conflict.SourceSizeBytes, conflict.bSourceHasSize);
+    }
+    if (!conflict.bDestinationDirectory) {
+        querySize(Destination, conflict.DestinationSizeBytes, conflict.bDestinationHasSize);
+    }
+
+    const fs::file_time_type sourceTime = fs::last_write_time(Source, ec);
+    if (!ec) {
+        conflict.bSourceHasModifiedTime = true;
+        conflict.SourceModifiedTicks = ConflictFileTimeTicks(sourceTime);
+        conflict.SourceDate = FormatConflictFileTime(sourceTime);
+    }
+    const fs::file_time_type destinationTime = fs::last_write_time(Destination, ec);
+    if (!ec) {
+        conflict.bDestinationHasModifiedTime = true;
+        conflict.DestinationModifiedTicks = ConflictFileTimeTicks(destinationTime);
+        conflict.DestinationDate = FormatConflictFileTime(destinationTime);
+    }
+    return conflict;
+}
+
+bool ShouldOverwriteOlder(const TarvaneTransferConflict& Conflict) {
+    return Conflict.bSourceHasModifiedTime && Conflict.bDestinationHasModifiedTime &&
+           Conflict.SourceModifiedTicks > Conflict.DestinationModifiedTicks;
+}
+
+// Errors: every failure reads as a difference.
+bool LocalFilesHaveSameContent(const fs::path& Source, const fs::path& Destination) {
+    std::error_code ec;
+    const std::uintmax_t sourceSize = fs::file_size(Source, ec);
+    if (ec) {
+        return false;
+    }
+    const std::uintmax_t destinationSize = fs::file_size(Destination, ec);
+    if (ec || sourceSize != destinationSize) {
+        return false;
+    }
+    std::ifstream source(Source, std::ios::binary);
+    std::ifstream destination(Destination, std::ios::binary);
+    if (!source.is_open() || !destination.is_open()) {
+        return false;
+    }
+
+    const auto sourceBuffer = std::make_unique_for_overwrite<char[]>(kTransferBufferBytes);
+    const auto destinationBuffer = std::make_unique_for_overwrite<char[]>(kTransferBufferBytes);
+    while (source) {
+        source.read(sourceBuffer.get(), kTransferBufferBytes);
+        destination.read(destinationBuffer.get(), kTransferBufferBytes);
+        const std::streamsize sourceRead = source.gcount();
+        const std::streamsize destinationRead = destination.gcount();
+        if (sourceRead != destinationRead) {
+            return false;
+        }
+        if (sourceRead == 0) {
+            break;
+        }
+        if (std::memcmp(sourceBuffer.get(), destinationBuffer.get(),
+                        static_cast<std::size_t>(sourceRead)) != 0) {
+            return false;
+        }
+    }
+    return !source.bad() && !destination.bad();
+}
+
+// The new name is a complete path and is checked once; a taken one is not asked about again.
+bool UseRenameTarget(const std::string& RenamePath, fs::path& OutDestination,
+                     std::string& ErrorMessage) {
+    if (RenamePath.empty()) {
+        return Fail(ErrorMessage, "Rename target cannot be empty.");
+    }
+    OutDestination = RenamePath;
+    std::error_code ec;
+    const fs::file_status status = QueryStatus(OutDestination, ec);
+    if (ec) {
+        return Fail(ErrorMessage, "Failed checking rename target: " + ec.message());
+    }
+    if (fs::exists(status)) {
+        return Fail(ErrorMessage, "Rename target already exists: " + OutDestination.string());
+    }
+    return true;
+}
+
+bool ApplyFileAnswer(TarvaneTransferConflictAction Action, const std::string& RenamePath,
+                     const TarvaneTransferConflict& Conflict, const fs::path& Source,
+                     fs::path& OutDestination, bool& OutSkip, std::string& ErrorMessage) {
+    switch (Action) {
+    case TarvaneTransferConflictAction::Skip:
+    case TarvaneTransferConflictAction::SkipAll:
+        OutSkip = true;
+        return true;
+    case TarvaneTransferConflictAction::Overwrite:
+    case TarvaneTransferConflictAction::OverwriteAll:
+        return true;
+    case TarvaneTransferConflictAction::Rename:
+        return UseRenameTarget(RenamePath, OutDestination, ErrorMessage);
+    case TarvaneTransferConflictAction::CompareByContent:
+        OutSkip = LocalFilesHaveSameContent(Source, OutDestination);
+        return true;
+    case TarvaneTransferConflictAction::OverwriteAllOlder:
+        OutSkip = !ShouldOverwriteOlder(Conflict);
+        return true;
+    case TarvaneTransferConflictAction::Merge:
+    case TarvaneTransferConflictAction::MergeAll:
+    case TarvaneTransferConflictAction::Cancel:
+        break;
+    }
+    return Fail(ErrorMessage, "Invalid file conflict decision.");
+}
+
+// Destination and OutDestination may be the same object.
+bool ResolveLocalFileConflict(TarvaneTransferJob& Job, const fs::path& Source,
+                              const fs::path& Destination,
+                              TarvaneTransferConflictPolicy ConflictPolicy,
+                              fs::path& OutDestination, bool& OutSkip, std::string& ErrorMessage) {
+    OutDestination = Destination;
+    OutSkip = false;
+    std::error_code ec;
+    const fs::file_status status = QueryStatus(Destination, ec);
+    if (ec) {
+        return Fail(ErrorMessage,
+                    "Failed checking destination '" + Destination.string() + "': " + ec.message());
+    }
+    if (!fs::exists(status)) {
+        return true;
+    }
+
+    const TarvaneTransferConflict conflict =
+        MakeLocalConflict(TarvaneTransferConflictKind::File, Source, Destination);
+    if (ConflictPolicy == TarvaneTransferConflictPolicy::Skip) {
+        OutSkip = true;
+        return true;
+    }
+    if (ConflictPolicy != TarvaneTransferConflictPolicy::Ask) {
+        return true;
+    }
+
+    TarvaneTransferConflictAction action = TarvaneTransferConflictAction::Overwrite;
+    std::string renamePath;
+    if (!Job.WaitForConflict(conflict, action, renamePath)) {
+        return Fail(ErrorMessage, "Transfer canceled.");
+    }
+    return ApplyFileAnswer(action, renamePath, conflict, Source, OutDestination, OutSkip,
+                           ErrorMessage);
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [removable] Removable-destination probe
+//
+// Worker thread, once per file. Asks the kernel's block-device tree for the device number that
+// holds the destination and nothing else: a file system on a partition has no attribute there and
+// is not removable, deliberately.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Errors: false, silently; only the existence check throws (filesystem_error), when a folder on the
+// way cannot be searched.
+bool IsRemovableDestination(const fs::path& Destination) {
+    const fs::path probe = fs::exists(Destination) ? Destination : Destination.parent_path();
+    if (probe.empty()) {
+        return false;
+    }
+    struct stat info {};
+    if (::stat(probe.c_str(), &info) != 0) {
+        return false;
+    }
+    const std::string device =
+        std::to_string(major(info.st_dev)) + ":" + std::to_string(minor(info.st_dev));
+    std::ifstream attribute(fs::path("/sys/dev/block") / device / "removable");
+    int value = 0;
+    return attribute >> value && value == 1;
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [file] File copier
+//
+// Worker thread. CopyFileWithProgress copies one regular file: resolve the conflict, clear a
+// directory at the target, copy the blocks, pace the writes, and for a move remove the source.
+// Every failure after the destination was opened removes it; each such exit is written out, because
+// what comes before the removal differs.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Sleeps until the average rate since CopyStarted is back at the limit, however long that takes.
+void PaceWrites(std::uint64_t CopiedBytes, std::chrono::steady_clock::time_point CopyStarted) {
+    const double targetElapsed =
+        static_cast<double>(CopiedBytes) / static_cast<double>(kInteractiveCopyBytesPerSecond);
+    const std::chrono::nanoseconds elapsed = std::chrono::steady_clock::now() - CopyStarted;
+    const double remaining = targetElapsed * 1e9 - static_cast<double>(elapsed.count());
+    if (!(remaining > 0.0)) {
+        return;
+    }
+    timespec wait{};
+    wait.tv_sec = static_cast<std::time_t>(remaining / 1e9);
+    wait.tv_nsec = static_cast<long>(remaining - static_cast<double>(wait.tv_sec) * 1e9);
+    while (nanosleep(&wait, &wait) != 0 && errno == EINTR) {}
+}
+
+// An exception of the probe is an ordinary failure of the copy.
+bool ProbeRemovable(const fs::path& Target, bool& OutRemovable, std::string& ErrorMessage) {
+    try {
+        OutRemovable = IsRemovableDestination(Target);
+    } catch (const fs::filesystem_error& error) {
+        return Fail(ErrorMessage, "Failed checking destination '" + Target.string() +
+                                      "': " + error.code().message());
+    }
+    return true;
+}
+
+// Counts: bytes, a block at a time; not taken back on failure. Errors: the target is removed.
+bool CopyBlocks(std::ifstream& In, std::ofstream& Out, const fs::path& Target,
+                TarvaneTransferJob& Job, std::string& ErrorMessage) {
+    const auto buffer = std::make_unique_for_overwrite<char[]>(kTransferBufferBytes);
+    bool paceForRemovableMedia = false;
+    if (!ProbeRemovable(Target, paceForRemovableMedia, ErrorMessage)) {
+        Out.close();
+        RemovePathIfPresent(Target);
+        return false;
+    }
+    const auto copyStarted = std::chrono::steady_clock::now();
+    std::uint64_t copiedBytes = 0;
+    while (In) {
+        if (Job.IsCancelRequested()) {
+            In.close();
+            Out.close();
+            RemovePathIfPresent(Target);
+            return Fail(ErrorMessage, "Transfer canceled.");
+        }
+        In.read(buffer.get(), kTransferBufferBytes);
+        const std::streamsize readBytes = In.gcount();
+        if (readBytes <= 0) {
+            break;
+        }
+        Out.write(buffer.get(), readBytes);
+        if (!Out) {
+            Out.close();
+            RemovePathIfPresent(Target);
+            return Fail(ErrorMessage, "Failed while writing destination file.");
+        }
+        Job.AddBytesDone(static_cast<std::uint64_t>(readBytes));
+        copiedBytes += static_cast<std::uint64_t>(readBytes);
+        if (paceForRemovableMedia) {
+            PaceWrites(copiedBytes, copyStarted);
+        }
+    }
+    if (In.bad()) {
+        Out.close();
+        RemovePathIfPresent(Target);
+        return Fail(ErrorMessage, "Failed while reading source file.");
+    }
+    Out.flush();
+    if (!Out) {
+        Out.close();
+        RemovePathIfPresent(Target);
+        return Fail(ErrorMessage, "Failed to flush destination file.");
+    }
+    return true;
+}
+
+// Makes room for a file at Target: its folder exists and no directory stands in its place. An
+// existing file is left for the open to truncate.
+bool PrepareFileTarget(const fs::path& Target, std::string& ErrorMessage) {
+    if (!EnsureDestinationParent(Target, ErrorMessage)) {
+        return false;
+    }
+    std::error_code ec;
+    const bool targetIsDirectory = fs::is_directory(Target, ec);
+    if (ec && ec != std::errc::no_such_file_or_directory) {
+        return Fail(ErrorMessage,
+                    "Could not inspect destination '" + Target.string() + "': " + ec.message());
+    }
+    if (targetIsDirectory) {
+        fs::remove_all(Target, ec);
+        if (ec) {
+            return Fail(ErrorMessage, "Failed to replace destination directory: " + ec.message());
+        }
+    }
+    return true;
+}
+
+// Carries over the data only: the destination has the permissions, owner and times of a new file.
+// Counts: the file's bytes and one item, also when it is skipped. Errors: no destination is left
+// but where removing a move's source failed: then the complete copy stays.
+TransferCopyResult CopyFileWithProgress(const fs::path& Source, const fs::path& Destination,
+                                        TarvaneTransferJob& Job,
+                                        TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
+                                        std::string& ErrorMessage) {
+    if (Job.IsCancelRequested()) {
+        return FailCopy(ErrorMessage, "Transfer canceled.");
+    }
+    std::error_code ec;
+    const std::uint64_t fileSize = ToUInt64(fs::file_size(Source, ec));
+    if (ec) {
+        return FailCopy(ErrorMessage,
+                        "Could not read source file '" + Source.string() + "': " + ec.message());
+    }
+
+    fs::path target = Destination;
+    bool skip = false;
+    if (!ResolveLocalFileConflict(Job, Source, target, ConflictPolicy, target, skip,
+                                  ErrorMessage)) {
+        return TransferCopyResult::Failed;
+    }
+    if (skip) {
+        Job.SetCurrentPath(Source.string(), fileSize);
+        Job.AddBytesDone(fileSize);
+        Job.SetCurrentFileProgress(fileSize, fileSize);
+        Job.MarkItemsDone(1);
+        return TransferCopyResult::Skipped;
+    }
+    if (!PrepareFileTarget(target, ErrorMessage)) {
+        return TransferCopyResult::Failed;
+    }
+
+    Job.SetCurrentPath(Source.string(), fileSize);
+    std::ifstream in(Source, std::ios::binary);
+    if (!in.is_open()) {
+        return FailCopy(ErrorMessage, "Failed to open source file.");
+    }
+    std::ofstream out(target, std::ios::binary | std::ios::trunc);
+    if (!out.is_open()) {
+        return FailCopy(ErrorMessage, "Failed to open destination file.");
+    }
+    if (!CopyBlocks(in, out, target, Job, ErrorMessage)) {
+        return TransferCopyResult::Failed;
+    }
+    Job.SetCurrentFileProgress(fileSize, fileSize);
+    Job.MarkItemsDone(1);
+    if (bMove) {
+        fs::remove(Source, ec);
+        if (ec) {
+            return FailCopy(ErrorMessage, "Copied data but could not remove original '" +
+                                              Source.string() + "': " + ec.message());
+        }
+    }
+    return TransferCopyResult::Succeeded;
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [cd-range] CD track range reader
+//
+// Worker thread. GetCddaTrackFrameRange reads the table of contents through the CD-ROM driver.
+// Frame numbers are absolute MSF positions: the two seconds (150 frames) before the first track are
+// deliberately not subtracted, so track 1 of a normal disc starts at frame 150.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+std::string SystemErrorText() {
+    return std::strerror(errno);
+}
+
+std::int32_t CddaMsfToFrames(const cdrom_msf0& Msf) {
+    return Msf.minute * 4500 + Msf.second * 75 + Msf.frame;
+}
+
+// Requires: Fd is an open drive; the caller closes it.
+bool ReadTrackBounds(int Fd, const std::string& DevicePath, int RequestedTrack,
+                     std::int32_t& OutStartFrame, std::int32_t& OutEndFrame,
+                     std::string& ErrorMessage) {
+    cdrom_tochdr header{};
+    if (ioctl(Fd, CDROMREADTOCHDR, &header) < 0) {
+        return Fail(ErrorMessage,
+                    "No readable audio CD TOC in " + DevicePath + ": " + SystemErrorText());
+    }
+    if (RequestedTrack < header.cdth_trk0 || RequestedTrack > header.cdth_trk1) {
+        return Fail(ErrorMessage, "Audio CD track is outside the disc TOC.");
+    }
+
+    cdrom_tocentry trackEntry{};
+    trackEntry.cdte_track = static_cast<__u8>(RequestedTrack);
+    trackEntry.cdte_format = CDROM_MSF;
+    if (ioctl(Fd, CDROMREADTOCENTRY, &trackEntry) < 0) {
+        return Fail(ErrorMessage, "Could not read audio CD track start: " + SystemErrorText());
+    }
+    if ((trackEntry.cdte_ctrl & CDROM_DATA_TRACK) != 0) {
+        return Fail(ErrorMessage, "Selected CD track is a data track, not audio.");
+    }
+    OutStartFrame = CddaMsfToFrames(trackEntry.cdte_addr.msf);
+
+    // A track ends where the next one begins, so the gap between them belongs to it.
+    cdrom_tocentry nextEntry{};
+    nextEntry.cdte_format = CDROM_MSF;
+    nextEntry.cdte_track = RequestedTrack == header.cdth_trk1
+                               ? static_cast<__u8>(CDROM_LEADOUT)
+                               : static_cast<__u8>(RequestedTrack + 1);
+    if (ioctl(Fd, CDROMREADTOCENTRY, &nextEntry) < 0) {
+        return Fail(ErrorMessage, "Could not read audio CD track end: " + SystemErrorText());
+    }
+    OutEndFrame = CddaMsfToFrames(nextEntry.cdte_addr.msf);
+    return true;
+}
+
+// The range is half-open. Errors: the drive is closed; the numbers stay as far as they were read.
+bool GetCddaTrackFrameRange(const std::string& Source, std::int32_t& OutStartFrame,
+                            std::int32_t& OutEndFrame, std::string& ErrorMessage) {
+    OutStartFrame = 0;
+    OutEndFrame = 0;
+    const std::string devicePath = TarvaneCddaDeviceFromPath(Source);
+    const int requestedTrack = TarvaneCddaTrackFromPath(Source);
+    if (devicePath.empty() || requestedTrack <= 0) {
+        return Fail(ErrorMessage, "Invalid audio CD track path.");
+    }
+    const int fd = open(devicePath.c_str(), O_RDONLY | O_NONBLOCK);
+    if (fd < 0) {
+        return Fail(ErrorMessage,
+                    "Could not open CD drive " + devicePath + ": " + SystemErrorText());
+    }
+    const bool read =
+        ReadTrackBounds(fd, devicePath, requestedTrack, OutStartFrame, OutEndFrame, ErrorMessage);
+    close(fd);
+    if (!read) {
+        return false;
+    }
+    if (OutEndFrame <= OutStartFrame) {
+        return Fail(ErrorMessage, "Audio CD track has an invalid frame range.");
+    }
+    return true;
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [cd-wav] Track-to-WAV extraction
+//
+// Worker thread. ExtractCddaTrackToWav writes a track as the drive delivers it: no retry, no error
+// correction, no byte swapping. The MSF positions of the range go to the drive as LBA addresses
+// unchanged, deliberately: the audio starts two seconds after the position in the table of
+// contents, and the last track's reads reach up to 149 frames past the lead-out.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+void WriteLe16(std::ostream& Out, std::uint16_t Value) {
+    Out.put(static_cast<char>(Value & 0xff));
+    Out.put(static_cast<char>(Value >> 8));
+}
+
+void WriteLe32(std::ostream& Out, std::uint32_t Value) {
+    WriteLe16(Out, static_cast<std::uint16_t>(Value & 0xffff));
+    WriteLe16(Out, static_cast<std::uint16_t>(Value >> 16));
+}
+
+void WriteWavHeader(std::ostream& Out, std::uint32_t DataBytes) {
+    Out.write("RIFF", 4);
+    WriteLe32(Out, DataBytes + 36);
+    Out.write("WAVE", 4);
+    Out.write("fmt ", 4);
+    WriteLe32(Out, 16);     // bytes of the format chunk
+    WriteLe16(Out, 1);      // PCM
+    WriteLe16(Out, 2);      // channels
+    WriteLe32(Out, 44100);  // samples per second
+    WriteLe32(Out, 176400); // bytes per second
+    WriteLe16(Out, 4);      // bytes per stereo sample
+    WriteLe16(Out, 16);     // bits per sample
+    Out.write("data", 4);
+    WriteLe32(Out, DataBytes);
+}
+
+// Requires: Out has the header, Fd is the open drive. Counts: bytes, a read at a time; not taken
+// back on failure. Errors: Out and Fd are closed and Destination is removed.
+bool CopyCddaFrames(int Fd, std::int32_t StartFrame, std::int32_t EndFrame, std::ofstream& Out,
+                    const fs::path& Destination, TarvaneTransferJob& Job,
+                    std::string& ErrorMessage) {
+    std::array<__u8, std::size_t{kFramesPerRead} * kCddaBytesPerFrame> buffer{};
+    std::int32_t frame = StartFrame;
+    while (frame < EndFrame) {
+        if (Job.IsCancelRequested()) {
+            Out.close();
+            close(Fd);
+            RemovePathIfPresent(Destination);
+            return Fail(ErrorMessage, "Transfer canceled.");
+        }
+        const std::int32_t framesThisRead = std::min(EndFrame - frame, kFramesPerRead);
+        cdrom_read_audio readAudio{};
+        readAudio.addr.lba = frame;
+        readAudio.addr_format = CDROM_LBA;
+        readAudio.nframes = framesThisRead;
+        readAudio.buf = buffer.data();
+        if (ioctl(Fd, CDROMREADAUDIO, &readAudio) < 0) {
+            Out.close();
+            close(Fd);
+            RemovePathIfPresent(Destination);
+            // The error number is read after the clean-up, deliberately.
+            return Fail(ErrorMessage, "Failed reading audio CD sectors: " + SystemErrorText());
+        }
+        const std::int32_t bytesRead = framesThisRead * kCddaBytesPerFrame;
+        Out.write(reinterpret_cast<const char*>(buffer.data()), bytesRead);
+        if (!Out) {
+            Out.close();
+            close(Fd);
+            RemovePathIfPresent(Destination);
+            return Fail(ErrorMessage, "Failed while writing WAV data.");
+        }
+        Job.AddBytesDone(static_cast<std::uint64_t>(bytesRead));
+        frame += framesThisRead;
+    }
+    return true;
+}
+
+// Counts: the track's bytes and one item. Errors: a failure after the WAV was opened removes it;
+// one before leaves the destination untouched.
+bool ExtractCddaTrackToWav(const std::string& Source, const fs::path& Destination,
+                           TarvaneTransferJob& Job, std::string& ErrorMessage) {
+    if (Job.IsCancelRequested()) {
+        return Fail(ErrorMessage, "Transfer canceled.");
+    }
+    if (!EnsureDestinationParent(Destination, ErrorMessage)) {
+        return false;
+    }
+    std::int32_t startFrame = 0;
+    std::int32_t endFrame = 0;
+    if (!GetCddaTrackFrameRange(Source, startFrame, endFrame, ErrorMessage)) {
+        return false;
+    }
+    const std::int64_t dataBytes64 = std::int64_t{endFrame - startFrame} * kCddaBytesPerFrame;
+    if (dataBytes64 > std::numeric_limits<std::uint32_t>::max()) {
+        return Fail(ErrorMessage, "Audio CD track is too large for a standard WAV file.");
+    }
+    const auto dataBytes = static_cast<std::uint32_t>(dataBytes64);
+
+    const std::string devicePath = TarvaneCddaDeviceFromPath(Source);
+    const int fd = open(devicePath.c_str(), O_RDONLY | O_NONBLOCK);
+    if (fd < 0) {
+        return Fail(ErrorMessage,
+                    "Could not open CD drive " + devicePath + ": " + SystemErrorText());
+    }
+    std::ofstream out(Destination, std::ios::binary | std::ios::trunc);
+    if (!out.is_open()) {
+        close(fd);
+        return Fail(ErrorMessage, "Failed to open destination WAV file.");
+    }
+    WriteWavHeader(out, dataBytes);
+    if (!out) {
+        close(fd);
+        RemovePathIfPresent(Destination);
+        return Fail(ErrorMessage, "Failed to write WAV header.");
+    }
+    Job.SetCurrentPath(Source, dataBytes);
+    if (!CopyCddaFrames(fd, startFrame, endFrame, out, Destination, Job, ErrorMessage)) {
+        return false;
+    }
+    out.flush();
+    if (!out) {
+        out.close();
+        close(fd);
+        RemovePathIfPresent(Destination);
+        return Fail(ErrorMessage, "Failed to flush destination WAV file.");
+    }
+    close(fd);
+    Job.SetCurrentFileProgress(dataBytes, dataBytes);
+    Job.MarkItemsDone(1);
+    return true;
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [path] Path copier
+//
+// Worker thread. CopyPathWithProgress takes one path of any kind and calls itself for the entries
+// of a directory. All kind tests follow links: a link to a directory becomes a real directory with
+// the linked contents, and on a move the files inside it are removed and then the link. A move that
+// gets here is always copy, then delete, entry by entry; nothing is rolled back.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+TransferCopyResult CopyPathWithProgress(const fs::path& Source, const fs::path& Destination,
+                                        TarvaneTransferJob& Job,
+                                        TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
+                                        std::string& ErrorMessage);
+
+// Removes nothing: the tracks of a moved CD stay where they are.
+TransferCopyResult CopyCddaTrack(const fs::path& Source, const fs::path& Destination,
+                                 TarvaneTransferJob& Job,
+                                 TarvaneTransferConflictPolicy ConflictPolicy,
+                                 std::string& ErrorMessage) {
+    const std::string sourceText = Source.string();
+    fs::path target = Destination;
+    bool skip = false;
+    if (!ResolveLocalFileConflict(Job, Source, target, ConflictPolicy, target, skip,
+                                  ErrorMessage)) {
+        return TransferCopyResult::Failed;
+    }
+    if (skip) {
+        Job.SetCurrentPath(sourceText, 0);
+        Job.MarkItemsDone(1);
+        return TransferCopyResult::Skipped;
+    }
+    return ExtractCddaTrackToWav(sourceText, target, Job, ErrorMessage)
+               ? TransferCopyResult::Succeeded
+               : TransferCopyResult::Failed;
+}
+
+// A link that leads to neither a file nor a directory is recreated as a link; what the standard
+// copy refuses (a pipe, a socket, a device) fails with its text.
+TransferCopyResult CopySpecialEntry(const fs::path& Source, const fs::path& Destination,
+                                    TarvaneTransferJob& Job,
+                                    TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
+                                    std::string& ErrorMessage) {
+    fs::path target = Destination;
+    bool skip = false;
+    if (!ResolveLocalFileConflict(Job, Source, target, ConflictPolicy, target, skip,
+                                  ErrorMessage)) {
+        return TransferCopyResult::Failed;
+    }
+    if (skip) {
+        Job.SetCurrentPath(Source.string(), 0);
+        Job.MarkItemsDone(1);
+        return TransferCopyResult::Skipped;
+    }
+    if (!EnsureDestinationParent(target, ErrorMessage)) {
+        return TransferCopyResult::Failed;
+    }
+    std::error_code ec;
+    const bool targetIsDirectory = fs::is_directory(target, ec);
+    if (ec && ec != std::errc::no_such_file_or_directory) {
+        return FailCopy(ErrorMessage,
+                        "Could not inspect destination '" + target.string() + "': " + ec.message());
+    }
+    if (targetIsDirectory) {
+        fs::remove_all(target, ec);
+        if (ec) {
+            return FailCopy(ErrorMessage, ec.message());
+        }
+    }
+    fs::copy(Source, target, fs::copy_options::overwrite_existing | fs::copy_options::copy_symlinks,
+             ec);
+    if (ec) {
+        return FailCopy(ErrorMessage, ec.message());
+    }
+    Job.SetCurrentPath(Source.string(), 0);
+    Job.MarkItemsDone(1);
+    if (bMove) {
+        fs::remove(Source, ec);
+        if (ec) {
+            return FailCopy(ErrorMessage, "Copied data but could not remove original '" +
+                                              Source.string() + "': " + ec.message());
+        }
+    }
+    return TransferCopyResult::Succeeded;
+}
+
+// Asks whenever anything stands at the destination, a file included. Both other policies merge:
+// Skip deliberately leaves whole directories to the file conflicts inside them.
+bool ResolveLocalDirectoryConflict(TarvaneTransferJob& Job, const fs::path& Source,
+                                   const fs::path& Destination,
+                                   TarvaneTransferConflictPolicy ConflictPolicy, bool& OutSkip,
+                                   std::string& ErrorMessage) {
+    OutSkip = false;
+    std::error_code ec;
+    const fs::file_status status = QueryStatus(Destination, ec);
+    if (ec) {
+        return Fail(ErrorMessage,
+                    "Failed checking destination '" + Destination.string() + "': " + ec.message());
+    }
+    if (!fs::exists(status) || ConflictPolicy != TarvaneTransferConflictPolicy::Ask) {
+        return true;
+    }
+
+    const TarvaneTransferConflict conflict =
+        MakeLocalConflict(TarvaneTransferConflictKind::Directory, Source, Destination);
+    TarvaneTransferConflictAction action = TarvaneTransferConflictAction::Merge;
+    // A directory is never renamed; what came with the answer lands in the message, deliberately.
+    if (!Job.WaitForConflict(conflict, action, ErrorMessage)) {
+        return Fail(ErrorMessage, "Transfer canceled.");
+    }
+    switch (action) {
+    case TarvaneTransferConflictAction::Skip:
+    case TarvaneTransferConflictAction::SkipAll:
+        OutSkip = true;
+        return true;
+    case TarvaneTransferConflictAction::Merge:
+    case TarvaneTransferConflictAction::MergeAll:
+        return true;
+    case TarvaneTransferConflictAction::Overwrite:
+    case TarvaneTransferConflictAction::Rename:
+    case TarvaneTransferConflictAction::OverwriteAll:
+    case TarvaneTransferConflictAction::CompareByContent:
+    case TarvaneTransferConflictAction::OverwriteAllOlder:
+    case TarvaneTransferConflictAction::Cancel:
+        break;
+    }
+    return Fail(ErrorMessage, "Invalid directory merge decision.");
+}
+
+// Makes Destination a directory, in place of whatever else stands there.
+bool PrepareDirectoryTarget(const fs::path& Source, const fs::path& Destination,
+                            TarvaneTransferJob& Job, std::string& ErrorMessage) {
+    std::error_code ec;
+    const fs::file_status status = QueryStatus(Destination, ec);
+    if (ec) {
+        return Fail(ErrorMessage,
+                    "Failed checking destination '" + Destination.string() + "': " + ec.message());
+    }
+    if (fs::exists(status) && !fs::is_directory(status)) {
+        fs::remove(Destination, ec);
+        if (ec) {
+            return Fail(ErrorMessage, "Failed to replace destination path: " + ec.message());
+        }
+    }
+    Job.SetCurrentPath(Source.string(), 0);
+    fs::create_directories(Destination, ec);
+    if (ec) {
+        return Fail(ErrorMessage, "Failed to create destination directory: " + ec.message());
+    }
+    return true;
+}
+
+// Goes through the entries in the order of the listing; the first failure ends it. A directory that
+// may not be read is empty.
+bool CopyDirectoryEntries(const fs::path& Source, const fs::path& Destination,
+                          TarvaneTransferJob& Job, TarvaneTransferConflictPolicy ConflictPolicy,
+                          bool bMove, std::string& ErrorMessage) {
+    std::error_code ec;
+    const fs::directory_iterator end;
+    for (fs::directory_iterator it(Source, fs::directory_options::skip_permission_denied, ec);
+         it != end; it.increment(ec)) {
+        if (Job.IsCancelRequested()) {
+            return Fail(ErrorMessage, "Transfer canceled.");
+        }
+        const TransferCopyResult result =
+            CopyPathWithProgress(it->path(), Destination / it->path().filename(), Job,
+                                 ConflictPolicy, bMove, ErrorMessage);
+        if (result == TransferCopyResult::Failed) {
+            return false;
+        }
+    }
+    if (ec) {
+        return Fail(ErrorMessage, ec.message());
+    }
+    return true;
+}
+
+// Counts: the directory as one item, before its entries.
+TransferCopyResult CopyDirectory(const fs::path& Source, const fs::path& Destination,
+                                 TarvaneTransferJob& Job,
+                                 TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
+                                 std::string& ErrorMessage) {
+    if (TarvanePathIsInside(Source, Destination)) {
+        return FailCopy(ErrorMessage, "Destination cannot be inside the source directory.");
+    }
+    bool skip = false;
+    if (!ResolveLocalDirectoryConflict(Job, Source, Destination, ConflictPolicy, skip,
+                                       ErrorMessage)) {
+        return TransferCopyResult::Failed;
+    }
+    if (skip) {
+        return MarkSkippedPath(Source, Job, ErrorMessage) ? TransferCopyResult::Skipped
+                                                          : TransferCopyResult::Failed;
+    }
+    if (!PrepareDirectoryTarget(Source, Destination, Job, ErrorMessage)) {
+        return TransferCopyResult::Failed;
+    }
+    Job.MarkItemsDone(1);
+    if (!CopyDirectoryEntries(Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage)) {
+        return TransferCopyResult::Failed;
+    }
+    if (bMove) {
+        std::error_code ec;
+        fs::remove(Source, ec);
+        // Skipped entries remain in the source, deliberately without an error.
+        if (ec && ec != std::errc::directory_not_empty) {
+            return FailCopy(ErrorMessage, "Copied data but could not remove original '" +
+                                              Source.string() + "': " + ec.message());
+        }
+    }
+    return TransferCopyResult::Succeeded;
+}
+
+TransferCopyResult CopyPathWithProgress(const fs::path& Source, const fs::path& Destination,
+                                        TarvaneTransferJob& Job,
+                                        TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
+                                        std::string& ErrorMessage) {
+    if (TarvaneIsCddaPath(Source.string())) {
+        return CopyCddaTrack(Source, Destination, Job, ConflictPolicy, ErrorMessage);
+    }
+    std::error_code ec;
+    if (!fs::exists(Source, ec)) {
+        return FailCopy(ErrorMessage, "Source does not exist: " + Source.string());
+    }
+    if (TarvanePathsEquivalentOrSame(Source, Destination)) {
+        return FailCopy(ErrorMessage, "Source and destination are the same path.");
+    }
+    const fs::file_status status = fs::status(Source, ec);
+    if (fs::is_directory(status)) {
+        return CopyDirectory(Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage);
+    }
+    if (fs::is_regular_file(status)) {
+        return CopyFileWithProgress(Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage);
+    }
+    if (ec) {
+        return FailCopy(ErrorMessage,
+                        "Could not inspect source '" + Source.string() + "': " + ec.message());
+    }
+    return CopySpecialEntry(Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage);
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [runner] Job runner
+//
+// RunTarvaneTransferJob is the worker thread's whole life: scan every item for the totals, then
+// process the items in order, a move by renaming where that works. Every path through it calls
+// exactly one finisher.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Lowers the calling thread's I/O priority to the idle class and restores it at the end of the
+// scope. Failures are ignored: the transfer then competes like any other program.
+class ScopedIdleIoPriority {
+public:
+    ScopedIdleIoPriority()
+        : PreviousPriority(
+              static_cast<std::int32_t>(syscall(SYS_ioprio_get, kWhoProcess, kCallingThread))) {
+        if (PreviousPriority >= 0) {
+            Changed = syscall(SYS_ioprio_set, kWhoProcess, kCallingThread, kIdleClass) == 0;
+        }
+    }
+    ~ScopedIdleIoPriority() {
+        if (Changed) {
+            syscall(SYS_ioprio_set, kWhoProcess, kCallingThread, PreviousPriority);
+        }
+    }
+    ScopedIdleIoPriority(const ScopedIdleIoPriority&) = delete;
+    ScopedIdleIoPriority& operator=(const ScopedIdleIoPriority&) = delete;
+
+private:
+    static constexpr int kWhoProcess = 1;
+    static constexpr int kCallingThread = 0;
+    static constexpr int kIdleClass = 3 << 13;
+
+    std::int32_t PreviousPriority;
+    bool Changed = false;
+};
+
+// Counts every entry below a directory; the bytes are those of regular files, also through a link.
+// A link to a directory is one entry and is not entered.
+bool ScanDirectory(const fs::path& Source, TarvaneTransferJob& Job, TransferTotals& OutTotals,
+                   std::string& ErrorMessage) {
+    TransferTotals totals{1, 0};
+    std::error_code ec;
+    const fs::recursive_directory_iterator end;
+    for (fs::recursive_directory_iterator it(Source, fs::directory_options::skip_permission_denied,
+                                             ec);
+         it != end; it.increment(ec)) {
+        if (Job.IsCancelRequested()) {
+            return Fail(ErrorMessage, "Transfer canceled.");
+        }
+        Job.SetCurrentPath(it->path().string(), 0);
+        std::error_code entryEc;
+        if (it->is_regular_file(entryEc)) {
+            const std::uint64_t fileSize = ToUInt64(it->file_size(entryEc));
+            totals.ByteCount += entryEc ? 0 : fileSize;
+        }
+        if (entryEc) {
+            return Fail(ErrorMessage, entryEc.message());
+        }
+        ++totals.ItemCount;
+    }
+    if (ec) {
+        return Fail(ErrorMessage, ec.message());
+    }
+    OutTotals = totals;
+    return true;
+}
+
+bool ScanCddaTrack(const std::string& SourceText, TarvaneTransferJob& Job,
+                   TransferTotals& OutTotals, std::string& ErrorMessage) {
+    std::int32_t startFrame = 0;
+    std::int32_t endFrame = 0;
+    if (!GetCddaTrackFrameRange(SourceText, startFrame, endFrame, ErrorMessage)) {
+        return false;
+    }
+    const auto bytes =
+        static_cast<std::uint64_t>(std::int64_t{endFrame - startFrame} * kCddaBytesPerFrame);
+    Job.SetCurrentPath(SourceText, bytes);
+    OutTotals = {1, bytes};
+    return true;
+}
+
+bool ScanTransferPath(const fs::path& Source, TarvaneTransferJob& Job, TransferTotals& OutTotals,
+                      std::string& ErrorMessage) {
+    const std::string sourceText = Source.string();
+    if (TarvaneIsCddaPath(sourceText)) {
+        return ScanCddaTrack(sourceText, Job, OutTotals, ErrorMessage);
+    }
+    std::error_code ec;
+    if (!fs::exists(Source, ec)) {
+        return Fail(ErrorMessage, "Source does not exist.");
+    }
+    Job.SetCurrentPath(sourceText, 0);
+    const bool symbolicLink = fs::is_symlink(Source, ec);
+    if (symbolicLink || ec) {
+        OutTotals = {1, 0};
+        return !ec;
+    }
+    const fs::file_status status = fs::status(Source, ec);
+    if (fs::is_regular_file(status)) {
+        const std::uint64_t fileSize = ToUInt64(fs::file_size(Source, ec));
+        if (ec) {
+            return Fail(ErrorMessage, ec.message());
+        }
+        OutTotals = {1, fileSize};
+        return true;
+    }
+    if (fs::is_directory(status)) {
+        return ScanDirectory(Source, Job, OutTotals, ErrorMessage);
+    }
+    if (ec) {
+        return Fail(ErrorMessage, ec.message());
+    }
+    OutTotals = {1, 0};
+    return true;
+}
+
+// Ends a job whose step failed: a requested cancel is the reason whatever the step says.
+void FinishFailedStep(TarvaneTransferJob& Job, bool bMove, const std::string& ErrorMessage,
+                      const std::string& MessageWithoutText) {
+    if (Job.IsCancelRequested()) {
+        Job.FinishCanceled(TransferVerb(bMove) +
+                           " canceled. Partial destination files may remain.");
+    } else {
+        Job.FinishFailure(ErrorMessage.empty() ? MessageWithoutText : ErrorMessage);
+    }
+}
+
+// False when the job was finished.
+bool ScanPlan(TarvaneTransferPlan& Plan, TarvaneTransferJob& Job) {
+    Job.SetStage(TarvaneTransferStage::Preparing, "Scanning transfer contents");
+    std::uint64_t totalItems = 0;
+    std::uint64_t totalBytes = 0;
+    for (TarvaneTransferItemPlan& item : Plan.Items) {
+        TransferTotals totals;
+        std::string errorMessage;
+        if (!ScanTransferPath(item.SourcePath, Job, totals, errorMessage)) {
+            FinishFailedStep(Job, Plan.bMove, errorMessage, "Failed to scan transfer source.");
+            return false;
+        }
+        item.ItemCount = totals.ItemCount;
+        item.ByteCount = totals.ByteCount;
+        totalItems += totals.ItemCount;
+        totalBytes += totals.ByteCount;
+    }
+    Job.SetTotals(totalItems, totalBytes);
+    return true;
+}
+
+// Moves a whole item onto a free destination of the same file system. False means that it has to be
+// copied, for whatever reason.
+bool TryRenameItem(const TarvaneTransferItemPlan& Item, TarvaneTransferJob& Job) {
+    Job.SetStage(TarvaneTransferStage::Copying, "Moving items");
+    Job.SetCurrentPath(Item.SourcePath.string(), Item.ByteCount);
+    std::error_code ec;
+    const bool destinationExists = fs::exists(Item.DestinationPath, ec);
+    if (ec || destinationExists) {
+        return false;
+    }
+    fs::rename(Item.SourcePath, Item.DestinationPath, ec);
+    const bool renamed = !ec;
+    if (renamed) {
+        Job.AddBytesDone(Item.ByteCount);
+        Job.SetCurrentFileProgress(Item.ByteCount, Item.ByteCount);
+        Job.MarkItemsDone(Item.ItemCount);
+    }
+    return renamed;
+}
+
+// False when the job was finished.
+bool ProcessItem(const TarvaneTransferPlan& Plan, const TarvaneTransferItemPlan& Item,
+                 TarvaneTransferJob& Job) {
+    std::string errorMessage;
+    if (!EnsureDestinationParent(Item.DestinationPath, errorMessage)) {
+        Job.FinishFailure(errorMessage);
+        return false;
+    }
+    if (Plan.bMove && TryRenameItem(Item, Job)) {
+        return true;
+    }
+    Job.SetStage(TarvaneTransferStage::Copying,
+                 Plan.bMove ? "Copying data for move" : "Copying items");
+    const TransferCopyResult copyResult = CopyPathWithProgress(
+        Item.SourcePath, Item.DestinationPath, Job, Plan.ConflictPolicy, Plan.bMove, errorMessage);
+    if (copyResult == TransferCopyResult::Failed) {
+        FinishFailedStep(Job, Plan.bMove, errorMessage, "Transfer failed.");
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+void RunTarvaneTransferJob(const std::shared_ptr<TarvaneTransferJob>& Job,
+                           TarvaneTransferPlan Plan) {
+    if (!Job) {
+        return;
+    }
+    const ScopedIdleIoPriority idleIoPriority;
+    if (!ScanPlan(Plan, *Job)) {
+        return;
+    }
+    for (const TarvaneTransferItemPlan& item : Plan.Items) {
+        if (Job->IsCancelRequested()) {
+            Job->FinishCanceled(TransferVerb(Plan.bMove) +
+                                " canceled. Partial destination files may remain.");
+            return;
+        }
+        if (!ProcessItem(Plan, item, *Job)) {
+            return;
+        }
+    }
+    // A cancel that came during the last item is too late: everything is done.
+    Job->FinishSuccess((Plan.bMove ? "Moved " : "Copied ") + std::to_string(Plan.Items.size()) +
+                       " item(s).");
+}
