@@ -1,1 +1,121 @@
 #include "ring_sound.h"
+
+#include "completion_bell.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+#ifdef TARVANE_HAS_CANBERRA
+#include <canberra.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+// Set when a transfer completes and taken back when its sound plays.
+std::atomic<bool> gBellDue{false};
+
+// True while a thread is in StartSound, which a sound server that hangs may keep for ever.
+std::atomic<bool> gSoundStarting{false};
+
+constexpr std::chrono::milliseconds kStartLimit{100};
+constexpr std::chrono::milliseconds kStartPoll{5};
+
+#ifdef TARVANE_HAS_CANBERRA
+
+// Whether the sound server of this user listens on this machine. A remote user would not hear it,
+// and the sound library complains on standard error about another user's directory.
+bool SoundServerCanBeExpected() {
+    const char* const runtimeDirectory = std::getenv("XDG_RUNTIME_DIR");
+    if (std::getenv("SSH_CONNECTION") != nullptr || runtimeDirectory == nullptr) {
+        return false;
+    }
+    const std::string serverSocket = std::string(runtimeDirectory) + "/pulse/native";
+    struct stat status {};
+    return ::stat(runtimeDirectory, &status) == 0 && status.st_uid == ::geteuid() &&
+           ::stat(serverSocket.c_str(), &status) == 0 && S_ISSOCK(status.st_mode);
+}
+
+ca_context* OpenContext() {
+    ca_context* context = nullptr;
+    if (ca_context_create(&context) != CA_SUCCESS) {
+        return nullptr;
+    }
+    // The other drivers open the sound card themselves and print when there is none.
+    if (ca_context_set_driver(context, "pulse") == CA_SUCCESS &&
+        ca_context_open(context) == CA_SUCCESS) {
+        return context;
+    }
+    ca_context_destroy(context);
+    return nullptr;
+}
+
+// The connection stays open: the sound goes on after this returns, and the next one needs it again.
+//
+// Threads: one at a time, which gSoundStarting sees to.
+bool StartSound() {
+    static ca_context* context = nullptr;
+    if (context == nullptr) {
+        context = OpenContext();
+    }
+    if (context == nullptr) {
+        return false;
+    }
+    if (ca_context_play(context, 0, CA_PROP_EVENT_ID, "complete-copy", CA_PROP_EVENT_DESCRIPTION,
+                        "Transfer completed", nullptr) == CA_SUCCESS) {
+        return true;
+    }
+    ca_context_destroy(context);
+    context = nullptr;
+    return false;
+}
+
+#else
+
+bool SoundServerCanBeExpected() {
+    return false;
+}
+
+bool StartSound() {
+    return false;
+}
+
+#endif
+
+void ReplaceBellBySound() {
+    if (StartSound()) {
+        gBellDue = false;
+    }
+    gSoundStarting = false;
+}
+
+} // namespace
+
+void PlayTarvaneTransferCompleteSound() noexcept {
+    bool bStarting = false;
+    try {
+        bStarting = SoundServerCanBeExpected() && !gSoundStarting.exchange(true);
+        gBellDue = true;
+        if (bStarting) {
+            std::thread(ReplaceBellBySound).detach();
+        }
+    } catch (...) {
+        // No memory or no thread for the sound.
+        gBellDue = true;
+        if (bStarting) {
+            gSoundStarting = false;
+        }
+    }
+}
+
+bool TakeTarvaneCompletionBell() noexcept {
+    for (auto waited = kStartPoll; gBellDue && gSoundStarting && waited <= kStartLimit;
+         waited += kStartPoll) {
+        std::this_thread::sleep_for(kStartPoll);
+    }
+    return gBellDue.exchange(false);
+}

@@ -1,0 +1,268 @@
+// The sound or the bell of a finished transfer. The calls that talk to a sound server are replaced
+// at the link, except where the library's own silence is under test.
+
+#include "completion_bell.h"
+#include "ring_sound.h"
+
+#include "becomes_true.h"
+#include "file_tree.h"
+#include "temporary_directory.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdarg>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include <canberra.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+enum class Server {
+    Plays,
+    RefusesConnections,
+    RefusesSounds,
+    IsSlow,
+    Hangs,
+    Real,
+};
+
+std::atomic<Server> gServer{Server::Plays};
+std::atomic<int> gConnections{0};
+std::atomic<int> gSounds{0};
+// The last sound's event, written before it is counted.
+std::string gEvent;
+
+} // namespace
+
+// The names that the linker gives to the library's functions and to what replaces them.
+int RealOpen(ca_context* Context) asm("__real_ca_context_open");
+int WrappedOpen(ca_context* Context) asm("__wrap_ca_context_open");
+int WrappedPlay(ca_context* Context, uint32_t Id, ...) asm("__wrap_ca_context_play");
+
+int WrappedOpen(ca_context* Context) {
+    ++gConnections;
+    if (gServer == Server::Real) {
+        return RealOpen(Context);
+    }
+    if (gServer == Server::IsSlow) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    EXPECT_TRUE(BecomesTrue("the server answers", [] { return gServer != Server::Hangs; }));
+    return gServer == Server::RefusesConnections ? CA_ERROR_NOTAVAILABLE : CA_SUCCESS;
+}
+
+int WrappedPlay(ca_context*, uint32_t Id, ...) {
+    va_list properties;
+    va_start(properties, Id);
+    const std::string key = va_arg(properties, const char*);
+    gEvent = key + "=" + va_arg(properties, const char*);
+    va_end(properties);
+    ++gSounds;
+    return gServer == Server::RefusesSounds ? CA_ERROR_DISCONNECTED : CA_SUCCESS;
+}
+
+namespace {
+
+// A user of this machine with the socket of a sound server.
+class CompletionSound : public testing::Test {
+protected:
+    void SetUp() override {
+        fs::create_directory(Runtime / "pulse");
+        MakeSocket(Socket());
+        ::setenv("XDG_RUNTIME_DIR", Runtime.Path().c_str(), 1);
+        ::unsetenv("SSH_CONNECTION");
+        gServer = Server::Plays;
+        gConnections = 0;
+        gSounds = 0;
+    }
+
+    void TearDown() override { ::unsetenv("XDG_RUNTIME_DIR"); }
+
+    fs::path Socket() const { return Runtime / "pulse/native"; }
+
+    // Returns when the server was asked for the sound.
+    static void CompleteTransferWithSound() {
+        const int before = gSounds;
+        PlayTarvaneTransferCompleteSound();
+        ASSERT_TRUE(BecomesTrue("the sound is asked for", [&] { return gSounds > before; }));
+    }
+
+    // The next transfer connects to the server.
+    static void LoseConnection() {
+        gServer = Server::RefusesSounds;
+        CompleteTransferWithSound();
+        EXPECT_TRUE(TakeTarvaneCompletionBell());
+        gConnections = 0;
+        gSounds = 0;
+    }
+
+    // Rings, and does so without looking for a server.
+    static void ExpectBellAlone() {
+        PlayTarvaneTransferCompleteSound();
+        EXPECT_TRUE(TakeTarvaneCompletionBell());
+        EXPECT_EQ(gConnections, 0);
+        EXPECT_EQ(gSounds, 0);
+    }
+
+    const TemporaryDirectory Runtime;
+};
+
+// Sends what is written to a descriptor into a file, until the end of the scope.
+class RedirectedDescriptor {
+public:
+    RedirectedDescriptor(int Number, const fs::path& File)
+        : Descriptor(Number), Kept(::dup(Number)) {
+        const int file = ::open(File.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        ::dup2(file, Descriptor);
+        ::close(file);
+    }
+    ~RedirectedDescriptor() {
+        ::dup2(Kept, Descriptor);
+        ::close(Kept);
+    }
+    RedirectedDescriptor(const RedirectedDescriptor&) = delete;
+    RedirectedDescriptor& operator=(const RedirectedDescriptor&) = delete;
+
+private:
+    const int Descriptor;
+    const int Kept;
+};
+
+} // namespace
+
+TEST_F(CompletionSound, RingsNoBellBeforeATransferCompletes) {
+    EXPECT_FALSE(TakeTarvaneCompletionBell());
+}
+
+TEST_F(CompletionSound, PlaysCompleteCopyInsteadOfTheBell) {
+    CompleteTransferWithSound();
+    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_EQ(gEvent, "event.id=complete-copy");
+}
+
+TEST_F(CompletionSound, RingsTheBellWithoutARuntimeDirectory) {
+    ::unsetenv("XDG_RUNTIME_DIR");
+    ExpectBellAlone();
+}
+
+TEST_F(CompletionSound, RingsTheBellWhenTheRuntimeDirectoryIsMissing) {
+    ::setenv("XDG_RUNTIME_DIR", (Runtime / "missing").c_str(), 1);
+    ExpectBellAlone();
+}
+
+TEST_F(CompletionSound, RingsTheBellWithoutASocket) {
+    fs::remove(Socket());
+    ExpectBellAlone();
+}
+
+TEST_F(CompletionSound, RingsTheBellWhenAFileIsInTheSocketsPlace) {
+    fs::remove(Socket());
+    WriteFile(Socket(), "");
+    ExpectBellAlone();
+}
+
+TEST_F(CompletionSound, RingsTheBellForARemoteUser) {
+    ::setenv("SSH_CONNECTION", "192.0.2.1 50000 192.0.2.2 22", 1);
+    ExpectBellAlone();
+}
+
+TEST_F(CompletionSound, RingsTheBellWhenTheRuntimeDirectoryIsAnotherUsers) {
+    ASSERT_EQ(::chown(Runtime.Path().c_str(), 65534, 65534), 0) << "this test needs root";
+    ExpectBellAlone();
+}
+
+TEST_F(CompletionSound, RingsTheBellOnce) {
+    ::unsetenv("XDG_RUNTIME_DIR");
+    PlayTarvaneTransferCompleteSound();
+    EXPECT_TRUE(TakeTarvaneCompletionBell());
+    EXPECT_FALSE(TakeTarvaneCompletionBell());
+}
+
+TEST_F(CompletionSound, RingsOneBellForTransfersThatCompleteTogether) {
+    ::unsetenv("XDG_RUNTIME_DIR");
+    PlayTarvaneTransferCompleteSound();
+    PlayTarvaneTransferCompleteSound();
+    EXPECT_TRUE(TakeTarvaneCompletionBell());
+    EXPECT_FALSE(TakeTarvaneCompletionBell());
+}
+
+TEST_F(CompletionSound, RingsTheBellWhenTheServerRefusesTheSound) {
+    gServer = Server::RefusesSounds;
+    CompleteTransferWithSound();
+    EXPECT_TRUE(TakeTarvaneCompletionBell());
+}
+
+TEST_F(CompletionSound, KeepsTheConnectionForTheNextTransfer) {
+    CompleteTransferWithSound();
+    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    const int connections = gConnections;
+    CompleteTransferWithSound();
+    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_EQ(gConnections, connections);
+}
+
+TEST_F(CompletionSound, ConnectsAnewAfterTheServerRefusedASound) {
+    LoseConnection();
+    gServer = Server::Plays;
+    CompleteTransferWithSound();
+    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_EQ(gConnections, 1);
+}
+
+TEST_F(CompletionSound, RingsTheBellWhenTheServerRefusesTheConnection) {
+    LoseConnection();
+    gServer = Server::RefusesConnections;
+    PlayTarvaneTransferCompleteSound();
+    EXPECT_TRUE(TakeTarvaneCompletionBell());
+    EXPECT_EQ(gSounds, 0);
+}
+
+TEST_F(CompletionSound, WaitsWithTheBellForAServerThatIsSlow) {
+    LoseConnection();
+    gServer = Server::IsSlow;
+    PlayTarvaneTransferCompleteSound();
+    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_EQ(gSounds, 1);
+}
+
+// Were the completion to wait for the server, it would not return before the server answers, which
+// it does only after that.
+TEST_F(CompletionSound, ReturnsAtOnceAndRingsTheBellWhileTheServerHangs) {
+    LoseConnection();
+    gServer = Server::Hangs;
+    PlayTarvaneTransferCompleteSound();
+    EXPECT_TRUE(TakeTarvaneCompletionBell());
+    PlayTarvaneTransferCompleteSound();
+    EXPECT_TRUE(TakeTarvaneCompletionBell());
+    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_EQ(gConnections, 1);
+    gServer = Server::Plays;
+    EXPECT_TRUE(BecomesTrue("transfers have their sound again", [] {
+        PlayTarvaneTransferCompleteSound();
+        return !TakeTarvaneCompletionBell() && gSounds > 1;
+    }));
+}
+
+// Of the library's drivers, one opens the sound card itself and prints where there is none.
+TEST_F(CompletionSound, PrintsNothingWhenNoServerAnswersOnTheSocket) {
+    LoseConnection();
+    gServer = Server::Real;
+    bool bRings = false;
+    {
+        const RedirectedDescriptor output(STDOUT_FILENO, Runtime / "output");
+        const RedirectedDescriptor errors(STDERR_FILENO, Runtime / "errors");
+        PlayTarvaneTransferCompleteSound();
+        bRings = TakeTarvaneCompletionBell();
+    }
+    EXPECT_TRUE(bRings);
+    EXPECT_EQ(ReadFile(Runtime / "output"), "");
+    EXPECT_EQ(ReadFile(Runtime / "errors"), "");
+}

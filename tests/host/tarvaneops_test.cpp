@@ -1,0 +1,324 @@
+// The path comparisons that keep the engine from copying a file onto itself or a directory into
+// itself, on real files.
+
+#include "tarvaneops.h"
+
+#include "failing_allocation.h"
+#include "file_tree.h"
+#include "mounts.h"
+#include "temporary_directory.h"
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Relative paths start in the test's directory, and so does the process for the test's duration.
+class PathsOnDisk : public testing::Test {
+protected:
+    void SetUp() override { fs::current_path(Directory.Path()); }
+    void TearDown() override { fs::current_path("/"); }
+
+    fs::path At(const std::string& Name) const { return Directory / Name; }
+
+    const TemporaryDirectory Directory;
+};
+
+class PathsEquivalentOrSame : public PathsOnDisk {};
+class PathIsInside : public PathsOnDisk {};
+
+} // namespace
+
+TEST_F(PathsEquivalentOrSame, HoldsForAFileAndItself) {
+    WriteFile(At("a"), "text");
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("a", "a"));
+}
+
+TEST_F(PathsEquivalentOrSame, IsFalseForTwoFilesOfEqualContents) {
+    WriteFile(At("a"), "text");
+    WriteFile(At("b"), "text");
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("a", "b"));
+}
+
+TEST_F(PathsEquivalentOrSame, HoldsForHardLinksOfOneFile) {
+    WriteFile(At("a"), "text");
+    fs::create_hard_link("a", "b");
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("a", "b"));
+}
+
+TEST_F(PathsEquivalentOrSame, FollowsALinkOnEitherSide) {
+    WriteFile(At("a"), "text");
+    fs::create_symlink("a", "link");
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("link", "a"));
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("a", "link"));
+}
+
+TEST_F(PathsEquivalentOrSame, HoldsForOneDirectoryReachedThroughALink) {
+    fs::create_directories("real/sub");
+    fs::create_directory_symlink("real", "link");
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("real/sub", "link/sub"));
+}
+
+TEST_F(PathsEquivalentOrSame, HoldsForADirectoryMountedASecondTime) {
+    EnterPrivateMountNamespace();
+    fs::create_directory("real");
+    const ScopedMount second = BindReadOnly(At("real"), At("second"));
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("real", "second"));
+}
+
+TEST_F(PathsEquivalentOrSame, IsFalseForEqualInodesOfTwoFileSystems) {
+    EnterPrivateMountNamespace();
+    const ScopedMount first = MountTmpfs(At("first"), "size=64k");
+    const ScopedMount second = MountTmpfs(At("second"), "size=64k");
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("first", "second"));
+}
+
+TEST_F(PathsEquivalentOrSame, HoldsForARelativeAndAnAbsolutePathOfOneFile) {
+    WriteFile(At("a"), "text");
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("a", At("a")));
+}
+
+TEST_F(PathsEquivalentOrSame, HoldsForARelativeAndAnAbsolutePathThatAreMissing) {
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("missing", At("missing")));
+}
+
+TEST_F(PathsEquivalentOrSame, ComparesMissingPathsByTheirNormalTexts) {
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("missing/./a/../b", "missing//b"));
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("missing/b/", "missing/b"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("missing/b", "missing/bc"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("missing/b", "missing"));
+}
+
+TEST_F(PathsEquivalentOrSame, IsFalseWhenOnlyOneExists) {
+    WriteFile(At("a"), "text");
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("a", "missing"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("missing", "a"));
+}
+
+TEST_F(PathsEquivalentOrSame, IgnoresTrailingSlashesOfADirectory) {
+    fs::create_directory("dir");
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("dir/", "dir"));
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("dir", "dir///"));
+}
+
+TEST_F(PathsEquivalentOrSame, HoldsForTheRootInEveryWriting) {
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("/", "/.."));
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("/", "/."));
+}
+
+TEST_F(PathsEquivalentOrSame, StepsBackFromWhereALinkLeads) {
+    fs::create_directories("real/sub");
+    WriteFile(At("real/a"), "text");
+    fs::create_directory_symlink("real/sub", "link");
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("link/../a", "real/a"));
+}
+
+TEST_F(PathsEquivalentOrSame, ComparesADanglingLinkByItsText) {
+    fs::create_symlink("missing", "dangling");
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("dangling", "./dangling"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("dangling", "missing"));
+}
+
+TEST_F(PathsEquivalentOrSame, ComparesALoopOfLinksByItsText) {
+    fs::create_symlink("two", "one");
+    fs::create_symlink("one", "two");
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("one", "./one"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("one", "two"));
+}
+
+TEST_F(PathsEquivalentOrSame, ComparesByTextWhereNothingMayBeLookedAt) {
+    WriteFile(At("locked/a"), "text");
+    fs::create_hard_link("locked/a", "locked/b");
+    fs::permissions("locked", fs::perms::owner_all);
+    const ActingAsNobody nobody;
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("locked/a", "locked/./a"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("locked/a", "locked/b"));
+}
+
+TEST_F(PathsEquivalentOrSame, TakesNamesAsBytes) {
+    WriteFile(At("new\nline \xff"), "text");
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("new\nline \xff", At("new\nline \xff")));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("new\nline \xff", "new\nline \xfe"));
+}
+
+TEST_F(PathsEquivalentOrSame, ComparesRelativeTextsInADirectoryThatWasRemoved) {
+    fs::create_directory("gone");
+    fs::current_path("gone");
+    fs::remove(At("gone"));
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("a", "./a"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("a", "b"));
+}
+
+TEST_F(PathsEquivalentOrSame, HoldsToBeSafeWhenMemoryRunsOut) {
+    const fs::path first = "one name that is too long to fit into the text object itself";
+    const fs::path second = "another name that is too long to fit into the text object itself";
+    ASSERT_FALSE(TarvanePathsEquivalentOrSame(first, second));
+    const FailingAllocation memory(0);
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame(first, second));
+    EXPECT_TRUE(memory.Failed());
+}
+
+TEST_F(PathIsInside, HoldsForEveryDepthBelow) {
+    fs::create_directories("a/b/c");
+    EXPECT_TRUE(TarvanePathIsInside("a", "a/b"));
+    EXPECT_TRUE(TarvanePathIsInside("a", "a/b/c"));
+}
+
+TEST_F(PathIsInside, IsFalseForADirectoryAndItself) {
+    fs::create_directory("a");
+    fs::create_directory_symlink("a", "link");
+    EXPECT_FALSE(TarvanePathIsInside("a", "a"));
+    EXPECT_FALSE(TarvanePathIsInside("a", "a/"));
+    EXPECT_FALSE(TarvanePathIsInside("a/.", At("a")));
+    EXPECT_FALSE(TarvanePathIsInside("a", "link"));
+    EXPECT_FALSE(TarvanePathIsInside("/", "/"));
+}
+
+TEST_F(PathIsInside, IsFalseForTheDirectoryAbove) {
+    fs::create_directories("a/b");
+    EXPECT_FALSE(TarvanePathIsInside("a/b", "a"));
+    EXPECT_FALSE(TarvanePathIsInside("a/b", "/"));
+}
+
+TEST_F(PathIsInside, ComparesWholeComponents) {
+    fs::create_directories("a/b");
+    fs::create_directories("a/bc");
+    EXPECT_FALSE(TarvanePathIsInside("a/b", "a/bc"));
+    EXPECT_FALSE(TarvanePathIsInside("a/b", "a/bc/d"));
+    EXPECT_FALSE(TarvanePathIsInside("a/bc", "a/b/c"));
+}
+
+TEST_F(PathIsInside, HoldsForEverythingBelowTheRoot) {
+    EXPECT_TRUE(TarvanePathIsInside("/", "/missing"));
+    EXPECT_TRUE(TarvanePathIsInside("/", "a"));
+}
+
+TEST_F(PathIsInside, HoldsForAPathThatDoesNotExistYet) {
+    fs::create_directory("a");
+    EXPECT_TRUE(TarvanePathIsInside("a", "a/new"));
+    EXPECT_TRUE(TarvanePathIsInside("a", "a/new/deep/er"));
+    EXPECT_FALSE(TarvanePathIsInside("a", "new/a/b"));
+}
+
+TEST_F(PathIsInside, HoldsForTextsOfWhichNothingExists) {
+    EXPECT_TRUE(TarvanePathIsInside("missing", "missing/b"));
+    EXPECT_FALSE(TarvanePathIsInside("missing", "missing"));
+    EXPECT_FALSE(TarvanePathIsInside("missing/b", "missing/bc/d"));
+}
+
+TEST_F(PathIsInside, MixesRelativeAndAbsolutePaths) {
+    fs::create_directory("a");
+    EXPECT_TRUE(TarvanePathIsInside("a", At("a/new")));
+    EXPECT_TRUE(TarvanePathIsInside(At("a"), "a/new"));
+    EXPECT_TRUE(TarvanePathIsInside(".", "a"));
+    EXPECT_FALSE(TarvanePathIsInside("a", "."));
+}
+
+TEST_F(PathIsInside, IgnoresTrailingAndRepeatedSlashes) {
+    fs::create_directory("a");
+    EXPECT_TRUE(TarvanePathIsInside("a/", "a/new/"));
+    EXPECT_TRUE(TarvanePathIsInside("a//", At("a").string() + "//new"));
+}
+
+TEST_F(PathIsInside, StepsBackInExistingDirectories) {
+    fs::create_directories("a/b");
+    EXPECT_TRUE(TarvanePathIsInside("a", "a/b/../new"));
+    EXPECT_FALSE(TarvanePathIsInside("a", "a/b/../../new"));
+    EXPECT_FALSE(TarvanePathIsInside("a/b", "a/b/../new"));
+    EXPECT_TRUE(TarvanePathIsInside("a/b/..", "a/new"));
+}
+
+TEST_F(PathIsInside, StepsBackOverWhatDoesNotExist) {
+    fs::create_directory("a");
+    EXPECT_TRUE(TarvanePathIsInside("a", "missing/../a/new"));
+    EXPECT_FALSE(TarvanePathIsInside("a", "a/missing/../../new"));
+}
+
+TEST_F(PathIsInside, ResolvesALinkBehindAStepBackOverWhatDoesNotExist) {
+    fs::create_directory("a");
+    fs::create_directory_symlink("a", "link");
+    EXPECT_TRUE(TarvanePathIsInside("a", "missing/../link/new"));
+}
+
+TEST_F(PathIsInside, StepsBackFromWhereALinkLeads) {
+    fs::create_directories("a/b");
+    fs::create_directory_symlink("a/b", "link");
+    EXPECT_TRUE(TarvanePathIsInside("a", "link/../new"));
+}
+
+TEST_F(PathIsInside, ResolvesLinksInEitherPath) {
+    fs::create_directories("real/b");
+    fs::create_directory_symlink("real", "link");
+    EXPECT_TRUE(TarvanePathIsInside("real", "link/new"));
+    EXPECT_TRUE(TarvanePathIsInside("link", "real/new"));
+    EXPECT_TRUE(TarvanePathIsInside("link/b", "real/b/new/er"));
+}
+
+TEST_F(PathIsInside, ResolvesLinksToAbsolutePathsAndToLinks) {
+    fs::create_directory("real");
+    fs::create_directory_symlink(At("real"), "first");
+    fs::create_directory_symlink("./first", "second");
+    EXPECT_TRUE(TarvanePathIsInside("real", "second/new"));
+}
+
+TEST_F(PathIsInside, IsFalseForALinkInsideThatLeadsOutside) {
+    fs::create_directory("a");
+    fs::create_directory("outside");
+    fs::create_directory_symlink("../outside", "a/link");
+    EXPECT_FALSE(TarvanePathIsInside("a", "a/link/new"));
+}
+
+TEST_F(PathIsInside, ResolvesALinkToWhatDoesNotExistYet) {
+    fs::create_directory("a");
+    fs::create_symlink("a/new", "dangling");
+    EXPECT_TRUE(TarvanePathIsInside("a", "dangling"));
+    EXPECT_TRUE(TarvanePathIsInside("a", "dangling/er"));
+}
+
+TEST_F(PathIsInside, TakesALoopOfLinksAsItIsWritten) {
+    fs::create_directory("a");
+    fs::create_symlink("two", "a/one");
+    fs::create_symlink("one", "a/two");
+    EXPECT_TRUE(TarvanePathIsInside("a", "a/one/new"));
+    EXPECT_FALSE(TarvanePathIsInside("b", "a/one/new"));
+}
+
+TEST_F(PathIsInside, HoldsForADirectoryMountedASecondTime) {
+    EnterPrivateMountNamespace();
+    fs::create_directory("real");
+    const ScopedMount second = BindReadOnly(At("real"), At("second"));
+    EXPECT_TRUE(TarvanePathIsInside("real", "second/new"));
+    EXPECT_FALSE(TarvanePathIsInside("real", "second"));
+}
+
+TEST_F(PathIsInside, TakesPathsAsTheyAreWrittenWhereNothingMayBeLookedAt) {
+    fs::create_directories("locked/a");
+    fs::permissions("locked", fs::perms::owner_all);
+    const ActingAsNobody nobody;
+    EXPECT_TRUE(TarvanePathIsInside("locked/a", "locked/a/new"));
+    EXPECT_FALSE(TarvanePathIsInside("locked/a", "locked/b"));
+}
+
+TEST_F(PathIsInside, TakesNamesAsBytes) {
+    fs::create_directory("new\nline \xff");
+    EXPECT_TRUE(TarvanePathIsInside("new\nline \xff", "new\nline \xff/ "));
+    EXPECT_FALSE(TarvanePathIsInside("new\nline \xff", "new\nline \xfe/ "));
+}
+
+TEST_F(PathIsInside, HoldsToBeSafeForARelativePathInADirectoryThatWasRemoved) {
+    fs::create_directory("gone");
+    fs::current_path("gone");
+    fs::remove(At("gone"));
+    EXPECT_TRUE(TarvanePathIsInside("/usr", "a"));
+}
+
+TEST_F(PathIsInside, HoldsToBeSafeWhenMemoryRunsOut) {
+    const fs::path outside = At("outside");
+    ASSERT_FALSE(TarvanePathIsInside(Directory / "a", outside));
+    const FailingAllocation memory(0);
+    EXPECT_TRUE(TarvanePathIsInside(outside, outside));
+    EXPECT_TRUE(memory.Failed());
+}

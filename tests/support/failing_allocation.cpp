@@ -1,0 +1,54 @@
+#include "failing_allocation.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local bool gLimited = false;
+thread_local bool gFailed = false;
+thread_local std::size_t gAllowed = 0;
+
+bool MayAllocate() {
+    if (!gLimited) {
+        return true;
+    }
+    if (gAllowed == 0) {
+        gFailed = true;
+        return false;
+    }
+    --gAllowed;
+    return true;
+}
+
+} // namespace
+
+void* operator new(std::size_t Size) {
+    void* memory = MayAllocate() ? std::malloc(Size == 0 ? 1 : Size) : nullptr;
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+void operator delete(void* Memory) noexcept {
+    std::free(Memory);
+}
+
+void operator delete(void* Memory, std::size_t) noexcept {
+    std::free(Memory);
+}
+
+FailingAllocation::FailingAllocation(std::size_t Allowed) {
+    gFailed = false;
+    gAllowed = Allowed;
+    gLimited = true;
+}
+
+FailingAllocation::~FailingAllocation() {
+    gLimited = false;
+}
+
+bool FailingAllocation::Failed() const {
+    return gFailed;
+}

@@ -1,0 +1,115 @@
+#include "mounts.h"
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+#include <system_error>
+
+namespace {
+
+constexpr uid_t kNobody = 65534;
+
+void RequireSuccess(int Result, const std::string& What) {
+    if (Result != 0) {
+        throw std::system_error(errno, std::generic_category(), What + " (needs root)");
+    }
+}
+
+void MountOrThrow(const std::string& What, const std::filesystem::path& Where,
+                  const std::string& Type, unsigned long Flags, const std::string& Options) {
+    RequireSuccess(::mount(What.c_str(), Where.c_str(), Type.c_str(), Flags, Options.c_str()),
+                   "mounting " + What + " at " + Where.string());
+}
+
+void RunOrThrow(const std::string& Command) {
+    if (std::system(Command.c_str()) != 0) {
+        throw std::runtime_error("this failed (needs root): " + Command);
+    }
+}
+
+// Big enough for the files of the tests that measure the rate.
+constexpr int kDiskMegabytes = 24;
+
+std::filesystem::path InOwnNamespace(const std::filesystem::path& Path) {
+    EnterPrivateMountNamespace();
+    return Path;
+}
+
+std::filesystem::path Written(const std::filesystem::path& Path, const std::string& Text) {
+    std::ofstream(Path) << Text;
+    return Path;
+}
+
+} // namespace
+
+void EnterPrivateMountNamespace() {
+    RequireSuccess(::unshare(CLONE_NEWNS), "entering a mount namespace");
+    MountOrThrow("none", "/", "", MS_REC | MS_PRIVATE, "");
+}
+
+ScopedMount::~ScopedMount() {
+    ::umount2(MountPoint.c_str(), MNT_DETACH);
+}
+
+ScopedMount MountTmpfs(const std::filesystem::path& Where, const std::string& Options) {
+    std::filesystem::create_directories(Where);
+    MountOrThrow("tmpfs", Where, "tmpfs", 0, Options);
+    return ScopedMount(Where);
+}
+
+ScopedMount MountLoopDisk(const std::filesystem::path& Where, int SizeMegabytes) {
+    std::filesystem::create_directories(Where);
+    const std::string image = Where.string() + ".image";
+    std::ofstream(image).close();
+    std::filesystem::resize_file(image, static_cast<std::uintmax_t>(SizeMegabytes) << 20U);
+    RunOrThrow("mkfs.ext4 -q -F '" + image + "'");
+    RunOrThrow("mount -o loop '" + image + "' '" + Where.string() + "'");
+    return ScopedMount(Where);
+}
+
+ScopedMount BindReadOnly(const std::filesystem::path& What, const std::filesystem::path& Where) {
+    std::filesystem::create_directories(Where);
+    MountOrThrow(What, Where, "", MS_BIND, "");
+    MountOrThrow("none", Where, "", MS_BIND | MS_REMOUNT | MS_RDONLY, "");
+    return ScopedMount(Where);
+}
+
+ScopedMount BindFile(const std::filesystem::path& What, const std::filesystem::path& Where) {
+    MountOrThrow(What, Where, "", MS_BIND, "");
+    return ScopedMount(Where);
+}
+
+std::filesystem::path RemovableAttributeOf(const std::filesystem::path& Path) {
+    struct stat info {};
+    RequireSuccess(::stat(Path.c_str(), &info), "looking at " + Path.string());
+    const std::string number =
+        std::to_string(major(info.st_dev)) + ":" + std::to_string(minor(info.st_dev));
+    return std::filesystem::path("/sys/dev/block") / number / "removable";
+}
+
+RemovableDisk::RemovableDisk(const std::filesystem::path& Room, const std::string& AttributeText)
+    : AttributeFile(InOwnNamespace(Written(Room / "attribute", AttributeText))),
+      Disk(MountLoopDisk(Room / "disk", kDiskMegabytes)),
+      Attribute(BindFile(AttributeFile, RemovableAttributeOf(Disk.Path()))) {}
+
+void RemovableDisk::SetAttribute(const std::string& Text) {
+    Written(AttributeFile, Text);
+}
+
+ActingAsNobody::ActingAsNobody() {
+    RequireSuccess(::setegid(kNobody), "becoming nobody");
+    RequireSuccess(::seteuid(kNobody), "becoming nobody");
+}
+
+ActingAsNobody::~ActingAsNobody() {
+    if (::seteuid(0) != 0 || ::setegid(0) != 0) {
+        std::abort();
+    }
+}
