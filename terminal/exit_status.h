@@ -6,3 +6,4 @@ inline constexpr int kExitDone = 0;
 inline constexpr int kExitFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitCanceled = 130;
+inline constexpr int kExitBySignal = 128;

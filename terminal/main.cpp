@@ -1,1 +1,61 @@
-int main() { return 2; }
+// The program `tarvane`: picks what the arguments ask for.
+
+#include "command_line.h"
+#include "exit_status.h"
+#include "line_front_end.h"
+#include "screen_text.h"
+#include "tracks_command.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <exception>
+#include <fcntl.h>
+#include <string_view>
+#include <unistd.h>
+
+namespace {
+
+// A file that the engine opens must never get the number of a closed standard stream: messages
+// would be written into it.
+void OpenStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) < 0 && errno == EBADF) {
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+int Answer(const InformationText& Information) {
+    const bool bWritten = std::fputs(Information.Text.c_str(), stdout) >= 0;
+    return bWritten && std::fflush(stdout) == 0 ? kExitDone : kExitFailed;
+}
+
+int Answer(const UsageError& Mistake) {
+    std::fprintf(stderr, "tarvane: %s\n", CleanForScreen(Mistake.Sentence).c_str());
+    return kExitUsage;
+}
+
+int Answer(const TransferRequest& Request) {
+    return RunLineFrontEnd(Request);
+}
+
+int Run(int Argc, char** Argv) {
+    if (Argc > 1 && std::string_view(Argv[1]) == "tracks") {
+        return RunTracksCommand(Argc - 1, Argv + 1);
+    }
+    return std::visit([](const auto& Parsed) { return Answer(Parsed); },
+                      ParseCommandLine(Argc, Argv));
+}
+
+} // namespace
+
+int main(int Argc, char** Argv) {
+    OpenStandardStreams();
+    EnsureUtf8Locale();
+    try {
+        return Run(Argc, Argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tarvane: %s\n", error.what());
+        return kExitFailed;
+    }
+}

@@ -1,0 +1,156 @@
+#include "conflict_policy.h"
+
+#include <filesystem>
+#include <optional>
+#include <utility>
+
+#include "free_name.h"
+#include "quoted.h"
+
+namespace {
+
+using Action = TarvaneTransferConflictAction;
+using Verdict = ConflictDecision::Verdict;
+
+ConflictDecision AnswerWith(Action Answer) {
+    return {Verdict::Answer, Answer, {}, {}};
+}
+
+ConflictDecision AskTheUser() {
+    return {Verdict::AskUser, Action::Cancel, {}, {}};
+}
+
+ConflictDecision FailWith(std::string Sentence) {
+    return {Verdict::Fail, Action::Cancel, {}, std::move(Sentence)};
+}
+
+ConflictDecision FailBecauseTaken(const TarvaneTransferConflict& Conflict) {
+    return FailWith("cannot create " + Quoted(Conflict.DestinationPath) + ": File exists");
+}
+
+ConflictDecision OverwriteIf(bool bOverwrite) {
+    return AnswerWith(bOverwrite ? Action::Overwrite : Action::Skip);
+}
+
+bool AreSizesKnown(const TarvaneTransferConflict& Conflict) {
+    return Conflict.bSourceHasSize && Conflict.bDestinationHasSize;
+}
+
+bool IsSourceNewer(const TarvaneTransferConflict& Conflict) {
+    return Conflict.bSourceHasModifiedTime && Conflict.bDestinationHasModifiedTime &&
+           Conflict.SourceModifiedTicks > Conflict.DestinationModifiedTicks;
+}
+
+bool IsSourceLarger(const TarvaneTransferConflict& Conflict) {
+    return AreSizesKnown(Conflict) && Conflict.SourceSizeBytes > Conflict.DestinationSizeBytes;
+}
+
+bool DoSizesDiffer(const TarvaneTransferConflict& Conflict) {
+    return AreSizesKnown(Conflict) && Conflict.SourceSizeBytes != Conflict.DestinationSizeBytes;
+}
+
+// The engine reads a side without a size, a CD track or a named pipe, as different content.
+ConflictDecision Compare(const TarvaneTransferConflict& Conflict) {
+    return AnswerWith(AreSizesKnown(Conflict) ? Action::CompareByContent : Action::Skip);
+}
+
+ConflictDecision KeepBoth(const TarvaneTransferConflict& Conflict) {
+    const std::optional<std::filesystem::path> freeName = FreeNameBeside(Conflict.DestinationPath);
+    if (!freeName) {
+        return FailWith("no free name found beside " + Quoted(Conflict.DestinationPath));
+    }
+    return {Verdict::Answer, Action::Rename, freeName->native(), {}};
+}
+
+// A file onto something that is no directory.
+ConflictDecision DecideFile(FileConflictChoice Choice, const TarvaneTransferConflict& Conflict) {
+    switch (Choice) {
+    case FileConflictChoice::Ask:
+        return AskTheUser();
+    case FileConflictChoice::Overwrite:
+        return AnswerWith(Action::Overwrite);
+    case FileConflictChoice::Skip:
+        return AnswerWith(Action::SkipAll);
+    case FileConflictChoice::Older:
+        return OverwriteIf(IsSourceNewer(Conflict));
+    case FileConflictChoice::Compare:
+        return Compare(Conflict);
+    case FileConflictChoice::Larger:
+        return OverwriteIf(IsSourceLarger(Conflict));
+    case FileConflictChoice::SizeDiffers:
+        return OverwriteIf(DoSizesDiffer(Conflict));
+    case FileConflictChoice::KeepBoth:
+        return KeepBoth(Conflict);
+    case FileConflictChoice::Fail:
+        return FailBecauseTaken(Conflict);
+    }
+    return AskTheUser();
+}
+
+} // namespace
+
+DirectoryConflictChoice ChosenForDirectories(const TransferRequest& Request) {
+    const bool bAsk = Request.OnConflict == FileConflictChoice::Ask;
+    return Request.OnDirectoryConflict.value_or(bAsk ? DirectoryConflictChoice::Ask
+                                                     : DirectoryConflictChoice::Merge);
+}
+
+ConflictPolicy::ConflictPolicy(const TransferRequest& Request)
+    : ForFiles(Request.OnConflict), ForDirectories(ChosenForDirectories(Request)),
+      bAsksUser(ForFiles == FileConflictChoice::Ask ||
+                ForDirectories == DirectoryConflictChoice::Ask) {}
+
+ConflictDecision ConflictPolicy::Decide(const TarvaneTransferConflict& Conflict) const {
+    if (Conflict.Kind == TarvaneTransferConflictKind::Directory) {
+        return DecideDirectory(Conflict);
+    }
+    return Conflict.bDestinationDirectory ? DecideUnequalKinds(Conflict)
+                                          : DecideFile(ForFiles, Conflict);
+}
+
+ConflictDecision ConflictPolicy::DecideDirectory(const TarvaneTransferConflict& Conflict) const {
+    switch (ForDirectories) {
+    case DirectoryConflictChoice::Ask:
+        return AskTheUser();
+    case DirectoryConflictChoice::Merge:
+        return Conflict.bDestinationDirectory ? AnswerWith(Action::Merge)
+                                              : DecideUnequalKinds(Conflict);
+    case DirectoryConflictChoice::Skip:
+        return AnswerWith(Action::SkipAll);
+    case DirectoryConflictChoice::Fail:
+        return FailBecauseTaken(Conflict);
+    }
+    return AskTheUser();
+}
+
+// What is lost would not be a file for a file, so the choice for files decides, but never replaces.
+ConflictDecision ConflictPolicy::DecideUnequalKinds(const TarvaneTransferConflict& Conflict) const {
+    const bool bFile = Conflict.Kind == TarvaneTransferConflictKind::File;
+    if (ForFiles == FileConflictChoice::Skip) {
+        // SkipAll would skip every later directory too.
+        return AnswerWith(Action::Skip);
+    }
+    if (ForFiles == FileConflictChoice::Fail) {
+        return FailBecauseTaken(Conflict);
+    }
+    if (ForFiles == FileConflictChoice::KeepBoth && bFile) {
+        return KeepBoth(Conflict);
+    }
+    if (bAsksUser) {
+        return AskTheUser();
+    }
+    const std::string destination = Quoted(Conflict.DestinationPath);
+    return FailWith(bFile ? "cannot overwrite directory " + destination + " with non-directory"
+                          : "cannot overwrite non-directory " + destination + " with directory " +
+                                Quoted(Conflict.SourcePath));
+}
+
+void ConflictPolicy::RememberForAll(FileConflictChoice Choice) {
+    ForFiles = Choice;
+    bAsksUser = true;
+}
+
+void ConflictPolicy::RememberForAll(DirectoryConflictChoice Choice) {
+    ForDirectories = Choice;
+    bAsksUser = true;
+}

@@ -1,0 +1,201 @@
+#include "flush_watch.h"
+
+#include "all_signals_blocked.h"
+#include "block_device.h"
+#include "destination_facts.h"
+#include "quoted.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <fstream>
+#include <set>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::chrono::seconds kRateWindow(3);
+constexpr std::chrono::milliseconds kShortestRateWindow(500);
+
+bool CanVanish(const fs::path& Directory) {
+    const StorageTraits traits = StorageOf(NearestExistingDirectory(Directory));
+    return traits.bRemovable || traits.bUsb || traits.bNetwork;
+}
+
+// What waits in the page cache for any disk.
+std::optional<std::uint64_t> PendingBytes() {
+    std::ifstream table("/proc/meminfo");
+    std::optional<std::uint64_t> bytes;
+    std::string name;
+    std::uint64_t kilobytes = 0;
+    for (std::string rest; table >> name >> kilobytes; std::getline(table, rest)) {
+        if (name == "Dirty:" || name == "Writeback:") {
+            bytes = bytes.value_or(0) + kilobytes * 1024;
+        }
+    }
+    return bytes;
+}
+
+// In the new process. It holds nothing else open, so that whoever reads the program's output sees
+// its end, and its exit status is the error number.
+[[noreturn]] void FlushAndExit(int Descriptor) {
+    constexpr unsigned kNoFlags = 0;
+    if (Descriptor < 0) {
+        ::sync();
+        ::_exit(0);
+    }
+    const auto kept = static_cast<unsigned>(Descriptor);
+    if (kept > 0) {
+        ::close_range(0, kept - 1, static_cast<int>(kNoFlags));
+    }
+    ::close_range(kept + 1, ~0U, static_cast<int>(kNoFlags));
+    ::_exit(::syncfs(Descriptor) == 0 ? 0 : errno);
+}
+
+// Signals stay blocked in the process: those of the terminal are meant for the interface, and its
+// handlers must not run twice.
+int StartFlush(int Descriptor) {
+    const AllSignalsBlocked blocked;
+    const pid_t process = ::fork();
+    if (process == 0) {
+        FlushAndExit(Descriptor);
+    }
+    return process;
+}
+
+} // namespace
+
+std::vector<fs::path> DirectoriesToFlush(const TarvaneTransferPlan& Plan, FlushChoice Choice) {
+    std::set<fs::path> directories;
+    for (const TarvaneTransferItemPlan& item : Plan.Items) {
+        directories.insert(item.DestinationPath.parent_path());
+        // It may be a mount point, or a link to somewhere else.
+        std::error_code ec;
+        if (fs::is_directory(item.DestinationPath, ec)) {
+            directories.insert(item.DestinationPath);
+        }
+    }
+    std::vector<fs::path> chosen;
+    for (const fs::path& directory : directories) {
+        if (Choice == FlushChoice::Always ||
+            (Choice == FlushChoice::Auto && CanVanish(directory))) {
+            chosen.push_back(directory);
+        }
+    }
+    return chosen;
+}
+
+FlushWatch::FlushWatch(const std::vector<fs::path>& Directories) {
+    std::set<dev_t> known;
+    for (const fs::path& wanted : Directories) {
+        Target target;
+        target.Directory = NearestExistingDirectory(wanted);
+        struct stat status {};
+        if (::stat(target.Directory.c_str(), &status) == 0 && !known.insert(status.st_dev).second) {
+            continue;
+        }
+        target.Descriptor =
+            ::open(target.Directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
+        target.DeviceDirectory = BlockDeviceDirectoryOf(target.Directory);
+        Targets.push_back(target);
+    }
+}
+
+FlushWatch::~FlushWatch() {
+    for (const Target& target : Targets) {
+        if (target.Process > 0) {
+            ::kill(target.Process, SIGKILL);
+            ::waitpid(target.Process, nullptr, WNOHANG);
+        }
+        if (target.Descriptor >= 0) {
+            ::close(target.Descriptor);
+        }
+    }
+}
+
+void FlushWatch::Start() {
+    PendingBytesAtStart = PendingBytes().value_or(0);
+    for (Target& target : Targets) {
+        target.WrittenBytesAtStart = BytesWrittenTo(target.DeviceDirectory).value_or(0);
+        target.Process = StartFlush(target.Descriptor);
+        if (target.Process < 0) {
+            NoteError(target, std::generic_category().message(errno));
+        }
+    }
+}
+
+FlushProgress FlushWatch::Poll() {
+    NoteEnds();
+    FlushProgress progress;
+    progress.bFinished = std::all_of(Targets.begin(), Targets.end(),
+                                     [](const Target& Each) { return Each.Process < 0; });
+    progress.ErrorText = ErrorText;
+    if (progress.bFinished) {
+        return progress;
+    }
+    if (const std::optional<std::uint64_t> pending = PendingBytes()) {
+        const std::uint64_t written = WrittenBytes(*pending);
+        const std::uint64_t left = PendingBytesAtStart - std::min(PendingBytesAtStart, written);
+        progress.RemainingBytes = std::min(left, *pending);
+        progress.BytesPerSecond = SampleRate(written);
+    }
+    return progress;
+}
+
+void FlushWatch::NoteEnds() {
+    for (Target& target : Targets) {
+        int status = 0;
+        if (target.Process < 0 || ::waitpid(target.Process, &status, WNOHANG) != target.Process) {
+            continue;
+        }
+        target.Process = -1;
+        if (!WIFEXITED(status)) {
+            NoteError(target, "the flush was interrupted");
+        } else if (WEXITSTATUS(status) != 0) {
+            NoteError(target, std::generic_category().message(WEXITSTATUS(status)));
+        }
+    }
+}
+
+// The first one stands for all.
+void FlushWatch::NoteError(const Target& Flushed, const std::string& Reason) {
+    if (ErrorText.empty()) {
+        ErrorText =
+            "cannot write everything to " + Quoted(Flushed.Directory.native()) + ": " + Reason;
+    }
+}
+
+// By the devices' own counters or, without a device, by what has left the page cache.
+std::uint64_t FlushWatch::WrittenBytes(std::uint64_t Pending) const {
+    std::uint64_t written = 0;
+    bool bCounted = false;
+    for (const Target& target : Targets) {
+        if (const std::optional<std::uint64_t> bytes = BytesWrittenTo(target.DeviceDirectory)) {
+            written += *bytes - std::min(*bytes, target.WrittenBytesAtStart);
+            bCounted = true;
+        }
+    }
+    return bCounted ? written : PendingBytesAtStart - std::min(PendingBytesAtStart, Pending);
+}
+
+std::uint64_t FlushWatch::SampleRate(std::uint64_t Written) {
+    const Clock::time_point now = Clock::now();
+    Samples.emplace_back(now, Written);
+    while (Samples.front().first < now - kRateWindow) {
+        Samples.pop_front();
+    }
+    const auto [since, writtenBefore] = Samples.front();
+    if (now - since < kShortestRateWindow || Written < writtenBefore) {
+        return 0;
+    }
+    const std::chrono::duration<double> seconds = now - since;
+    return static_cast<std::uint64_t>(static_cast<double>(Written - writtenBefore) /
+                                      seconds.count());
+}

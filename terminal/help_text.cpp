@@ -1,0 +1,56 @@
+#include "help_text.h"
+
+const char* const kVersionText = "tarvane " TARVANE_VERSION "\n";
+
+const char* const kHelpText = R"(Usage: tarvane copy [OPTION]... SOURCE... DESTINATION
+  or:  tarvane copy [OPTION]... -t DIRECTORY SOURCE...
+  or:  tarvane move [OPTION]... SOURCE... DESTINATION
+  or:  tarvane move [OPTION]... -t DIRECTORY SOURCE...
+  or:  tarvane tracks [--json] [DEVICE]
+Copy or move files, directories and audio-CD tracks with progress, questions
+about taken names and a clean end; or list the tracks of an audio CD.
+
+When a name is taken:
+      --on-conflict=CHOICE   for a file: ask (default), overwrite, skip, older,
+                             compare, larger, size-differs, keep-both or fail
+      --on-directory-conflict=CHOICE
+                             for a directory: ask, merge, skip or fail; default
+                             is ask when files are asked about, otherwise merge
+  -i                         the same as --on-conflict=ask
+  -f                         the same as --on-conflict=overwrite
+  -n                         the same as --on-conflict=skip
+  -u                         the same as --on-conflict=older
+
+Where to:
+  -t, --target-directory=DIRECTORY
+                             put all sources into DIRECTORY
+  -T, --no-target-directory  take DESTINATION as the new name, even when it is
+                             a directory
+
+What is shown:
+      --progress=STYLE       auto (default), live, lines, json or none
+      --interval=SECONDS     time between two lines, 0.1 to 3600 (default 5)
+  -q, --quiet                no progress, only errors and questions
+  -v, --verbose              say what goes where
+
+Before and after:
+      --dry-run              look through the sources, say what was found
+      --no-preflight         do not look through the sources first
+      --follow-links         let a move remove files through links to
+                             directories
+      --flush=WHEN           wait until all is written to the device: auto
+                             (default: removable and network disks), always or
+                             never
+
+Others:
+  -r, -R, --recursive        ignored, directories are always copied whole
+                             (copy only)
+      --json                 print the list as JSON (tracks only)
+      --help                 print this help and end
+      --version              print the version and end
+
+The tracks of an audio CD are cdda:/dev/sr0/3 or 'cdda:/dev/sr0/Track 03.wav',
+all of them cdda:/dev/sr0. Esc or Ctrl-C cancels a transfer.
+Exit status: 0 done, 1 failed, 2 wrong usage, 130 canceled, 128 + N after
+signal N.
+)";

@@ -1,0 +1,6 @@
+// What --help and --version print.
+
+#pragma once
+
+extern const char* const kHelpText;
+extern const char* const kVersionText;

@@ -1,0 +1,184 @@
+#include "json_progress.h"
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string Dump(const Json& Value) {
+    return Value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+bool IsUtf8(const std::string& Text) {
+    try {
+        return !Json(Text).dump().empty();
+    } catch (const Json::type_error&) {
+        return false;
+    }
+}
+
+std::string Hex(const std::string& Bytes) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string text;
+    for (const char byte : Bytes) {
+        const auto value = static_cast<unsigned char>(byte);
+        text += {kDigits[value >> 4], kDigits[value & 15]};
+    }
+    return text;
+}
+
+Json Record(const char* Event) {
+    return Json{{"event", Event}};
+}
+
+void Put(Json& Out, const std::string& Name, const std::string& Text) {
+    Out[Name] = Text;
+    if (!IsUtf8(Text)) {
+        Out[Name + "_hex"] = Hex(Text);
+    }
+}
+
+void PutOrNull(Json& Out, const std::string& Name, const std::string& Text) {
+    if (Text.empty()) {
+        Out[Name] = nullptr;
+    } else {
+        Put(Out, Name, Text);
+    }
+}
+
+template <typename Number>
+Json NumberOrNull(bool bKnown, Number Value) {
+    return bKnown ? Json(Value) : Json(nullptr);
+}
+
+// The job's texts name the path for people; nothing else holds it.
+std::string ShownPath(const TarvaneTransferUiSnapshot& Snapshot) {
+    const std::string prefix = "Current: ";
+    if (!Snapshot.PathText.starts_with(prefix) || Snapshot.PathText == prefix + "Waiting...") {
+        return {};
+    }
+    return Snapshot.PathText.substr(prefix.size());
+}
+
+const char* AnswerName(TarvaneTransferConflictAction Action) {
+    switch (Action) {
+    case TarvaneTransferConflictAction::Merge:
+        return "merge";
+    case TarvaneTransferConflictAction::MergeAll:
+        return "merge-all";
+    case TarvaneTransferConflictAction::Skip:
+        return "skip";
+    case TarvaneTransferConflictAction::SkipAll:
+        return "skip-all";
+    case TarvaneTransferConflictAction::Overwrite:
+        return "overwrite";
+    case TarvaneTransferConflictAction::Rename:
+        return "rename";
+    case TarvaneTransferConflictAction::OverwriteAll:
+        return "overwrite-all";
+    case TarvaneTransferConflictAction::CompareByContent:
+        return "compare";
+    case TarvaneTransferConflictAction::OverwriteAllOlder:
+        return "overwrite-all-older";
+    case TarvaneTransferConflictAction::Cancel:
+        return "cancel";
+    }
+    return "cancel";
+}
+
+const char* ResultName(RunResult Result) {
+    switch (Result) {
+    case RunResult::Succeeded:
+        return "succeeded";
+    case RunResult::Failed:
+        return "failed";
+    case RunResult::Canceled:
+        return "canceled";
+    }
+    return "failed";
+}
+
+} // namespace
+
+std::string PreflightRecord(const PreflightFinding& Finding) {
+    Json record = Record("preflight");
+    record["kind"] = PreflightFindingName(Finding.Kind);
+    Put(record, "path", Finding.Path.native());
+    Put(record, "text", DescribeFinding(Finding));
+    record["stops_job"] = Finding.bStopsJob;
+    return Dump(record);
+}
+
+std::string TotalsRecord(const PreflightResult& Result) {
+    Json record = Record("totals");
+    record["entries"] = Result.Entries;
+    record["bytes"] = Result.Bytes;
+    record["copied_entries"] = Result.CopiedEntries;
+    record["copied_bytes"] = Result.CopiedBytes;
+    record["complete"] = !Result.bCanceled;
+    return Dump(record);
+}
+
+std::string ProgressRecord(const ProgressView& View) {
+    const TarvaneTransferUiSnapshot& snapshot = View.Snapshot;
+    const bool bCounted = snapshot.TotalItems > 0;
+    Json record = Record("progress");
+    Put(record, "stage", View.Stage);
+    Put(record, "status", snapshot.MessageText);
+    PutOrNull(record, "path", ShownPath(snapshot));
+    record["percent"] = NumberOrNull(bCounted || snapshot.bFinished, View.Claims.Percent);
+    record["done_bytes"] = snapshot.DoneBytes;
+    record["total_bytes"] = NumberOrNull(bCounted, snapshot.TotalBytes);
+    record["done_items"] = snapshot.DoneItems;
+    record["total_items"] = NumberOrNull(bCounted, snapshot.TotalItems);
+    record["file_done_bytes"] = snapshot.CurrentFileDoneBytes;
+    record["file_total_bytes"] = snapshot.CurrentFileTotalBytes;
+    record["rate"] =
+        NumberOrNull(snapshot.TransferRateBytesPerSecond > 0, snapshot.TransferRateBytesPerSecond);
+    record["elapsed"] = snapshot.ElapsedSeconds;
+    record["remaining"] = NumberOrNull(snapshot.RemainingSeconds >= 0.0, snapshot.RemainingSeconds);
+    record["stalled"] = View.Claims.StalledSeconds;
+    record["more_than_counted"] = View.Claims.bMoreThanCounted;
+    record["cancel_requested"] = snapshot.bCancelRequested;
+    return Dump(record);
+}
+
+std::string ConflictRecord(const AnsweredConflict& Answer) {
+    const TarvaneTransferConflict& conflict = Answer.Conflict;
+    const bool bDirectory = conflict.Kind == TarvaneTransferConflictKind::Directory;
+    Json record = Record("conflict");
+    record["kind"] = bDirectory ? "directory" : "file";
+    Put(record, "source", conflict.SourcePath);
+    Put(record, "destination", conflict.DestinationPath);
+    record["source_size"] = NumberOrNull(conflict.bSourceHasSize, conflict.SourceSizeBytes);
+    record["destination_size"] =
+        NumberOrNull(conflict.bDestinationHasSize, conflict.DestinationSizeBytes);
+    PutOrNull(record, "source_date", conflict.SourceDate);
+    PutOrNull(record, "destination_date", conflict.DestinationDate);
+    record["destination_is_directory"] = conflict.bDestinationDirectory;
+    record["answer"] = AnswerName(Answer.Action);
+    PutOrNull(record, "rename_path", Answer.RenamePath);
+    record["by"] = Answer.bByUser ? "user" : "choice";
+    return Dump(record);
+}
+
+std::string FlushRecord(const FlushProgress& Progress) {
+    Json record = Record("flush");
+    record["remaining_bytes"] =
+        NumberOrNull(Progress.RemainingBytes.has_value(), Progress.RemainingBytes.value_or(0));
+    record["rate"] = NumberOrNull(Progress.BytesPerSecond > 0, Progress.BytesPerSecond);
+    record["finished"] = Progress.bFinished;
+    PutOrNull(record, "error", Progress.ErrorText);
+    return Dump(record);
+}
+
+std::string DoneRecord(const RunOutcome& Outcome) {
+    Json record = Record("done");
+    record["result"] = ResultName(Outcome.Result);
+    Put(record, "status", Outcome.Text);
+    record["exit_status"] = Outcome.ExitStatus;
+    record["flushed"] =
+        NumberOrNull(Outcome.bFlushed.has_value(), Outcome.bFlushed.value_or(false));
+    return Dump(record);
+}

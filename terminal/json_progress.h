@@ -1,0 +1,58 @@
+// Progress as JSON Lines: one object a line, in UTF-8, told apart by "event".
+//
+// "preflight": something found before the start.
+//     kind        "dangling-link", "link-to-directory", ...
+//     path        of the entry
+//     text        one sentence about it
+//     stops_job   true when the job ends there
+// "totals": what the look before the start has counted.
+//     entries, bytes                 what the job's own totals will be
+//     copied_entries, copied_bytes   what will really be copied, links to directories followed
+//     complete                       false when the look was ended early
+// "progress": at the start, then as often as the interval says, and once at the end.
+//     stage       "Preparing", "Copying", ...
+//     status      the job's own words
+//     path        what it works on, shortened in the middle beyond 88 bytes; null before the first
+//     percent     of the whole, 100 only at the end; null before everything is counted
+//     done_bytes, total_bytes, done_items, total_items   the totals null before they are counted
+//     file_done_bytes, file_total_bytes
+//     rate        bytes a second, null when unknown
+//     elapsed, remaining   seconds; remaining null when unknown
+//     stalled     seconds without any progress, 0 below four
+//     more_than_counted    true when the totals have turned out too low
+//     cancel_requested
+// "conflict": a taken name and the answer it got.
+//     kind        "file" or "directory", which is what the source is
+//     source, destination
+//     source_size, destination_size    bytes, null when unknown or a directory
+//     source_date, destination_date    local time, "2024-03-07 14:05:09", null when unknown
+//     destination_is_directory
+//     answer      "merge", "merge-all", "skip", "skip-all", "overwrite", "overwrite-all",
+//                 "overwrite-all-older", "compare", "rename" or "cancel"
+//     rename_path with "rename", otherwise null
+//     by          "user" or "choice"
+// "flush": what is still on its way to the disks after the job.
+//     remaining_bytes, rate    null when unknown
+//     finished
+//     error       one sentence, or null
+// "done": the last line.
+//     result      "succeeded", "failed" or "canceled"
+//     status      the job's last words, or why there was no job
+//     exit_status of the program
+//     flushed     true or false, null when that was not waited for
+//
+// A text that is not UTF-8 is given with U+FFFD for each invalid byte, and a member of the same
+// name with "_hex" behind it, which only then exists, has its exact bytes in hexadecimal.
+
+#pragma once
+
+#include "progress_output.h"
+
+#include <string>
+
+std::string PreflightRecord(const PreflightFinding& Finding);
+std::string TotalsRecord(const PreflightResult& Result);
+std::string ProgressRecord(const ProgressView& View);
+std::string ConflictRecord(const AnsweredConflict& Answer);
+std::string FlushRecord(const FlushProgress& Progress);
+std::string DoneRecord(const RunOutcome& Outcome);

@@ -1,0 +1,35 @@
+// Lines for a pipe or a file whose reader may be slow.
+
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Writes to a descriptor that it does not own without ever making the interface wait: what cannot
+// be written now is kept.
+//
+// Requires: SIGPIPE is ignored. Threads: one at a time.
+class LineWriter {
+public:
+    explicit LineWriter(int Descriptor) : Target(Descriptor) {}
+
+    // Line comes without its line end and is written sooner or later.
+    void Add(std::string_view Line);
+    // The same for a line that is worthless when it is late: it is left out while others wait.
+    void Offer(std::string_view Line);
+    // Writes what can be written without waiting.
+    void Pump();
+    // Waits until everything is written or writing fails.
+    void Finish();
+
+    // The errno of the write that failed, after which nothing more is written; 0 while all is well.
+    int Error() const { return FirstError; }
+
+private:
+    bool WaitUntilReady(int TimeoutMilliseconds) const;
+    void WriteSome();
+
+    int Target;
+    int FirstError = 0;
+    std::string Waiting;
+};

@@ -1,0 +1,40 @@
+#include "preflight_thread.h"
+
+#include "all_signals_blocked.h"
+
+#include <cstdint>
+#include <exception>
+#include <sys/eventfd.h>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+PreflightThread::State::~State() {
+    if (OverEvent >= 0) {
+        close(OverEvent);
+    }
+}
+
+PreflightThread::PreflightThread(TarvaneTransferPlan Plan) : Shared(std::make_shared<State>()) {
+    Shared->Plan = std::move(Plan);
+    Shared->OverEvent = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    const AllSignalsBlocked blocked;
+    try {
+        std::thread([shared = Shared] { Look(*shared); }).detach();
+    } catch (const std::system_error& error) {
+        Shared->Failure = error.what();
+        Shared->bOver = true;
+    }
+}
+
+void PreflightThread::Look(State& Shared) noexcept {
+    try {
+        Shared.Result = RunPreflight(Shared.Plan, Shared.Control);
+    } catch (const std::exception& error) {
+        Shared.Failure = error.what();
+    }
+    Shared.bOver = true;
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = write(Shared.OverEvent, &one, sizeof(one));
+}

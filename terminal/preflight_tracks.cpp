@@ -1,0 +1,52 @@
+#include "preflight_tracks.h"
+
+#include "tarvanepane.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::uint64_t kWavHeaderBytes = 44;
+
+} // namespace
+
+std::uint64_t TrackLook::LookAt(const std::string& TrackPath) {
+    const std::string device = TarvaneCddaDeviceFromPath(TrackPath);
+    const int number = TarvaneCddaTrackFromPath(TrackPath);
+    if (device.empty() || number <= 0) {
+        Result.Findings.AddStop(PreflightFindingKind::MissingTrack, TrackPath);
+        return 0;
+    }
+    const Disc& disc = DiscIn(device);
+    if (!disc.bReadable) {
+        Result.Findings.AddStop(PreflightFindingKind::MissingDrive, TrackPath, disc.Reason);
+        return 0;
+    }
+    const auto track =
+        std::find_if(disc.List.Tracks.begin(), disc.List.Tracks.end(),
+                     [number](const TrackListEntry& Entry) { return Entry.Number == number; });
+    if (track == disc.List.Tracks.end() || (!track->bData && !track->HasValidRange())) {
+        Result.Findings.AddStop(PreflightFindingKind::MissingTrack, TrackPath);
+        return 0;
+    }
+    if (track->bData) {
+        Result.Findings.AddStop(PreflightFindingKind::DataTrack, TrackPath);
+        return 0;
+    }
+    const std::uint64_t wavBytes = TrackWavSizeBytes(*track);
+    const std::uint64_t audioBytes = wavBytes - kWavHeaderBytes;
+    ++Result.Entries;
+    ++Result.CopiedEntries;
+    Result.Bytes += audioBytes;
+    Result.CopiedBytes += audioBytes;
+    return wavBytes;
+}
+
+const TrackLook::Disc& TrackLook::DiscIn(const std::string& Device) {
+    const auto [position, bNew] = Discs.try_emplace(Device);
+    Disc& disc = position->second;
+    if (bNew) {
+        disc.bReadable = ReadTrackList(Device, disc.List, disc.Reason);
+    }
+    return disc;
+}

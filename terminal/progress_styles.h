@@ -1,0 +1,38 @@
+// The styles of progress: a live block, plain lines, JSON Lines.
+
+#pragma once
+
+#include "line_console.h"
+#include "progress_output.h"
+
+#include <chrono>
+#include <memory>
+
+// Says when the next of a row of lines is due: at once, then after every interval.
+class LineClock {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    explicit LineClock(double IntervalSeconds)
+        : Interval(std::chrono::duration_cast<Clock::duration>(
+              std::chrono::duration<double>(IntervalSeconds))) {}
+
+    // True once for each line.
+    bool TakeDue();
+
+private:
+    Clock::duration Interval;
+    Clock::time_point Next;
+};
+
+// A block that is redrawn in place. Requires: the console can redraw.
+std::unique_ptr<ProgressOutput> MakeLiveOutput(LineConsole& Console);
+// Lines on the console.
+std::unique_ptr<ProgressOutput> MakeLinesOutput(LineConsole& Console, double IntervalSeconds);
+// Records on standard output.
+std::unique_ptr<ProgressOutput> MakeJsonOutput(double IntervalSeconds);
+
+// What a flush still has to do, in words: "Writing to the disk: 1.5 MB left | Rate 6.0 MB/s".
+std::string FlushText(const FlushProgress& Progress);
+// How far the look before the start is, in words.
+std::string LookText(std::uint64_t EntriesSeen);

@@ -1,0 +1,44 @@
+// What a front end may claim about a running job beyond the engine's own texts.
+
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "tarvanetransfer.h"
+
+// What is shown beside the texts of one snapshot.
+struct ProgressClaims {
+    // Of the whole job: 0 to 99 while it runs and never less than before, 100 once it has
+    // succeeded.
+    int Percent = 0;
+    // Seconds without a byte or an entry while copying; 0 unless they are worth a word.
+    int StalledSeconds = 0;
+    // More was copied than the scan has counted: the totals cannot be relied on.
+    bool bMoreThanCounted = false;
+};
+
+// Follows one job from snapshot to snapshot.
+class ProgressWatch {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    // bWaiting: the job waits for an answer, which is no stall.
+    ProgressClaims Observe(const TarvaneTransferUiSnapshot& Snapshot, bool bWaiting,
+                           Clock::time_point Now);
+
+private:
+    int StalledSeconds(const TarvaneTransferUiSnapshot& Snapshot, bool bWaiting,
+                       Clock::time_point Now);
+
+    int Percent = 0;
+    std::uint64_t LastBytes = 0;
+    std::uint64_t LastItems = 0;
+    bool bCopying = false;
+    Clock::time_point LastAdvance;
+};
+
+// The claims in words, empty when there is nothing to say.
+std::string StalledText(const ProgressClaims& Claims);
+std::string MoreThanCountedText(const ProgressClaims& Claims);

@@ -1,0 +1,191 @@
+#include "screen_text.h"
+
+#include <algorithm>
+
+#include <clocale>
+#include <cstring>
+#include <cwchar>
+#include <langinfo.h>
+
+namespace {
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
+struct CodePointRange {
+    wchar_t First;
+    wchar_t Last;
+};
+
+// Invisible: terminals disagree about the columns of a text with one of these in it.
+constexpr CodePointRange kDropped[] = {
+    {0x00AD, 0x00AD}, {0x200B, 0x200F},   {0x2060, 0x2064},   {0xFE00, 0xFE0F},
+    {0xFEFF, 0xFEFF}, {0x1F3FB, 0x1F3FF}, {0xE0000, 0xE01EF},
+};
+
+// They turn the direction of what follows, so that one name looks like another.
+constexpr CodePointRange kDirectionControls[] = {
+    {0x202A, 0x202E},
+    {0x2066, 0x2069},
+};
+
+template <std::size_t kCount>
+bool IsIn(const CodePointRange (&Ranges)[kCount], wchar_t CodePoint) {
+    for (const CodePointRange& range : Ranges) {
+        if (CodePoint >= range.First && CodePoint <= range.Last) {
+            return true;
+        }
+    }
+    return false;
+}
+
+unsigned char ByteAt(std::string_view Text, std::size_t Index) {
+    return static_cast<unsigned char>(Text[Index]);
+}
+
+// The code point of the valid sequence of this length that Text starts with.
+wchar_t Decode(std::string_view Text, std::size_t Length) {
+    constexpr unsigned char kLeadMask[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
+    auto value = static_cast<wchar_t>(ByteAt(Text, 0) & kLeadMask[Length]);
+    for (std::size_t i = 1; i < Length; ++i) {
+        value = (value << 6) | (ByteAt(Text, i) & 0x3F);
+    }
+    return value;
+}
+
+void AppendClean(std::string& Clean, std::string_view Sequence) {
+    const wchar_t codePoint = Decode(Sequence, Sequence.size());
+    if (codePoint < 0x20 || (codePoint >= 0x7F && codePoint <= 0x9F)) {
+        Clean += '?';
+    } else if (IsIn(kDropped, codePoint)) {
+        return;
+    } else if (IsIn(kDirectionControls, codePoint) || wcwidth(codePoint) < 0) {
+        Clean += kReplacement;
+    } else {
+        Clean += Sequence;
+    }
+}
+
+// Marks and the like have no width and belong to the character before them.
+int WidthOf(std::string_view Sequence) {
+    const int width = wcwidth(Decode(Sequence, Sequence.size()));
+    return width < 0 ? 1 : width;
+}
+
+// The bytes of Text that fit into Width columns, at least one character of them.
+std::size_t FittingLength(std::string_view Text, int Width) {
+    std::size_t length = 0;
+    int columns = 0;
+    while (length < Text.size()) {
+        const std::string_view rest = Text.substr(length);
+        const std::size_t step = std::max<std::size_t>(Utf8SequenceLength(rest), 1);
+        columns += WidthOf(rest.substr(0, step));
+        if (columns > Width && length > 0) {
+            break;
+        }
+        length += step;
+    }
+    return length;
+}
+
+std::string_view WithoutTrailingBlanks(std::string_view Text) {
+    return Text.substr(0, Text.find_last_not_of(' ') + 1);
+}
+
+// Where to end a line of which FittingBytes have room: before a blank if there is one behind a
+// word.
+std::size_t WordBreak(std::string_view Text, std::size_t FittingBytes) {
+    const std::size_t blank = Text.rfind(' ', FittingBytes);
+    if (blank == std::string_view::npos || WithoutTrailingBlanks(Text.substr(0, blank)).empty()) {
+        return FittingBytes;
+    }
+    return blank;
+}
+
+} // namespace
+
+bool EnsureUtf8Locale() {
+    const auto isUtf8 = [] { return std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0; };
+    if (std::setlocale(LC_CTYPE, "") != nullptr && isUtf8()) {
+        return true;
+    }
+    return std::setlocale(LC_CTYPE, "C.UTF-8") != nullptr;
+}
+
+std::size_t Utf8SequenceLength(std::string_view Text) {
+    if (Text.empty()) {
+        return 0;
+    }
+    const unsigned char lead = ByteAt(Text, 0);
+    if (lead < 0x80) {
+        return 1;
+    }
+    if (lead < 0xC2 || lead > 0xF4) {
+        return 0;
+    }
+    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    if (Text.size() < length) {
+        return 0;
+    }
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((ByteAt(Text, i) & 0xC0) != 0x80) {
+            return 0;
+        }
+    }
+    const wchar_t codePoint = Decode(Text, length);
+    const bool bOverlong =
+        (length == 3 && codePoint < 0x800) || (length == 4 && codePoint < 0x10000);
+    const bool bSurrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
+    return bOverlong || bSurrogate || codePoint > 0x10FFFF ? 0 : length;
+}
+
+std::string CleanForScreen(std::string_view Text) {
+    std::string clean;
+    clean.reserve(Text.size());
+    while (!Text.empty()) {
+        const std::size_t length = Utf8SequenceLength(Text);
+        if (length == 0) {
+            clean += kReplacement;
+            Text.remove_prefix(1);
+            continue;
+        }
+        AppendClean(clean, Text.substr(0, length));
+        Text.remove_prefix(length);
+    }
+    return clean;
+}
+
+int DisplayWidth(std::string_view CleanText) {
+    int width = 0;
+    while (!CleanText.empty()) {
+        const std::size_t step = std::max<std::size_t>(Utf8SequenceLength(CleanText), 1);
+        width += WidthOf(CleanText.substr(0, step));
+        CleanText.remove_prefix(step);
+    }
+    return width;
+}
+
+std::vector<std::string> WrapAtColumns(std::string_view CleanText, int Width) {
+    std::vector<std::string> lines;
+    do {
+        const std::size_t length = FittingLength(CleanText, Width);
+        lines.emplace_back(CleanText.substr(0, length));
+        CleanText.remove_prefix(length);
+    } while (!CleanText.empty());
+    return lines;
+}
+
+std::vector<std::string> WrapAtWords(std::string_view CleanText, int Width) {
+    std::vector<std::string> lines;
+    std::size_t fitting = FittingLength(CleanText, Width);
+    while (fitting < CleanText.size()) {
+        const std::size_t end = WordBreak(CleanText, fitting);
+        lines.emplace_back(WithoutTrailingBlanks(CleanText.substr(0, end)));
+        CleanText.remove_prefix(end);
+        CleanText.remove_prefix(std::min(CleanText.find_first_not_of(' '), CleanText.size()));
+        fitting = FittingLength(CleanText, Width);
+    }
+    if (!CleanText.empty() || lines.empty()) {
+        lines.emplace_back(CleanText);
+    }
+    return lines;
+}

@@ -1,0 +1,42 @@
+// Text for the screen: made safe to show, measured in columns, cut into lines.
+//
+// What is cleaned is for the eye only. The real bytes of a name stay beside it and are what every
+// operation uses.
+
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// One line of a block. Its text is clean and fits the width that it was made for.
+struct ScreenLine {
+    std::string Text;
+    // Says what could be lost; shown with emphasis where the terminal has any.
+    bool bWarning = false;
+
+    bool operator==(const ScreenLine&) const = default;
+};
+
+// Chooses the user's character set, or C.UTF-8 where that is no UTF-8 or not installed. Only
+// LC_CTYPE changes. Call it once at the start; without it all but ASCII shows as U+FFFD.
+// Errors: false when the machine has no UTF-8 locale at all.
+bool EnsureUtf8Locale();
+
+// Replaces or drops whatever could drive, reorder or misalign a terminal: each invalid byte, each
+// direction control and whatever has no width becomes U+FFFD, each control character `?`; joiners,
+// selectors and other invisible characters vanish. The result is valid UTF-8 on one line.
+std::string CleanForScreen(std::string_view Text);
+
+// The columns that clean text takes.
+int DisplayWidth(std::string_view CleanText);
+
+// Cuts clean text into lines of at most Width columns. The first breaks at blanks, which go away at
+// the break, and inside words that are wider than a line; the second wherever the line is full, as
+// suits a path. Text that fits is one line, unchanged; so is empty text.
+std::vector<std::string> WrapAtWords(std::string_view CleanText, int Width);
+std::vector<std::string> WrapAtColumns(std::string_view CleanText, int Width);
+
+// The byte length of the valid UTF-8 sequence that Text starts with; 0 when it starts with a byte
+// that belongs to none, or is empty.
+std::size_t Utf8SequenceLength(std::string_view Text);

@@ -1,0 +1,57 @@
+#include "signal_inbox.h"
+
+#include <cerrno>
+#include <sys/signalfd.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace {
+
+bool IsIgnored(int Signal) {
+    struct sigaction action {};
+    return sigaction(Signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+} // namespace
+
+SignalInbox::SignalInbox() {
+    sigemptyset(&Signals);
+    for (const int signal :
+         {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP, SIGCONT, SIGWINCH, SIGUSR1}) {
+        // A blocked signal arrives here even when it is ignored, hence the look.
+        if (!IsIgnored(signal)) {
+            sigaddset(&Signals, signal);
+        }
+    }
+    Descriptor = signalfd(-1, &Signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (Descriptor < 0) {
+        throw std::system_error(errno, std::generic_category(), "signalfd");
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+    pthread_sigmask(SIG_BLOCK, &Signals, &MaskBefore);
+}
+
+SignalInbox::~SignalInbox() {
+    // What came too late to be acted on must not end the program with its work done.
+    while (Take()) {}
+    pthread_sigmask(SIG_SETMASK, &MaskBefore, nullptr);
+    close(Descriptor);
+}
+
+std::optional<int> SignalInbox::Take() {
+    signalfd_siginfo received{};
+    if (read(Descriptor, &received, sizeof(received)) != ssize_t{sizeof(received)}) {
+        return std::nullopt;
+    }
+    return static_cast<int>(received.ssi_signo);
+}
+
+void SignalInbox::StopBy(int StopSignal) {
+    sigset_t only;
+    sigemptyset(&only);
+    sigaddset(&only, StopSignal);
+    sigset_t before;
+    raise(StopSignal);
+    pthread_sigmask(SIG_UNBLOCK, &only, &before);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}

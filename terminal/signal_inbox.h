@@ -1,0 +1,36 @@
+// The signals that a front end acts on, taken in its loop and not in a handler.
+
+#pragma once
+
+#include <csignal>
+#include <optional>
+
+// Receives SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP, SIGCONT, SIGWINCH and SIGUSR1 through a file
+// descriptor while it lives. A signal that the program was started to ignore, as nohup and shells
+// without job control do, stays ignored. SIGPIPE is ignored: a write reports it.
+//
+// Threads: the one that made it. Make it before other threads are started: they inherit the mask.
+class SignalInbox {
+public:
+    SignalInbox();
+    // Lets the signals act by themselves again.
+    ~SignalInbox();
+    SignalInbox(const SignalInbox&) = delete;
+    SignalInbox& operator=(const SignalInbox&) = delete;
+
+    // Whether it takes this signal, which is one of the above and was not ignored.
+    bool Receives(int Signal) const { return sigismember(&Signals, Signal) == 1; }
+
+    // Readable while a signal waits; for poll.
+    int Fd() const { return Descriptor; }
+    // The number of a signal that has arrived, each once.
+    std::optional<int> Take();
+    // Lets StopSignal (SIGTSTP, SIGTTIN) stop the process as the system does by itself, and comes
+    // back when it runs again, at once where there is nobody to continue it.
+    void StopBy(int StopSignal);
+
+private:
+    sigset_t Signals{};
+    sigset_t MaskBefore{};
+    int Descriptor = -1;
+};

@@ -1,0 +1,168 @@
+#include "terminal_device.h"
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "terminal_modes.h"
+
+namespace {
+
+constexpr int kOutputFd = STDERR_FILENO;
+
+std::string_view Environment(const char* Name) {
+    const char* value = std::getenv(Name);
+    return value == nullptr ? std::string_view() : value;
+}
+
+std::chrono::milliseconds ChosenEscapeDelay() {
+    constexpr int kUsual = 25;
+    constexpr int kLongest = 2000;
+    const std::string_view text = Environment("ESCDELAY");
+    int delay = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), delay);
+    const bool bUsable =
+        error == std::errc() && end == text.data() + text.size() && delay > 0 && delay <= kLongest;
+    return std::chrono::milliseconds(bUsable ? delay : kUsual);
+}
+
+} // namespace
+
+bool TerminalCanRedraw() {
+    const std::string_view name = Environment("TERM");
+    return !name.empty() && name != "dumb";
+}
+
+std::string EmphasizeWarning(const std::string& CleanText) {
+    if (!TerminalCanRedraw()) {
+        return CleanText;
+    }
+    const char* begin = Environment("NO_COLOR").empty() ? "\x1B[1;31m" : "\x1B[1m";
+    return begin + CleanText + "\x1B[m";
+}
+
+TerminalDevice::TerminalDevice() : EscapeDelay(ChosenEscapeDelay()) {
+    if (isatty(STDIN_FILENO) != 0) {
+        InputFd = STDIN_FILENO;
+        return;
+    }
+    InputFd = open("/dev/tty", O_RDONLY | O_NOCTTY | O_CLOEXEC);
+    bOwnsInputFd = InputFd >= 0;
+}
+
+TerminalDevice::~TerminalDevice() {
+    LeaveKeyMode();
+    if (bOwnsInputFd) {
+        close(InputFd);
+    }
+}
+
+bool TerminalDevice::IsOutputTerminal() const {
+    return isatty(kOutputFd) != 0;
+}
+
+bool TerminalDevice::IsForeground() const {
+    return OwnsTerminal(kOutputFd);
+}
+
+bool TerminalDevice::IsClosed() const {
+    pollfd output{kOutputFd, 0, 0};
+    return poll(&output, 1, 0) > 0 && (output.revents & POLLHUP) != 0;
+}
+
+bool TerminalDevice::CanDraw() const {
+    pollfd output{kOutputFd, POLLOUT, 0};
+    return IsForeground() && poll(&output, 1, 0) > 0 && (output.revents & POLLOUT) != 0;
+}
+
+TerminalSize TerminalDevice::Size() const {
+    winsize window{};
+    TerminalSize size;
+    if (ioctl(kOutputFd, TIOCGWINSZ, &window) == 0 && window.ws_col > 0 && window.ws_row > 0) {
+        size.Columns = window.ws_col;
+        size.Rows = window.ws_row;
+    }
+    return size;
+}
+
+bool TerminalDevice::EnterKeyMode() {
+    if (InputFd < 0 || !EnterKeyModes(InputFd)) {
+        return false;
+    }
+    bKeyMode = true;
+    return true;
+}
+
+void TerminalDevice::LeaveKeyMode() {
+    if (bKeyMode) {
+        RestoreTerminalNow();
+        Decoder.Clear();
+        bKeyMode = false;
+    }
+}
+
+int TerminalDevice::KeyFd() const {
+    return bKeyMode && OwnsTerminal(InputFd) ? InputFd : -1;
+}
+
+std::optional<KeyPress> TerminalDevice::TakeKey() {
+    while (KeyFd() >= 0) {
+        if (std::optional<KeyPress> key = Decoder.Next(false)) {
+            return key;
+        }
+        if (ReadMore(std::chrono::milliseconds(0))) {
+            continue;
+        }
+        if (!Decoder.IsAmbiguous()) {
+            return std::nullopt;
+        }
+        if (!ReadMore(EscapeDelay)) {
+            return Decoder.Next(true);
+        }
+    }
+    return std::nullopt;
+}
+
+// False when nothing has come in time.
+bool TerminalDevice::ReadMore(std::chrono::milliseconds Timeout) {
+    pollfd input{InputFd, POLLIN, 0};
+    if (poll(&input, 1, static_cast<int>(Timeout.count())) <= 0) {
+        return false;
+    }
+    // Reading in the background is then an error instead of a stop.
+    const SignalBlocked noStop(SIGTTIN);
+    std::array<char, 256> bytes;
+    const ssize_t count = read(InputFd, bytes.data(), bytes.size());
+    if (count <= 0) {
+        return false;
+    }
+    Decoder.Feed({bytes.data(), static_cast<std::size_t>(count)});
+    return true;
+}
+
+void TerminalDevice::DropTypedAhead() {
+    if (KeyFd() >= 0) {
+        const SignalBlocked noStop(SIGTTOU);
+        tcflush(InputFd, TCIFLUSH);
+        Decoder.Clear();
+    }
+}
+
+bool TerminalDevice::Write(std::string_view Bytes) {
+    while (!Bytes.empty()) {
+        const ssize_t written = write(kOutputFd, Bytes.data(), Bytes.size());
+        if (written >= 0) {
+            Bytes.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}

@@ -1,0 +1,92 @@
+// The terminal that the program runs on: its size, its keys, what is written to it.
+//
+// Keys come from standard input when that is a terminal, else from the controlling terminal, so
+// that Esc works behind a pipe too. What is shown goes to standard error.
+
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "key_press.h"
+
+struct TerminalSize {
+    int Columns = 80;
+    int Rows = 24;
+
+    bool operator==(const TerminalSize&) const = default;
+};
+
+// Whether a block of lines can be redrawn in place on the terminal that TERM names: not when it is
+// missing, empty or "dumb".
+bool TerminalCanRedraw();
+
+// Text with emphasis for a warning: bold red, bold where NO_COLOR is set, plain where the terminal
+// can do neither. It takes the same columns.
+std::string EmphasizeWarning(const std::string& CleanText);
+
+// Threads: one, the interface's. One object at a time.
+class TerminalDevice {
+public:
+    // Finds the descriptors; changes nothing.
+    TerminalDevice();
+    // Leaves key mode.
+    ~TerminalDevice();
+    TerminalDevice(const TerminalDevice&) = delete;
+    TerminalDevice& operator=(const TerminalDevice&) = delete;
+
+    // Whether there is a terminal to read keys from.
+    bool HasKeys() const { return InputFd >= 0; }
+
+    // Whether standard error is a terminal, one whose lines can be redrawn or not.
+    bool IsOutputTerminal() const;
+
+    // Whether the program owns the terminal now: not after Ctrl-Z and `bg`, and not with `&`.
+    bool IsForeground() const;
+
+    // Whether a frame reaches the screen now without waiting: in the foreground, and output not
+    // stopped by Ctrl-S. Ask before every frame, and skip the frame when it is false.
+    bool CanDraw() const;
+
+    // The window's size at this moment; 80x24 where it is not known.
+    TerminalSize Size() const;
+
+    // Delivers keys one by one and shows none of them; Ctrl-C, Ctrl-Z and Ctrl-\ stay signals. Call
+    // it again when the program runs on after a stop. From the first call on the terminal gets its
+    // modes back on every end of the program, a crash included.
+    // Errors: false, with nothing changed, in the background or without keys.
+    bool EnterKeyMode();
+
+    // Back to the modes from before. Do it before the program stops itself and before the last
+    // line.
+    void LeaveKeyMode();
+
+    // Readable when a key has come; for poll. -1, which poll ignores, outside key mode, in the
+    // background and when the terminal has been closed.
+    int KeyFd() const;
+
+    // Takes the next key that has come; nothing when there is none. Call it until then. Waits only
+    // after an Escape, 25 ms or the milliseconds that the environment's ESCDELAY says, for the rest
+    // of a longer sequence.
+    std::optional<KeyPress> TakeKey();
+
+    // Forgets what was typed and not taken yet.
+    void DropTypedAhead();
+
+    // Whether the terminal under standard error has been closed.
+    bool IsClosed() const;
+
+    // Writes all of Bytes. Errors: false when the terminal is gone.
+    bool Write(std::string_view Bytes);
+
+private:
+    bool ReadMore(std::chrono::milliseconds Timeout);
+
+    int InputFd = -1;
+    bool bOwnsInputFd = false;
+    bool bKeyMode = false;
+    std::chrono::milliseconds EscapeDelay;
+    KeyDecoder Decoder;
+};

@@ -1,0 +1,38 @@
+// The modes of the terminal, and how they come back on every end of the program.
+
+#pragma once
+
+#include <csignal>
+
+// Whether the program owns the terminal now: not after Ctrl-Z and `bg`, and not with `&`. A
+// terminal without job control counts as owned, and so does what is no terminal.
+bool OwnsTerminal(int Descriptor);
+
+// Delivers keys one by one and shows none of them; Ctrl-C, Ctrl-Z and Ctrl-\ stay signals. The
+// modes from before are remembered until RestoreTerminalNow. Called again meanwhile it only sets
+// the modes again, which a shell may have changed while the program was stopped. Errors: false,
+// with nothing changed, when the terminal is not ours or none.
+bool EnterKeyModes(int Descriptor);
+
+// Gives the terminal the modes back that it had before EnterKeyModes; does nothing when that was
+// not called, or in the background, where the terminal is someone else's. For leaving at once: it
+// may be called in a signal handler and before _exit. std::exit, std::terminate and a crash call it
+// by themselves.
+void RestoreTerminalNow();
+
+// Lets the calling thread restore the terminal even when its stack has overflowed. EnterKeyModes
+// does it for its own thread.
+void ArmCrashStack();
+
+// Blocks a signal in the calling thread while it lives, so that the system does not stop the
+// program with it for touching the terminal from the background.
+class SignalBlocked {
+public:
+    explicit SignalBlocked(int Signal);
+    ~SignalBlocked();
+    SignalBlocked(const SignalBlocked&) = delete;
+    SignalBlocked& operator=(const SignalBlocked&) = delete;
+
+private:
+    sigset_t Before{};
+};

@@ -1,0 +1,46 @@
+// What an audio CD holds: the table of contents of the disc in a drive.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct TrackListEntry {
+    int Number = 0;
+    bool bData = false;
+    // Positions from the disc's beginning, in frames of 1/75 s, two seconds of lead-in included. A
+    // track reaches to the beginning of the next one. On a damaged disc the end may come first.
+    std::int32_t StartFrame = 0;
+    std::int32_t EndFrame = 0;
+
+    bool HasValidRange() const { return EndFrame > StartFrame; }
+};
+
+struct TrackList {
+    // The drive's absolute path.
+    std::string Device;
+    // Every track of the disc, data tracks too, in the disc's order.
+    std::vector<TrackListEntry> Tracks;
+};
+
+// "Track 03.wav": what the file of an audio track is called, and the last part of its path.
+std::string TrackFileName(int Number);
+
+// "cdda:/dev/sr0/Track 03.wav".
+std::string TrackPath(const std::string& Device, int Number);
+
+// Size of the WAV file that the track becomes. 0 for a data track or an invalid range.
+std::uint64_t TrackWavSizeBytes(const TrackListEntry& Track);
+
+// The device nodes of the machine's optical drives, the first drive first.
+std::vector<std::string> FindOpticalDrives();
+
+// Reads the table of contents with the requests that a copy uses.
+//
+// Threads: any but an interface thread. A drive that gets ready may keep each request for 20 s,
+// and nothing interrupts it; FetchTrackList of track_fetch.h waits for it without being caught.
+// Errors: false when Device is no drive, when there is no disc or none that can be read, and when
+// the disc has no audio track. ErrorMessage then is one clause without a period, for people, and
+// Out is unchanged.
+bool ReadTrackList(const std::string& Device, TrackList& Out, std::string& ErrorMessage);

@@ -1,0 +1,245 @@
+#include "tracks_command.h"
+
+#include "exit_status.h"
+#include "screen_text.h"
+#include "tarvanepane.h"
+#include "track_fetch.h"
+#include "track_list.h"
+
+#include <array>
+#include <cerrno>
+#include <cinttypes>
+#include <cstdio>
+#include <filesystem>
+#include <getopt.h>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+constexpr int kFramesPerSecond = 75;
+constexpr int kSecondsPerMinute = 60;
+
+constexpr const char* kHelp =
+    "Usage: tarvane tracks [--json] [DEVICE]\n"
+    "List the tracks of the audio CD in DEVICE, by default in the first optical drive.\n"
+    "\n"
+    "      --json  print one JSON document\n"
+    "      --help  print this help and end\n"
+    "\n"
+    "Start and length are minutes:seconds.frames; a second has 75 frames. The total is\n"
+    "that of the audio tracks. Copy one track, or all of them, with\n"
+    "  tarvane copy 'cdda:/dev/sr0/Track 03.wav' DIRECTORY\n"
+    "  tarvane copy cdda:/dev/sr0 DIRECTORY\n";
+
+struct TracksRequest {
+    bool bJson = false;
+    bool bHelp = false;
+    std::string Device;
+};
+
+struct DiscTotal {
+    int AudioTracks = 0;
+    std::int32_t Frames = 0;
+    std::uint64_t WavBytes = 0;
+};
+
+std::int32_t LengthFrames(const TrackListEntry& Track) {
+    return Track.EndFrame - Track.StartFrame;
+}
+
+const char* KindOf(const TrackListEntry& Track) {
+    return Track.bData ? "data" : "audio";
+}
+
+std::string FormatFrames(std::int32_t Frames) {
+    const std::int32_t seconds = Frames / kFramesPerSecond;
+    std::array<char, 32> text;
+    std::snprintf(text.data(), text.size(), "%02d:%02d.%02d", seconds / kSecondsPerMinute,
+                  seconds % kSecondsPerMinute, Frames % kFramesPerSecond);
+    return text.data();
+}
+
+DiscTotal AddUp(const TrackList& List) {
+    DiscTotal total;
+    for (const TrackListEntry& track : List.Tracks) {
+        if (track.bData) {
+            continue;
+        }
+        ++total.AudioTracks;
+        if (track.HasValidRange()) {
+            total.Frames += LengthFrames(track);
+            total.WavBytes += TrackWavSizeBytes(track);
+        }
+    }
+    return total;
+}
+
+void PrintRow(const TrackListEntry& Track) {
+    const std::string name = Track.bData ? "-" : TrackFileName(Track.Number);
+    const std::string length = Track.HasValidRange() ? FormatFrames(LengthFrames(Track)) : "-";
+    const std::uint64_t wavBytes = TrackWavSizeBytes(Track);
+    std::printf("%2d  %-12s  %8s  %8s  %11s  %s\n", Track.Number, name.c_str(),
+                FormatFrames(Track.StartFrame).c_str(), length.c_str(),
+                wavBytes == 0 ? "-" : std::to_string(wavBytes).c_str(), KindOf(Track));
+}
+
+void PrintTable(const TrackList& List, const std::vector<std::string>& Drives) {
+    std::printf("Disc in %s\n", CleanForScreen(List.Device).c_str());
+    for (const std::string& drive : Drives) {
+        if (drive != List.Device) {
+            std::printf("Another drive: %s\n", CleanForScreen(drive).c_str());
+        }
+    }
+    std::printf(" #  Name          Start     Length      WAV bytes  Kind\n");
+    for (const TrackListEntry& track : List.Tracks) {
+        PrintRow(track);
+    }
+    const DiscTotal total = AddUp(List);
+    std::printf("Total: %d audio track%s, %s, %" PRIu64 " bytes\n", total.AudioTracks,
+                total.AudioTracks == 1 ? "" : "s", FormatFrames(total.Frames).c_str(),
+                total.WavBytes);
+}
+
+nlohmann::ordered_json MakeTrackObject(const std::string& Device, const TrackListEntry& Track) {
+    nlohmann::ordered_json object{
+        {"number", Track.Number},
+        {"name", nullptr},
+        {"path", nullptr},
+        {"kind", KindOf(Track)},
+        {"start", FormatFrames(Track.StartFrame)},
+        {"start_frame", Track.StartFrame},
+        {"length", nullptr},
+        {"length_frames", nullptr},
+        {"wav_bytes", nullptr},
+    };
+    if (!Track.bData) {
+        object["name"] = TrackFileName(Track.Number);
+        object["path"] = TrackPath(Device, Track.Number);
+    }
+    if (Track.HasValidRange()) {
+        object["length"] = FormatFrames(LengthFrames(Track));
+        object["length_frames"] = LengthFrames(Track);
+        if (!Track.bData) {
+            object["wav_bytes"] = TrackWavSizeBytes(Track);
+        }
+    }
+    return object;
+}
+
+void PrintDocument(const TrackList& List, const std::vector<std::string>& Drives) {
+    nlohmann::ordered_json document{{"device", List.Device}, {"drives", Drives}};
+    nlohmann::ordered_json& tracks = document["tracks"] = nlohmann::ordered_json::array();
+    for (const TrackListEntry& track : List.Tracks) {
+        tracks.push_back(MakeTrackObject(List.Device, track));
+    }
+    const DiscTotal total = AddUp(List);
+    document["total"] = {{"audio_tracks", total.AudioTracks},
+                         {"length", FormatFrames(total.Frames)},
+                         {"length_frames", total.Frames},
+                         {"wav_bytes", total.WavBytes}};
+    const auto replace = nlohmann::ordered_json::error_handler_t::replace;
+    std::puts(document.dump(2, ' ', false, replace).c_str());
+}
+
+int Fail(const std::string& Message) {
+    std::fprintf(stderr, "tarvane: %s\n", CleanForScreen(Message).c_str());
+    return kExitFailed;
+}
+
+int FailUsage() {
+    std::fputs("Try 'tarvane tracks --help'.\n", stderr);
+    return kExitUsage;
+}
+
+// Reads the arguments behind Argv[0]. False after a message about bad ones.
+bool ParseArguments(int Argc, char** Argv, TracksRequest& Out) {
+    constexpr std::array<option, 3> kOptions{{{"json", no_argument, nullptr, 'j'},
+                                              {"help", no_argument, nullptr, 'h'},
+                                              {nullptr, 0, nullptr, 0}}};
+    // The system's messages begin with the first argument.
+    std::string programName = "tarvane";
+    std::vector<char*> arguments(Argv, Argv + Argc + 1);
+    arguments[0] = programName.data();
+    // Begins anew, whoever has read options before.
+    optind = 0;
+    for (int name;
+         (name = getopt_long(Argc, arguments.data(), "", kOptions.data(), nullptr)) >= 0;) {
+        switch (name) {
+        case 'j':
+            Out.bJson = true;
+            break;
+        case 'h':
+            Out.bHelp = true;
+            break;
+        default:
+            return false;
+        }
+    }
+    if (Argc - optind > 1) {
+        std::fprintf(stderr, "tarvane: more than one drive\n");
+        return false;
+    }
+    if (optind < Argc) {
+        Out.Device = arguments[static_cast<std::size_t>(optind)];
+        if (Out.Device.empty()) {
+            std::fprintf(stderr, "tarvane: the drive's name is empty\n");
+            return false;
+        }
+    }
+    return true;
+}
+
+// The drive that was asked for, as an absolute path, or the first one. Empty when there is none.
+std::string ChooseDevice(const std::string& Requested, const std::vector<std::string>& Drives) {
+    if (Requested.empty()) {
+        return Drives.empty() ? std::string() : Drives.front();
+    }
+    if (TarvaneIsCddaPath(Requested)) {
+        return TarvaneCddaDeviceFromPath(Requested);
+    }
+    std::error_code ec;
+    const std::filesystem::path device = std::filesystem::absolute(Requested, ec);
+    return ec ? Requested : device.string();
+}
+
+} // namespace
+
+int RunTracksCommand(int Argc, char** Argv) {
+    TracksRequest request;
+    if (!ParseArguments(Argc, Argv, request)) {
+        return FailUsage();
+    }
+    if (request.bHelp) {
+        std::fputs(kHelp, stdout);
+        return kExitDone;
+    }
+    const std::vector<std::string> drives = FindOpticalDrives();
+    const std::string device = ChooseDevice(request.Device, drives);
+    if (device.empty()) {
+        return Fail(request.Device.empty() ? "no optical drive found"
+                                           : "'" + request.Device + "' names no drive");
+    }
+    TrackList list;
+    std::string errorMessage;
+    int endStatus = kExitDone;
+    switch (FetchTrackList(device, list, errorMessage, endStatus)) {
+    case TrackFetchResult::Canceled:
+        return endStatus;
+    case TrackFetchResult::Failed:
+        return Fail(errorMessage);
+    case TrackFetchResult::Fetched:
+        break;
+    }
+    if (request.bJson) {
+        PrintDocument(list, drives);
+    } else {
+        PrintTable(list, drives);
+    }
+    if (std::fflush(stdout) != 0) {
+        return Fail("cannot write the list: " + std::system_category().message(errno));
+    }
+    return kExitDone;
+}

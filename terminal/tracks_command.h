@@ -1,0 +1,17 @@
+// `tarvane tracks [--json] [DEVICE]`: lists the tracks of an audio CD.
+//
+// With --json standard output is one document:
+//   {"device": "/dev/sr0", "drives": ["/dev/sr0"],
+//    "tracks": [{"number": 1, "name": "Track 01.wav", "path": "cdda:/dev/sr0/Track 01.wav",
+//                "kind": "audio", "start": "00:02.00", "start_frame": 150,
+//                "length": "04:08.33", "length_frames": 18633, "wav_bytes": 43824860}],
+//    "total": {"audio_tracks": 1, "length": "04:08.33", "length_frames": 18633,
+//              "wav_bytes": 43824860}}
+// "kind" is "audio" or "data". "drives" are all drives of the machine. A data track has null for
+// "name", "path" and "wav_bytes", a track with an invalid range for "length", "length_frames" and
+// "wav_bytes". The total is that of the audio tracks, what a copy of the whole disc makes.
+
+#pragma once
+
+// Argv[0] is the word "tracks". Returns the program's exit status.
+int RunTracksCommand(int Argc, char** Argv);

@@ -1,0 +1,141 @@
+// Questions about taken names, and what the tests of them press and read.
+
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "conflict_question.h"
+#include "screen_text.h"
+
+using Action = TarvaneTransferConflictAction;
+using Texts = std::vector<std::string>;
+using TimePoint = ConflictQuestion::TimePoint;
+
+inline constexpr TimePoint kStart{};
+inline constexpr TimePoint kLive = kStart + kQuestionDeadTime;
+inline constexpr TerminalSize kUsualSize{80, 24};
+
+inline TarvaneTransferConflict FileConflict() {
+    TarvaneTransferConflict conflict;
+    conflict.SourcePath = "/home/u/Music/cover.jpg";
+    conflict.DestinationPath = "/media/usb0/Backup/cover.jpg";
+    conflict.SourceDate = "2024-03-07 14:05:09";
+    conflict.DestinationDate = "2023-12-24 18:00:00";
+    conflict.SourceSizeBytes = 48230;
+    conflict.DestinationSizeBytes = 47110;
+    conflict.SourceModifiedTicks = 2;
+    conflict.DestinationModifiedTicks = 1;
+    conflict.bSourceHasSize = conflict.bDestinationHasSize = true;
+    conflict.bSourceHasModifiedTime = conflict.bDestinationHasModifiedTime = true;
+    return conflict;
+}
+
+inline TarvaneTransferConflict DirectoryConflict() {
+    TarvaneTransferConflict conflict = FileConflict();
+    conflict.Kind = TarvaneTransferConflictKind::Directory;
+    conflict.SourcePath = "/home/u/Music/Live";
+    conflict.DestinationPath = "/media/usb0/Backup/Live";
+    conflict.bSourceDirectory = conflict.bDestinationDirectory = true;
+    conflict.bSourceHasSize = conflict.bDestinationHasSize = false;
+    return conflict;
+}
+
+// A file that comes where a directory is.
+inline TarvaneTransferConflict FileOntoDirectory() {
+    TarvaneTransferConflict conflict = FileConflict();
+    conflict.bDestinationDirectory = true;
+    conflict.bDestinationHasSize = false;
+    return conflict;
+}
+
+// A directory that comes where a file is.
+inline TarvaneTransferConflict DirectoryOntoFile() {
+    TarvaneTransferConflict conflict = DirectoryConflict();
+    conflict.bDestinationDirectory = false;
+    conflict.bDestinationHasSize = true;
+    return conflict;
+}
+
+inline KeyPress Letter(char Byte) {
+    return {KeyCode::Text, std::string(1, Byte)};
+}
+
+class AskedConflict : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(EnsureUtf8Locale()); }
+
+    ConflictQuestion Ask(const TarvaneTransferConflict& Conflict) {
+        RenameAdvice advice;
+        advice.ProposeFreePath = [this] { return FreePath; };
+        advice.Refusal = [this](const std::string& Path) {
+            Checked.push_back(Path);
+            return Refusal;
+        };
+        return ConflictQuestion(Conflict, advice, kLive);
+    }
+
+    // What one key of a fresh question answers.
+    std::optional<ConflictAnswer> AnswerTo(const TarvaneTransferConflict& Conflict, char Key) {
+        return Ask(Conflict).Handle(Letter(Key), kLive);
+    }
+
+    static void ExpectToFitEveryWindow(const ConflictQuestion& Question) {
+        for (int columns = 6; columns < 100; columns += 3) {
+            for (int rows = 1; rows < 16; ++rows) {
+                const ConflictQuestion::Screen screen = Question.Show({columns, rows});
+                ASSERT_LE(screen.Lines.size(), static_cast<std::size_t>(rows));
+                ASSERT_EQ(screen.Cursor.Line, screen.Lines.size() - 1);
+                ASSERT_LT(DisplayWidth(screen.Cursor.Prefix), columns);
+                for (const ScreenLine& line : screen.Lines) {
+                    ASSERT_LT(DisplayWidth(line.Text), columns) << line.Text;
+                }
+            }
+        }
+    }
+
+    static void Type(ConflictQuestion& Question, std::string_view Text) {
+        for (const char byte : Text) {
+            EXPECT_EQ(Question.Handle(Letter(byte), kLive), std::nullopt);
+        }
+    }
+
+    static Texts Shown(const ConflictQuestion& Question, TerminalSize Size = kUsualSize) {
+        Texts texts;
+        for (const ScreenLine& line : Question.Show(Size).Lines) {
+            texts.push_back(line.Text);
+        }
+        return texts;
+    }
+
+    static std::string ShownText(const ConflictQuestion& Question) {
+        std::string all;
+        for (const std::string& text : Shown(Question)) {
+            all += text + "\n";
+        }
+        return all;
+    }
+
+    static Texts Warnings(const ConflictQuestion& Question) {
+        Texts texts;
+        for (const ScreenLine& line : Question.Show(kUsualSize).Lines) {
+            if (line.bWarning) {
+                texts.push_back(line.Text);
+            }
+        }
+        return texts;
+    }
+
+    const KeyPress kEnter{KeyCode::Enter, {}};
+    const KeyPress kEscape{KeyCode::Escape, {}};
+
+    std::string FreePath = "/media/usb0/Backup/cover-2.jpg";
+    std::string Refusal;
+    Texts Checked;
+};

@@ -1,0 +1,215 @@
+// What the drawer's bytes leave on a screen, and how many they are.
+
+#include "live_block.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "plain_screen.h"
+#include "screen_text.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr TerminalSize kUsualSize{80, 24};
+
+std::vector<ScreenLine> Lines(const Texts& Wanted) {
+    std::vector<ScreenLine> lines;
+    for (const std::string& text : Wanted) {
+        lines.push_back({text});
+    }
+    return lines;
+}
+
+class BlockDrawing : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(EnsureUtf8Locale());
+        Screen.Write("$ tarvane copy\r\n");
+    }
+
+    void Draw(const Texts& Wanted, TerminalSize Size = kUsualSize) {
+        Screen.Write(Drawer.Draw(Lines(Wanted), Size));
+    }
+
+    Texts Below(const Texts& Wanted) const {
+        Texts all = {"$ tarvane copy"};
+        all.insert(all.end(), Wanted.begin(), Wanted.end());
+        return all;
+    }
+
+    BlockDrawer Drawer;
+    PlainScreen Screen{80, 24};
+};
+
+// A job in full swing: every frame another file, other counters, another rate.
+TarvaneTransferUiSnapshot BusySnapshot(int Frame) {
+    const std::string number = std::to_string(Frame);
+    TarvaneTransferUiSnapshot snapshot;
+    snapshot.StageText = "Stage: Copying | Copying items";
+    snapshot.PathText = "Current: /home/u/Music/Live/2024-02-11 Stadthalle (...song number " +
+                        std::to_string(100 + Frame) + " of the whole evening.flac";
+    snapshot.OverallText = "Overall 1000." + std::to_string(Frame % 10) +
+                           " MB / 1023.9 GB | Items " + std::to_string(100000 + Frame) +
+                           " / 250000";
+    snapshot.IoText =
+        "Rate 106." + std::to_string(Frame % 10) + " MB/s | Spent 04:16 | Remaining 1:29:52";
+    snapshot.HintText = "Press Esc to cancel. Partial destination files may remain after a cancel.";
+    snapshot.FileProgress01 = static_cast<double>(Frame * 37 % 100) / 100.0;
+    snapshot.CurrentFileTotalBytes = 1000;
+    return snapshot;
+}
+
+} // namespace
+
+TEST_F(BlockDrawing, PutsTheBlockBelowWhatIsThere) {
+    Draw({"one", "two", "three"});
+    EXPECT_EQ(Screen.Text(), Below({"one", "two", "three"}));
+}
+
+TEST_F(BlockDrawing, LeavesTheCursorAtTheStartOfTheLastLine) {
+    Draw({"one", "two"});
+    EXPECT_EQ(Screen.CursorLine(), 2U);
+    EXPECT_EQ(Screen.CursorColumn(), 0U);
+}
+
+TEST_F(BlockDrawing, LeavesTheCursorWhereItIsWanted) {
+    Screen.Write(Drawer.Draw(Lines({"one", "two", "three"}), kUsualSize, BlockCursor{1, "tw"}));
+    EXPECT_EQ(Screen.Text(), Below({"one", "two", "three"}));
+    EXPECT_EQ(Screen.CursorLine(), 2U);
+    EXPECT_EQ(Screen.CursorColumn(), 2U);
+}
+
+TEST_F(BlockDrawing, ReplacesLinesInPlace) {
+    Draw({"one", "longer", "three"});
+    Draw({"one", "two", "three"});
+    EXPECT_EQ(Screen.Text(), Below({"one", "two", "three"}));
+    Draw({"ONE", "two", "THREE"});
+    EXPECT_EQ(Screen.Text(), Below({"ONE", "two", "THREE"}));
+}
+
+TEST_F(BlockDrawing, ReplacesLinesFromAnyCursor) {
+    Screen.Write(Drawer.Draw(Lines({"one", "two", "three"}), kUsualSize, BlockCursor{0, "on"}));
+    Screen.Write(Drawer.Draw(Lines({"one", "2", "three"}), kUsualSize, BlockCursor{1, "2"}));
+    EXPECT_EQ(Screen.Text(), Below({"one", "2", "three"}));
+    EXPECT_EQ(Screen.CursorLine(), 2U);
+    EXPECT_EQ(Screen.CursorColumn(), 1U);
+    Draw({"1", "2", "3"});
+    EXPECT_EQ(Screen.Text(), Below({"1", "2", "3"}));
+}
+
+TEST_F(BlockDrawing, GrowsAndShrinks) {
+    Draw({"one"});
+    Draw({"one", "two", "three"});
+    EXPECT_EQ(Screen.Text(), Below({"one", "two", "three"}));
+    Draw({"one", "two"});
+    EXPECT_EQ(Screen.Text(), Below({"one", "two"}));
+}
+
+TEST_F(BlockDrawing, SendsNothingWhenNothingChanges) {
+    Draw({"one", "two"});
+    EXPECT_EQ(Drawer.Draw(Lines({"one", "two"}), kUsualSize), "");
+}
+
+TEST_F(BlockDrawing, SendsOnlyTheLinesThatChange) {
+    Draw({"one", "two", "three"});
+    EXPECT_EQ(Drawer.Draw(Lines({"one", "2", "three"}), kUsualSize), "\x1B[1A\r2\x1B[K\n\r");
+}
+
+TEST_F(BlockDrawing, TakesTheBlockAway) {
+    Draw({"one", "two"});
+    Screen.Write(Drawer.Erase(kUsualSize));
+    EXPECT_TRUE(Drawer.IsEmpty());
+    EXPECT_EQ(Screen.Text(), Below({}));
+    Screen.Write("Copied 2 item(s).\r\n");
+    EXPECT_EQ(Screen.Text(), Below({"Copied 2 item(s)."}));
+}
+
+TEST_F(BlockDrawing, TakesNothingAwayWithoutABlock) {
+    EXPECT_EQ(Drawer.Erase(kUsualSize), "");
+    EXPECT_EQ(Drawer.Abandon(), "");
+}
+
+TEST_F(BlockDrawing, StartsAgainAfterTheBlockWasTakenAway) {
+    Draw({"one", "two"});
+    Screen.Write(Drawer.Erase(kUsualSize));
+    Screen.Write("File exists\r\n");
+    Draw({"one", "two"});
+    EXPECT_EQ(Screen.Text(), Below({"File exists", "one", "two"}));
+}
+
+TEST_F(BlockDrawing, LeavesAnAbandonedBlockAlone) {
+    Screen.Write(Drawer.Draw(Lines({"one", "two"}), kUsualSize, BlockCursor{0, ""}));
+    Screen.Write(Drawer.Abandon());
+    Draw({"three"});
+    EXPECT_EQ(Screen.Text(), Below({"one", "two", "three"}));
+}
+
+TEST_F(BlockDrawing, LeavesNoRemnantsInANarrowerWindow) {
+    Draw({std::string(79, 'a'), std::string(41, 'b'), std::string(79, 'c')});
+    Screen.Resize(40, 24);
+    Draw({"aaa", "bbb", "ccc"}, {40, 24});
+    EXPECT_EQ(Screen.Text(), Below({"aaa", "bbb", "ccc"}));
+}
+
+TEST_F(BlockDrawing, LeavesNoRemnantsOfARenameLineInANarrowerWindow) {
+    const std::string line(70, 'n');
+    Screen.Write(Drawer.Draw(Lines({"question", line}), kUsualSize, BlockCursor{1, line}));
+    Screen.Resize(30, 24);
+    Screen.Write(Drawer.Erase({30, 24}));
+    EXPECT_EQ(Screen.Text(), Below({}));
+}
+
+TEST_F(BlockDrawing, LeavesNoRemnantsInAWiderWindow) {
+    Draw({"aaa", "bbb", "ccc"});
+    Screen.Resize(120, 40);
+    Draw({"aaa bbb", "ccc"}, {120, 40});
+    EXPECT_EQ(Screen.Text(), Below({"aaa bbb", "ccc"}));
+}
+
+TEST_F(BlockDrawing, FillsAWindowOfOneRow) {
+    PlainScreen row(80, 1);
+    row.Write(Drawer.Draw(Lines({"13%"}), {80, 1}));
+    row.Write(Drawer.Draw(Lines({"14%"}), {80, 1}));
+    EXPECT_EQ(row.Text(), Texts{"14%"});
+}
+
+TEST_F(BlockDrawing, CountsTheRowsOfWideCharactersThatDoNotFit) {
+    std::string wide;
+    for (int i = 0; i < 10; ++i) {
+        wide += "日";
+    }
+    // Two of them to each row of five columns.
+    Drawer.Draw(Lines({wide, "x"}), kUsualSize);
+    EXPECT_EQ(Drawer.Erase({5, 24}), "\x1B[5A\r\x1B[J");
+}
+
+TEST_F(BlockDrawing, EmphasizesWarnings) {
+    setenv("TERM", "xterm", 1);
+    unsetenv("NO_COLOR");
+    EXPECT_EQ(Drawer.Draw({{"careful", true}}, kUsualSize), "\r\x1B[J\x1B[1;31mcareful\x1B[m\r");
+    EXPECT_NE(Drawer.Draw({{"careful", false}}, kUsualSize), "");
+}
+
+// Only the percentage of the whole does not change in every frame, five times a second at most.
+TEST_F(BlockDrawing, CostsLessThan3000BytesASecondForABusyJob) {
+    constexpr int kFramesPerSecond = 10;
+    constexpr int kFrames = 50;
+    std::size_t bytes = 0;
+    for (int frame = 0; frame <= kFrames; ++frame) {
+        ProgressClaims claims;
+        claims.Percent = frame / 2;
+        const std::size_t frameBytes =
+            Drawer.Draw(LiveBlockLines(BusySnapshot(frame), claims, kUsualSize), kUsualSize).size();
+        EXPECT_GT(frameBytes, 200U);
+        bytes += frame == 0 ? 0 : frameBytes;
+    }
+    const std::size_t bytesPerSecond = bytes * kFramesPerSecond / kFrames;
+    EXPECT_LT(bytesPerSecond, 3000U);
+    RecordProperty("BytesPerSecond", static_cast<int>(bytesPerSecond));
+}

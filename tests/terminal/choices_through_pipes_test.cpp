@@ -1,0 +1,288 @@
+// What each choice for taken names does to the disk, and the records and lines for programs: the
+// real program without a terminal.
+
+#include "file_tree.h"
+#include "run_program.h"
+#include "temporary_directory.h"
+
+#include <filesystem>
+#include <sstream>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+class ChoicesThroughPipes : public testing::Test {
+protected:
+    // Each name says how the source compares with what is there.
+    ChoicesThroughPipes() {
+        Pair("newer", "n", "o", 2000, 1000);
+        Pair("older", "n", "o", 1000, 2000);
+        Pair("larger", "new", "o", 1000, 1000);
+        Pair("smaller", "n", "old", 1000, 1000);
+        Pair("same", "=", "=", 1000, 1000);
+    }
+
+    void Pair(const std::string& Name, const std::string& New, const std::string& Old,
+              std::int64_t NewTime, std::int64_t OldTime) {
+        WriteFile(Root / "from" / Name, New);
+        WriteFile(Root / "into" / Name, Old);
+        SetModifiedTime(Root / "from" / Name, NewTime);
+        SetModifiedTime(Root / "into" / Name, OldTime);
+    }
+
+    ProgramResult Tarvane(std::vector<std::string> Arguments) {
+        Arguments.insert(Arguments.begin(), TARVANE_PROGRAM);
+        return RunProgram(Arguments, Root.Path().string());
+    }
+
+    ProgramResult CopyAll(std::vector<std::string> Options) {
+        Options.insert(Options.begin(), "copy");
+        for (const char* name : {"newer", "older", "larger", "smaller", "same"}) {
+            Options.push_back(std::string("from/") + name);
+        }
+        Options.emplace_back("into");
+        return Tarvane(Options);
+    }
+
+    // The names whose old file is gone.
+    std::string Replaced() {
+        std::string names;
+        for (const char* name : {"newer", "older", "larger", "smaller"}) {
+            if (ReadFile(Root / "into" / name)[0] == 'n') {
+                names += (names.empty() ? "" : " ") + std::string(name);
+            }
+        }
+        return names;
+    }
+
+    void ExpectReplaced(const std::vector<std::string>& Options, const std::string& Names) {
+        const ProgramResult result = CopyAll(Options);
+        EXPECT_EQ(result.Status, 0);
+        EXPECT_EQ(result.Output, "");
+        EXPECT_EQ(result.Errors, "Copied 5 item(s).\n");
+        EXPECT_EQ(Replaced(), Names);
+    }
+
+    std::vector<Json> Records(const std::string& Text) {
+        std::vector<Json> records;
+        std::istringstream lines(Text);
+        for (std::string line; std::getline(lines, line);) {
+            records.push_back(Json::parse(line));
+        }
+        return records;
+    }
+
+    TemporaryDirectory Root;
+};
+
+TEST_F(ChoicesThroughPipes, Overwrite) {
+    ExpectReplaced({"--on-conflict=overwrite"}, "newer older larger smaller");
+}
+TEST_F(ChoicesThroughPipes, TheOptionF) {
+    ExpectReplaced({"-f"}, "newer older larger smaller");
+}
+TEST_F(ChoicesThroughPipes, Skip) {
+    ExpectReplaced({"--on-conflict=skip"}, "");
+}
+TEST_F(ChoicesThroughPipes, TheOptionN) {
+    ExpectReplaced({"-n"}, "");
+}
+TEST_F(ChoicesThroughPipes, Older) {
+    ExpectReplaced({"--on-conflict=older"}, "newer");
+}
+TEST_F(ChoicesThroughPipes, TheOptionU) {
+    ExpectReplaced({"-u"}, "newer");
+}
+TEST_F(ChoicesThroughPipes, Compare) {
+    ExpectReplaced({"--on-conflict=compare"}, "newer older larger smaller");
+}
+TEST_F(ChoicesThroughPipes, Larger) {
+    ExpectReplaced({"--on-conflict=larger"}, "larger");
+}
+TEST_F(ChoicesThroughPipes, SizeDiffers) {
+    ExpectReplaced({"--on-conflict=size-differs"}, "larger smaller");
+}
+TEST_F(ChoicesThroughPipes, TheLastOfContradictingOptionsCounts) {
+    ExpectReplaced({"-f", "-n"}, "");
+    ExpectReplaced({"-n", "--on-conflict=larger"}, "larger");
+}
+
+TEST_F(ChoicesThroughPipes, KeepBothFindsFreeNames) {
+    WriteFile(Root / "into/newer-2", "taken");
+    ExpectReplaced({"--on-conflict=keep-both"}, "");
+    EXPECT_EQ(ReadFile(Root / "into/newer-3"), "n");
+    EXPECT_EQ(ReadFile(Root / "into/same-2"), "=");
+}
+
+TEST_F(ChoicesThroughPipes, FailNamesThePathAndTouchesNothing) {
+    WriteFile(Root / "from/free", "free");
+    const Tree before = TreeOf(Root / "into");
+    const ProgramResult result =
+        Tarvane({"copy", "--on-conflict=fail", "from/free", "from/older", "into"});
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_EQ(result.Output, "");
+    EXPECT_NE(result.Errors.find((Root / "into/older").string()), std::string::npos)
+        << result.Errors;
+    EXPECT_EQ(TreeOf(Root / "into"), before);
+}
+
+TEST_F(ChoicesThroughPipes, FailKeepsWhatStandsInADirectory) {
+    const Tree before = TreeOf(Root / "into");
+    const ProgramResult result = Tarvane(
+        {"copy", "-T", "--on-conflict=fail", "--on-directory-conflict=merge", "from", "into"});
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_EQ(result.Errors.find("tarvane: "), 0U) << result.Errors;
+    EXPECT_EQ(TreeOf(Root / "into"), before);
+}
+
+TEST_F(ChoicesThroughPipes, DirectoriesAreMergedUnlessToldOtherwise) {
+    WriteFile(Root / "from/sub/new", "n");
+    WriteFile(Root / "into/sub/old", "o");
+    EXPECT_EQ(Tarvane({"copy", "-n", "from/sub", "into"}).Status, 0);
+    EXPECT_EQ(TreeOf(Root / "into/sub"), (Tree{{"new", "file n"}, {"old", "file o"}}));
+}
+
+TEST_F(ChoicesThroughPipes, DirectoriesAreSkippedWhole) {
+    WriteFile(Root / "from/sub/new", "n");
+    WriteFile(Root / "into/sub/old", "o");
+    const ProgramResult result =
+        Tarvane({"copy", "-f", "--on-directory-conflict=skip", "from/sub", "into"});
+    EXPECT_EQ(result.Status, 0);
+    EXPECT_EQ(result.Errors, "Copied 1 item(s).\n");
+    EXPECT_EQ(TreeOf(Root / "into/sub"), (Tree{{"old", "file o"}}));
+}
+
+TEST_F(ChoicesThroughPipes, DirectoriesCanFail) {
+    WriteFile(Root / "from/sub/new", "n");
+    WriteFile(Root / "into/sub/old", "o");
+    const ProgramResult result =
+        Tarvane({"copy", "-f", "--on-directory-conflict=fail", "from/sub", "into"});
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_NE(result.Errors.find((Root / "into/sub").string()), std::string::npos);
+    EXPECT_EQ(TreeOf(Root / "into/sub"), (Tree{{"old", "file o"}}));
+}
+
+TEST_F(ChoicesThroughPipes, AMoveRemovesWhatItCopiedAndKeepsWhatItSkipped) {
+    const ProgramResult result = Tarvane(
+        {"move", "-T", "--on-conflict=larger", "--on-directory-conflict=merge", "from", "into"});
+    EXPECT_EQ(result.Status, 0);
+    EXPECT_EQ(result.Errors, "Moved 1 item(s).\n");
+    EXPECT_EQ(Replaced(), "larger");
+    EXPECT_EQ(
+        TreeOf(Root / "from"),
+        (Tree{
+            {"newer", "file n"}, {"older", "file n"}, {"smaller", "file n"}, {"same", "file ="}}));
+}
+
+TEST_F(ChoicesThroughPipes, JsonReportsEveryConflictWithItsAnswerAndTheResult) {
+    const ProgramResult result = CopyAll({"--progress=json", "--on-conflict=larger"});
+    EXPECT_EQ(result.Status, 0);
+    EXPECT_EQ(result.Errors, "");
+    std::vector<std::string> answers;
+    for (const Json& record : Records(result.Output)) {
+        if (record.at("event") == "conflict") {
+            answers.push_back(
+                fs::path(record.at("destination").get<std::string>()).filename().string() + " " +
+                record.at("answer").get<std::string>());
+        }
+    }
+    EXPECT_EQ(answers, (std::vector<std::string>{"newer skip", "older skip", "larger overwrite",
+                                                 "smaller skip", "same skip"}));
+    const Json last = Records(result.Output).back();
+    EXPECT_EQ(last, (Json{{"event", "done"},
+                          {"result", "succeeded"},
+                          {"status", "Copied 5 item(s)."},
+                          {"exit_status", 0},
+                          {"flushed", nullptr}}));
+}
+
+TEST_F(ChoicesThroughPipes, JsonEndsWithTheCountsOfTheWholeJob) {
+    const ProgramResult result = CopyAll({"--progress=json", "-n"});
+    Json lastProgress;
+    for (const Json& record : Records(result.Output)) {
+        if (record.at("event") == "progress") {
+            lastProgress = record;
+        }
+    }
+    EXPECT_EQ(lastProgress.at("done_items"), 5);
+    EXPECT_EQ(lastProgress.at("total_items"), 5);
+    EXPECT_EQ(lastProgress.at("done_bytes"), 7);
+    EXPECT_EQ(lastProgress.at("total_bytes"), 7);
+    EXPECT_EQ(lastProgress.at("percent"), 100);
+}
+
+TEST_F(ChoicesThroughPipes, JsonGivesTheBytesOfNamesThatAreNotUtf8) {
+    WriteFile(Root / "bad\xFF.bin", "data");
+    const ProgramResult result =
+        Tarvane({"copy", "--progress=json", "-n", "bad\xFF.bin", "into/bad"});
+    EXPECT_EQ(result.Status, 0);
+    EXPECT_NE(result.Output.find("626164ff2e62696e"), std::string::npos) << result.Output;
+    for (const Json& record : Records(result.Output)) {
+        EXPECT_TRUE(record.contains("event"));
+    }
+}
+
+TEST_F(ChoicesThroughPipes, JsonReportsWhatThePreflightFound) {
+    fs::create_symlink("nowhere", Root / "from/dangling");
+    const ProgramResult result = Tarvane({"copy", "--progress=json", "-n", "from", "elsewhere"});
+    EXPECT_EQ(result.Status, 1);
+    const Json first = Records(result.Output).front();
+    EXPECT_EQ(first.at("event"), "preflight");
+    EXPECT_EQ(first.at("kind"), "dangling-link");
+    EXPECT_EQ(first.at("path"), (Root / "from/dangling").string());
+    EXPECT_EQ(first.at("stops_job"), true);
+    const Json last = Records(result.Output).back();
+    EXPECT_EQ(last.at("result"), "failed");
+    EXPECT_EQ(last.at("status"), "No such file or directory");
+}
+
+TEST_F(ChoicesThroughPipes, LinesEndWithTheFinalLine) {
+    const ProgramResult result = CopyAll({"--progress=lines", "--interval=0.1", "-n"});
+    EXPECT_EQ(result.Status, 0);
+    EXPECT_EQ(result.Output, "");
+    EXPECT_EQ(result.Errors.substr(result.Errors.size() - 18), "Copied 5 item(s).\n");
+}
+
+TEST_F(ChoicesThroughPipes, QuietPrintsNothingOnSuccess) {
+    const ProgramResult result = CopyAll({"-q", "-n"});
+    EXPECT_EQ(result.Status, 0);
+    EXPECT_EQ(result.Output + result.Errors, "");
+}
+
+TEST_F(ChoicesThroughPipes, VerboseSaysWhatGoesWhere) {
+    const ProgramResult result = Tarvane({"copy", "-v", "-n", "from/newer", "elsewhere"});
+    EXPECT_EQ(result.Status, 0);
+    EXPECT_EQ(result.Output, "'" + (Root / "from/newer").string() + "' -> '" +
+                                 (Root / "elsewhere").string() + "'\n");
+}
+
+TEST_F(ChoicesThroughPipes, ADryRunTellsTheTotalsAndTouchesNothing) {
+    const ProgramResult result = Tarvane({"copy", "--dry-run", "-n", "from", "elsewhere"});
+    EXPECT_EQ(result.Status, 0);
+    EXPECT_EQ(result.Output, "Would copy 6 entries, 7 B (7 bytes).\n");
+    EXPECT_EQ(result.Errors, "");
+    EXPECT_FALSE(fs::exists(Root / "elsewhere"));
+}
+
+// The target of the link was not selected, and a move that has to copy would remove what is in it.
+TEST_F(ChoicesThroughPipes, AMoveThroughALinkStopsUnlessItIsAllowed) {
+    fs::create_directory_symlink(Root / "into", Root / "from/link");
+    fs::create_directory(Root / "elsewhere");
+    fs::create_directory(Root / "elsewhere/from");
+    const ProgramResult refused = Tarvane({"move", "-n", "from", "elsewhere"});
+    EXPECT_EQ(refused.Status, 1);
+    EXPECT_NE(refused.Errors.find("--follow-links"), std::string::npos) << refused.Errors;
+    EXPECT_EQ(TreeOf(Root / "elsewhere"), (Tree{{"from", "dir"}}));
+    EXPECT_EQ(TreeOf(Root / "into").size(), 5U);
+
+    EXPECT_EQ(Tarvane({"move", "-n", "--follow-links", "from", "elsewhere"}).Status, 0);
+    EXPECT_EQ(TreeOf(Root / "into"), Tree());
+    EXPECT_EQ(TreeOf(Root / "elsewhere/from/link").size(), 5U);
+}
+
+} // namespace

@@ -1,0 +1,120 @@
+#include "command_line.h"
+
+#include <filesystem>
+#include <regex>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "parsed_command_line.h"
+
+namespace {
+
+std::string Information(const Words& Arguments) {
+    const CommandLine line = Parse(Arguments);
+    const auto* information = std::get_if<InformationText>(&line);
+    EXPECT_NE(information, nullptr) << "no text";
+    return information != nullptr ? information->Text : "";
+}
+
+TEST(CommandLineParser, CopyWithoutOptionsAsksAndLooksFirst) {
+    const TransferRequest request = Request({"copy", "a", "b"});
+    EXPECT_FALSE(request.bMove);
+    EXPECT_EQ(request.OnConflict, FileConflictChoice::Ask);
+    EXPECT_FALSE(request.OnDirectoryConflict.has_value());
+    EXPECT_FALSE(request.TargetDirectory.has_value());
+    EXPECT_FALSE(request.bNoTargetDirectory);
+    EXPECT_EQ(request.Progress, ProgressStyle::Auto);
+    EXPECT_EQ(request.IntervalSeconds, 5.0);
+    EXPECT_EQ(request.Flush, FlushChoice::Auto);
+    EXPECT_TRUE(request.bPreflight);
+    EXPECT_FALSE(request.bDryRun);
+    EXPECT_FALSE(request.bFollowLinks);
+    EXPECT_FALSE(request.bQuiet);
+    EXPECT_FALSE(request.bVerbose);
+}
+
+TEST(CommandLineParser, MoveMoves) {
+    EXPECT_TRUE(Request({"move", "a", "b"}).bMove);
+}
+
+TEST(CommandLineParser, OperandsKeepTheirBytes) {
+    const Words names{"a b",  "new\nline", "[z]",       "[a,b]", "x,y", "\xff\xfe.bin", "'q'",
+                      "日本", "-",         "tab\there", "*",     "\\",  "a=b",          "~"};
+    Words arguments{"copy"};
+    arguments.insert(arguments.end(), names.begin(), names.end());
+    EXPECT_EQ(Operands(arguments), names);
+}
+
+TEST(CommandLineParser, TwoDashesEndTheOptions) {
+    EXPECT_EQ(Operands({"copy", "-v", "--", "-n", "--help", "--"}), Words({"-n", "--help", "--"}));
+}
+
+TEST(CommandLineParser, OptionsMayFollowOperands) {
+    const TransferRequest request = Request({"copy", "a", "-n", "b", "--dry-run"});
+    EXPECT_EQ(request.Operands.size(), 2U);
+    EXPECT_EQ(request.OnConflict, FileConflictChoice::Skip);
+    EXPECT_TRUE(request.bDryRun);
+}
+
+TEST(CommandLineParser, TrailingSlashesAndDotsStayInOperands) {
+    EXPECT_EQ(Operands({"copy", "dir//", "./x/../y", "d/."}), Words({"dir//", "./x/../y", "d/."}));
+}
+
+TEST(CommandLineParser, NamesMissingOperandsAsCpDoes) {
+    EXPECT_EQ(Mistake({"copy"}), "missing file operand");
+    EXPECT_EQ(Mistake({"move", "-t", "d"}), "missing file operand");
+    EXPECT_EQ(Mistake({"copy", "a"}), "missing destination file operand after 'a'");
+    EXPECT_EQ(Mistake({"copy", "-T", "a"}), "missing destination file operand after 'a'");
+}
+
+TEST(CommandLineParser, RefusesMoreThanOneSourceForOneName) {
+    EXPECT_EQ(Mistake({"copy", "-T", "a", "b", "c"}), "extra operand 'c'");
+}
+
+TEST(CommandLineParser, RefusesEmptyNames) {
+    EXPECT_EQ(Mistake({"copy", "", "b"}), "a file name is empty");
+    EXPECT_EQ(Mistake({"copy", "a", ""}), "a file name is empty");
+    EXPECT_EQ(Mistake({"copy", "-t", "", "a"}), "a file name is empty");
+}
+
+TEST(CommandLineParser, RefusesContradictoryTargets) {
+    EXPECT_EQ(Mistake({"copy", "-T", "-t", "d", "a"}),
+              "cannot combine --target-directory (-t) and --no-target-directory (-T)");
+    EXPECT_EQ(Mistake({"copy", "-t", "d", "-t", "d", "a"}),
+              "multiple target directories specified");
+}
+
+TEST(CommandLineParser, HelpAndVersionComeBeforeAndAfterTheCommand) {
+    const std::string help = Information({"--help"});
+    EXPECT_EQ(help.rfind("Usage: tarvane copy", 0), 0U);
+    EXPECT_EQ(Information({"copy", "--help"}), help);
+    EXPECT_EQ(Information({"move", "a", "b", "--help", "--foo"}), help);
+    const std::string version = Information({"--version"});
+    EXPECT_TRUE(std::regex_match(version, std::regex("tarvane \\d+\\.\\d+\\.\\d+\n"))) << version;
+    EXPECT_EQ(Information({"copy", "--version"}), version);
+}
+
+TEST(CommandLineParser, NamesMissingAndUnknownCommands) {
+    EXPECT_EQ(Mistake({}), "missing command; the commands are copy, move and tracks");
+    EXPECT_EQ(Mistake({"remove"}),
+              "unknown command 'remove'; the commands are copy, move and tracks");
+    EXPECT_EQ(Mistake({"-n", "copy", "a", "b"}), "unrecognized option '-n' before the command");
+}
+
+TEST(UnattendedRequest, NamesTheOptionThatWouldAsk) {
+    const std::string reason = "nobody can be asked about taken names without a terminal; pass ";
+    EXPECT_EQ(SentenceIfNobodyCanBeAsked(Request({"copy", "a", "b"})),
+              reason + "--on-conflict=overwrite, skip or another choice");
+    EXPECT_EQ(SentenceIfNobodyCanBeAsked(
+                  Request({"copy", "-f", "--on-directory-conflict=ask", "a", "b"})),
+              reason + "--on-directory-conflict=merge, skip or fail");
+}
+
+TEST(UnattendedRequest, IsFineWhenNothingAsks) {
+    EXPECT_EQ(SentenceIfNobodyCanBeAsked(Request({"copy", "-f", "a", "b"})), "");
+    EXPECT_EQ(SentenceIfNobodyCanBeAsked(Request({"copy", "-u", "a", "b"})), "");
+    EXPECT_EQ(SentenceIfNobodyCanBeAsked(Request({"copy", "--dry-run", "a", "b"})), "");
+}
+
+} // namespace

@@ -1,0 +1,172 @@
+// What keys answer to the question about a taken name.
+
+#include "conflict_question.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "asked_conflict.h"
+
+namespace {
+
+using FileQuestion = AskedConflict;
+using DirectoryQuestion = AskedConflict;
+
+} // namespace
+
+TEST_F(FileQuestion, AnswersForThisFile) {
+    EXPECT_EQ(AnswerTo(FileConflict(), 'o'), (ConflictAnswer{Action::Overwrite, {}, {}, {}}));
+    EXPECT_EQ(AnswerTo(FileConflict(), 's'), (ConflictAnswer{Action::Skip, {}, {}, {}}));
+    EXPECT_EQ(AnswerTo(FileConflict(), 'b'),
+              (ConflictAnswer{Action::CompareByContent, {}, {}, {}}));
+    EXPECT_EQ(AnswerTo(FileConflict(), 'k'), (ConflictAnswer{Action::Rename, FreePath, {}, {}}));
+}
+
+TEST_F(FileQuestion, AnswersForAllFiles) {
+    EXPECT_EQ(AnswerTo(FileConflict(), 'O'),
+              (ConflictAnswer{Action::Overwrite, {}, FileConflictChoice::Overwrite, {}}));
+    EXPECT_EQ(AnswerTo(FileConflict(), 'S'),
+              (ConflictAnswer{Action::Skip, {}, FileConflictChoice::Skip, {}}));
+    EXPECT_EQ(AnswerTo(FileConflict(), 'B'),
+              (ConflictAnswer{Action::CompareByContent, {}, FileConflictChoice::Compare, {}}));
+    EXPECT_EQ(AnswerTo(FileConflict(), 'K'),
+              (ConflictAnswer{Action::Rename, FreePath, FileConflictChoice::KeepBoth, {}}));
+}
+
+TEST_F(FileQuestion, OverwritesThisFileWithAllOlderWhenItIsOlder) {
+    EXPECT_EQ(AnswerTo(FileConflict(), 'u'),
+              (ConflictAnswer{Action::Overwrite, {}, FileConflictChoice::Older, {}}));
+}
+
+TEST_F(FileQuestion, SkipsThisFileWithAllOlderWhenItIsNotOlder) {
+    const ConflictAnswer skip{Action::Skip, {}, FileConflictChoice::Older, {}};
+    TarvaneTransferConflict conflict = FileConflict();
+    conflict.SourceModifiedTicks = conflict.DestinationModifiedTicks;
+    EXPECT_EQ(AnswerTo(conflict, 'u'), skip);
+    conflict = FileConflict();
+    conflict.bSourceHasModifiedTime = false;
+    EXPECT_EQ(AnswerTo(conflict, 'u'), skip);
+    conflict = FileConflict();
+    conflict.bDestinationHasModifiedTime = false;
+    EXPECT_EQ(AnswerTo(conflict, 'u'), skip);
+}
+
+TEST_F(FileQuestion, SkipsOnEnterAlone) {
+    EXPECT_EQ(Ask(FileConflict()).Handle(kEnter, kLive),
+              (ConflictAnswer{Action::Skip, {}, {}, {}}));
+    EXPECT_EQ(Ask(FileOntoDirectory()).Handle(kEnter, kLive),
+              (ConflictAnswer{Action::Skip, {}, {}, {}}));
+}
+
+TEST_F(FileQuestion, CancelsOnEscape) {
+    EXPECT_EQ(Ask(FileConflict()).Handle(kEscape, kLive),
+              (ConflictAnswer{Action::Cancel, {}, {}, {}}));
+}
+
+TEST_F(FileQuestion, TakesNoOtherKey) {
+    for (const char key : std::string("mMxX1 yn.")) {
+        EXPECT_EQ(AnswerTo(FileConflict(), key), std::nullopt) << key;
+    }
+    for (const KeyCode code : {KeyCode::Delete, KeyCode::Home, KeyCode::Other}) {
+        EXPECT_EQ(Ask(FileConflict()).Handle({code, {}}, kLive), std::nullopt);
+    }
+    EXPECT_EQ(Ask(FileConflict()).Handle({KeyCode::Text, "ö"}, kLive), std::nullopt);
+}
+
+TEST_F(FileQuestion, IsDeafForAMomentButToEscape) {
+    const TimePoint early = kLive - std::chrono::milliseconds(1);
+    ConflictQuestion question = Ask(FileConflict());
+    EXPECT_EQ(question.Handle(kEnter, early), std::nullopt);
+    EXPECT_EQ(question.Handle(Letter('o'), early), std::nullopt);
+    EXPECT_EQ(question.Handle(Letter('r'), early), std::nullopt);
+    EXPECT_EQ(question.Handle(Letter('o'), kLive), (ConflictAnswer{Action::Overwrite, {}, {}, {}}));
+    EXPECT_EQ(Ask(FileConflict()).Handle(kEscape, early),
+              (ConflictAnswer{Action::Cancel, {}, {}, {}}));
+}
+
+TEST_F(FileQuestion, ComparesNothingThatHasNoSize) {
+    TarvaneTransferConflict conflict = FileConflict();
+    conflict.bSourceHasSize = false;
+    ConflictQuestion question = Ask(conflict);
+    EXPECT_EQ(question.Handle(Letter('b'), kLive), std::nullopt);
+    EXPECT_NE(ShownText(question).find("There is nothing to compare: one of them has no size.\n"),
+              std::string::npos);
+    EXPECT_EQ(question.Handle(Letter('B'), kLive), std::nullopt);
+}
+
+TEST_F(FileQuestion, RemovesADirectoryOnlyAfterASecondKey) {
+    for (const char key : std::string("oOu")) {
+        ConflictQuestion question = Ask(FileOntoDirectory());
+        EXPECT_EQ(question.Handle(Letter(key), kLive), std::nullopt) << key;
+        EXPECT_EQ(Shown(question).back(), "Remove the directory? ");
+        const std::optional<ConflictAnswer> answer = question.Handle(Letter('y'), kLive);
+        ASSERT_TRUE(answer.has_value()) << key;
+        EXPECT_EQ(answer->Action, Action::Overwrite);
+    }
+}
+
+TEST_F(FileQuestion, GoesBackWhenTheSecondKeyIsAnother) {
+    for (const KeyPress& second : {kEnter, kEscape, Letter('o'), Letter('n')}) {
+        ConflictQuestion question = Ask(FileOntoDirectory());
+        EXPECT_EQ(question.Handle(Letter('o'), kLive), std::nullopt);
+        EXPECT_EQ(question.Handle(second, kLive), std::nullopt);
+        EXPECT_EQ(Shown(question).back(), "? ");
+        EXPECT_EQ(question.Handle(Letter('y'), kLive), std::nullopt);
+    }
+}
+
+TEST_F(FileQuestion, AsksForNoSecondKeyWhenNothingIsRemoved) {
+    TarvaneTransferConflict conflict = FileOntoDirectory();
+    EXPECT_NE(AnswerTo(conflict, 's'), std::nullopt);
+    EXPECT_NE(AnswerTo(conflict, 'k'), std::nullopt);
+    conflict.SourceModifiedTicks = 0;
+    EXPECT_EQ(AnswerTo(conflict, 'u'),
+              (ConflictAnswer{Action::Skip, {}, FileConflictChoice::Older, {}}));
+}
+
+TEST_F(FileQuestion, SaysWhenThereIsNoFreeName) {
+    FreePath.clear();
+    ConflictQuestion question = Ask(FileConflict());
+    EXPECT_EQ(question.Handle(Letter('k'), kLive), std::nullopt);
+    EXPECT_NE(ShownText(question).find("No free name was found.\n"), std::string::npos);
+    EXPECT_EQ(question.Handle(Letter('x'), kLive), std::nullopt);
+    EXPECT_EQ(ShownText(question).find("No free name was found.\n"), std::string::npos);
+}
+
+TEST_F(FileQuestion, LeavesALineWithTheAnswer) {
+    ConflictQuestion question = Ask(FileConflict());
+    question.Handle(Letter('O'), kLive);
+    EXPECT_EQ(question.AnswerLine(), "File exists: /media/usb0/Backup/cover.jpg | overwrite all");
+    ConflictQuestion both = Ask(FileConflict());
+    both.Handle(Letter('k'), kLive);
+    EXPECT_EQ(both.AnswerLine(), "File exists: /media/usb0/Backup/cover.jpg | keep both | "
+                                 "/media/usb0/Backup/cover-2.jpg");
+    ConflictQuestion canceled = Ask(FileConflict());
+    canceled.Handle(kEscape, kLive);
+    EXPECT_EQ(canceled.AnswerLine(), "File exists: /media/usb0/Backup/cover.jpg | cancel");
+}
+
+TEST_F(DirectoryQuestion, AnswersForThisDirectory) {
+    EXPECT_EQ(AnswerTo(DirectoryConflict(), 'm'), (ConflictAnswer{Action::Merge, {}, {}, {}}));
+    EXPECT_EQ(AnswerTo(DirectoryConflict(), 's'), (ConflictAnswer{Action::Skip, {}, {}, {}}));
+    EXPECT_EQ(Ask(DirectoryConflict()).Handle(kEnter, kLive),
+              (ConflictAnswer{Action::Skip, {}, {}, {}}));
+    EXPECT_EQ(Ask(DirectoryConflict()).Handle(kEscape, kLive),
+              (ConflictAnswer{Action::Cancel, {}, {}, {}}));
+}
+
+TEST_F(DirectoryQuestion, AnswersForAllDirectories) {
+    EXPECT_EQ(AnswerTo(DirectoryConflict(), 'M'),
+              (ConflictAnswer{Action::Merge, {}, {}, DirectoryConflictChoice::Merge}));
+    EXPECT_EQ(AnswerTo(DirectoryConflict(), 'S'),
+              (ConflictAnswer{Action::Skip, {}, {}, DirectoryConflictChoice::Skip}));
+}
+
+TEST_F(DirectoryQuestion, TakesNoAnswerForFiles) {
+    for (const char key : std::string("oOurkKbBy")) {
+        EXPECT_EQ(AnswerTo(DirectoryConflict(), key), std::nullopt) << key;
+    }
+}

@@ -1,0 +1,158 @@
+// `tarvane copy` and `tarvane move` as a script runs them: no terminal anywhere. The program is the
+// real one.
+
+#include "file_tree.h"
+#include "mounts.h"
+#include "run_program.h"
+#include "temporary_directory.h"
+
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class ThroughPipes : public testing::Test {
+protected:
+    ProgramResult Tarvane(std::vector<std::string> Arguments) {
+        Arguments.insert(Arguments.begin(), TARVANE_PROGRAM);
+        return RunProgram(Arguments, Root.Path().string());
+    }
+
+    TemporaryDirectory Root;
+};
+
+#define EXPECT_RESULT(Result, WantedStatus, WantedOutput, WantedErrors)                            \
+    do {                                                                                           \
+        const ProgramResult result = (Result);                                                     \
+        EXPECT_EQ(result.Status, WantedStatus);                                                    \
+        EXPECT_EQ(result.Output, WantedOutput);                                                    \
+        EXPECT_EQ(result.Errors, WantedErrors);                                                    \
+    } while (false)
+
+TEST_F(ThroughPipes, CopiesARealTreeByteForByteAndPrintsOneLine) {
+    EXPECT_RESULT(Tarvane({"copy", "--on-conflict=skip", "/usr/include/linux", "copied"}), 0, "",
+                  "Copied 1 item(s).\n");
+    EXPECT_RESULT(RunProgram({"diff", "-r", "/usr/include/linux", (Root / "copied").string()}), 0,
+                  "", "");
+}
+
+TEST_F(ThroughPipes, CopiesNamesThatAreAnyBytes) {
+    const std::vector<std::string> names = {
+        " leading blank",  "new\nline",   "-rf",  "[z]", "[a,b]",  "a,b",
+        "bad\xFF\xFE.bin", "\x1b[31mred", "日本", "*",   "quo'te", "back\\slash"};
+    for (const std::string& name : names) {
+        WriteFile(Root / "from" / name, "contents of " + name);
+    }
+    fs::create_directory(Root / "into");
+    std::vector<std::string> arguments = {"copy", "--on-conflict=skip", "-t", "../into", "--"};
+    arguments.insert(arguments.begin(), TARVANE_PROGRAM);
+    arguments.insert(arguments.end(), names.begin(), names.end());
+    EXPECT_RESULT(RunProgram(arguments, (Root / "from").string()), 0, "", "Copied 12 item(s).\n");
+    EXPECT_EQ(TreeOf(Root / "into"), TreeOf(Root / "from"));
+}
+
+TEST_F(ThroughPipes, MovesATreeAcrossFileSystems) {
+    EnterPrivateMountNamespace();
+    fs::create_directory(Root / "other");
+    const ScopedMount other = MountTmpfs(Root / "other", "size=16m");
+    WriteFile(Root / "tree/a", PatternBytes(300000));
+    WriteFile(Root / "tree/sub/b", "b");
+    fs::create_directory(Root / "tree/empty");
+    const Tree before = TreeOf(Root / "tree");
+    EXPECT_RESULT(Tarvane({"move", "--on-conflict=skip", "tree", "other"}), 0, "",
+                  "Moved 1 item(s).\n");
+    EXPECT_EQ(TreeOf(Root / "other/tree"), before);
+    EXPECT_FALSE(fs::exists(Root / "tree"));
+}
+
+TEST_F(ThroughPipes, MovesWithinAFileSystemByRenaming) {
+    WriteFile(Root / "from", "data");
+    struct stat before {};
+    ASSERT_EQ(stat((Root / "from").c_str(), &before), 0);
+    EXPECT_RESULT(Tarvane({"move", "--on-conflict=skip", "from", "to"}), 0, "",
+                  "Moved 1 item(s).\n");
+    struct stat after {};
+    ASSERT_EQ(stat((Root / "to").c_str(), &after), 0);
+    EXPECT_EQ(before.st_ino, after.st_ino);
+}
+
+TEST_F(ThroughPipes, RefusesToAskWhereNobodyCanAnswer) {
+    WriteFile(Root / "from", "data");
+    const ProgramResult result = Tarvane({"copy", "from", "to"});
+    EXPECT_EQ(result.Status, 2);
+    EXPECT_EQ(result.Output, "");
+    EXPECT_NE(result.Errors.find("--on-conflict="), std::string::npos) << result.Errors;
+    EXPECT_FALSE(fs::exists(Root / "to"));
+}
+
+TEST_F(ThroughPipes, CountsSkippedEntriesAsDone) {
+    WriteFile(Root / "from", "new");
+    WriteFile(Root / "to", "old");
+    EXPECT_RESULT(Tarvane({"copy", "--on-conflict=skip", "from", "to"}), 0, "",
+                  "Copied 1 item(s).\n");
+    EXPECT_EQ(ReadFile(Root / "to"), "old");
+}
+
+TEST_F(ThroughPipes, OverwritesWhenToldTo) {
+    WriteFile(Root / "from", "new");
+    WriteFile(Root / "to", "longer old contents");
+    EXPECT_RESULT(Tarvane({"copy", "--on-conflict=overwrite", "from", "to"}), 0, "",
+                  "Copied 1 item(s).\n");
+    EXPECT_EQ(ReadFile(Root / "to"), "new");
+}
+
+TEST_F(ThroughPipes, MakesTheMissingParentOfANewName) {
+    WriteFile(Root / "from", "data");
+    EXPECT_RESULT(Tarvane({"copy", "--on-conflict=skip", "from", "deep/er/to"}), 0, "",
+                  "Copied 1 item(s).\n");
+    EXPECT_EQ(ReadFile(Root / "deep/er/to"), "data");
+}
+
+TEST_F(ThroughPipes, NamesEveryMissingSourceBeforeAnythingIsTouched) {
+    WriteFile(Root / "there", "data");
+    fs::create_directory(Root / "into");
+    const ProgramResult result =
+        Tarvane({"copy", "--on-conflict=skip", "gone", "there", "lost", "into"});
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_EQ(result.Output, "");
+    EXPECT_NE(result.Errors.find("gone"), std::string::npos);
+    EXPECT_NE(result.Errors.find("lost"), std::string::npos);
+    EXPECT_EQ(TreeOf(Root / "into"), Tree());
+}
+
+TEST_F(ThroughPipes, RefusesTwoSourcesThatWouldLandOnOneName) {
+    WriteFile(Root / "a/same", "1");
+    WriteFile(Root / "b/same", "2");
+    fs::create_directory(Root / "into");
+    const ProgramResult result =
+        Tarvane({"copy", "--on-conflict=overwrite", "a/same", "b/same", "into"});
+    EXPECT_EQ(result.Status, 2);
+    EXPECT_NE(result.Errors.find("same"), std::string::npos);
+    EXPECT_EQ(TreeOf(Root / "into"), Tree());
+}
+
+TEST_F(ThroughPipes, FailsOnAFullFileSystemWithoutAPartialFile) {
+    EnterPrivateMountNamespace();
+    fs::create_directory(Root / "small");
+    const ScopedMount small = MountTmpfs(Root / "small", "size=1m");
+    WriteFile(Root / "big", PatternBytes(3 << 20));
+    const ProgramResult result =
+        Tarvane({"copy", "--no-preflight", "--on-conflict=skip", "big", "small"});
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_EQ(result.Output, "");
+    EXPECT_EQ(result.Errors, "tarvane: Failed while writing destination file.\n");
+    EXPECT_EQ(TreeOf(Root / "small"), Tree());
+}
+
+TEST_F(ThroughPipes, NeverSendsEscapeSequences) {
+    WriteFile(Root / "\x1b[2Jclear", "data");
+    const ProgramResult result =
+        Tarvane({"copy", "-v", "--progress=lines", "--on-conflict=skip", "\x1b[2Jclear", "to"});
+    EXPECT_EQ(result.Status, 0);
+    EXPECT_EQ((result.Output + result.Errors).find('\x1b'), std::string::npos);
+}
+
+} // namespace

@@ -1,0 +1,318 @@
+// The program's options are written down in five places: the parser, --help, the manual page and
+// the completions for bash and zsh. These tests hold them together.
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "command_line.h"
+#include "file_tree.h"
+#include "help_text.h"
+#include "json_progress.h"
+#include "run_program.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+using WordSet = std::set<std::string>;
+
+const Words kOptionsWithChoices{"--on-conflict", "--on-directory-conflict", "--progress",
+                                "--flush"};
+
+std::filesystem::path SourceFile(const std::string& Name) {
+    return std::filesystem::path(TARVANE_SOURCE_DIRECTORY) / Name;
+}
+
+Words LinesOf(const std::string& Text) {
+    std::istringstream in(Text);
+    Words lines;
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// All that Pattern's first group matches in Text.
+WordSet Matches(const std::string& Text, const std::string& Pattern) {
+    const std::regex regex(Pattern);
+    WordSet words;
+    for (auto match = std::sregex_iterator(Text.begin(), Text.end(), regex);
+         match != std::sregex_iterator(); ++match) {
+        words.insert((*match)[1]);
+    }
+    return words;
+}
+
+// The options in a text that holds nothing else that begins with a dash.
+WordSet OptionsIn(const std::string& Text) {
+    WordSet options = Matches(Text, R"((--[a-z][a-z-]*))");
+    options.merge(Matches(Text, R"((?:^|[^A-Za-z0-9-])(-[A-Za-z])(?![A-Za-z-]))"));
+    return options;
+}
+
+// The parser.
+
+std::string UsageSentence(Words Arguments) {
+    Arguments.insert(Arguments.begin(), {"tarvane", "copy"});
+    std::vector<char*> argv;
+    for (std::string& argument : Arguments) {
+        argv.push_back(argument.data());
+    }
+    argv.push_back(nullptr);
+    const CommandLine line = ParseCommandLine(static_cast<int>(Arguments.size()), argv.data());
+    const auto* mistake = std::get_if<UsageError>(&line);
+    return mistake != nullptr ? mistake->Sentence : "";
+}
+
+// Follows the beginnings that the parser knows, letter by letter, to the whole names. No option is
+// the beginning of another.
+void CollectLongOptions(const std::string& Beginning, WordSet& Out) {
+    bool bWhole = true;
+    for (const char letter : std::string("-abcdefghijklmnopqrstuvwxyz")) {
+        const std::string longer = Beginning + letter;
+        if (longer != "---" && !UsageSentence({longer}).starts_with("unrecognized option")) {
+            bWhole = false;
+            CollectLongOptions(longer, Out);
+        }
+    }
+    if (bWhole) {
+        Out.insert(Beginning);
+    }
+}
+
+WordSet ParserOptions() {
+    WordSet options;
+    for (char letter = '!'; letter <= '~'; ++letter) {
+        const std::string option{'-', letter};
+        if (letter != '-' && !UsageSentence({option}).starts_with("invalid option")) {
+            options.insert(option);
+        }
+    }
+    CollectLongOptions("--", options);
+    return options;
+}
+
+WordSet ParserChoices(const std::string& Option) {
+    const std::string sentence = UsageSentence({Option + "=?"});
+    const std::string list = sentence.substr(sentence.find("valid are ") + 10);
+    return Matches(list, "([a-z-]+)");
+}
+
+// The manual page.
+
+std::string Page() {
+    std::string page = ReadFile(SourceFile("docs/tarvane.1"));
+    page = std::regex_replace(page, std::regex(R"(\\f[A-Z])"), "");
+    return std::regex_replace(page, std::regex(R"(\\-)"), "-");
+}
+
+std::string PageSection(const std::string& Title) {
+    const std::string page = Page();
+    const std::string heading = "\n.SH " + Title + "\n";
+    const std::size_t start = page.find(heading);
+    EXPECT_NE(start, std::string::npos) << "no section " << Title;
+    return page.substr(start, page.find("\n.SH ", start + 1) - start);
+}
+
+// The tagged paragraphs of a section: the tag's line, then the text.
+Words Paragraphs(const std::string& Section) {
+    Words paragraphs;
+    bool bInside = false;
+    for (const std::string& line : LinesOf(Section)) {
+        if (line == ".TP") {
+            paragraphs.emplace_back();
+            bInside = true;
+        } else if (line == ".PP" || line.starts_with(".SS")) {
+            bInside = false;
+        } else if (bInside) {
+            paragraphs.back() += line + "\n";
+        }
+    }
+    return paragraphs;
+}
+
+std::string Tags(const Words& TaggedParagraphs) {
+    std::string tags;
+    for (const std::string& paragraph : TaggedParagraphs) {
+        tags += LinesOf(paragraph).front() + "\n";
+    }
+    return tags;
+}
+
+// The paragraph whose tag has Word; empty when there is none.
+std::string ParagraphOn(const std::string& Section, const std::string& Word) {
+    for (const std::string& paragraph : Paragraphs(Section)) {
+        if (std::regex_search(LinesOf(paragraph).front(), std::regex(Word + "(?![a-z-])"))) {
+            return paragraph;
+        }
+    }
+    return "";
+}
+
+// The completions.
+
+// What bash offers for the last of Typed, which bash would have split as given.
+Words BashOffers(const Words& Typed) {
+    const std::string script = "source \"$1\"; shift; compopt() { :; }; COMP_WORDS=(\"$@\"); "
+                               "COMP_CWORD=$(($# - 1)); _tarvane; "
+                               "printf '%s\\n' \"${COMPREPLY[@]}\"";
+    Words command{"bash", "-c", script, "bash", SourceFile("completions/tarvane.bash").native()};
+    command.insert(command.end(), Typed.begin(), Typed.end());
+    const ProgramResult result = RunProgram(command);
+    EXPECT_EQ(result.Errors, "");
+    return LinesOf(result.Output);
+}
+
+WordSet BashOptions(const std::string& Command) {
+    WordSet options;
+    for (const std::string& offer : BashOffers({"tarvane", Command, "-"})) {
+        options.insert(offer.substr(0, offer.find('=')));
+    }
+    return options;
+}
+
+// The lines that describe options and operands.
+std::string ZshSpecifications() {
+    std::string specifications;
+    for (const std::string& line : LinesOf(ReadFile(SourceFile("completions/_tarvane")))) {
+        if (std::regex_search(line, std::regex(R"(^\s*(\w+\)\s*_arguments |options\+=\()?')"))) {
+            specifications += line + "\n";
+        }
+    }
+    return specifications;
+}
+
+// Explanations and actions left out.
+WordSet ZshOptions() {
+    std::string text = std::regex_replace(ZshSpecifications(), std::regex(R"(\[[^\]]*\])"), " ");
+    text = std::regex_replace(text, std::regex(R"(:[^']*)"), " ");
+    return OptionsIn(text);
+}
+
+WordSet Without(WordSet Set, const WordSet& Others) {
+    for (const std::string& other : Others) {
+        Set.erase(other);
+    }
+    return Set;
+}
+
+WordSet HelpOptions() {
+    return OptionsIn(kHelpText);
+}
+
+TEST(Documentation, HelpNamesTheOptionsOfTheParserAndOfTracks) {
+    WordSet options = ParserOptions();
+    EXPECT_GT(options.size(), 20U);
+    options.insert("--json");
+    EXPECT_EQ(HelpOptions(), options);
+}
+
+TEST(Documentation, ThePageDescribesTheOptionsOfTheHelp) {
+    EXPECT_EQ(OptionsIn(Tags(Paragraphs(PageSection("OPTIONS")))), HelpOptions());
+}
+
+TEST(Documentation, ThePageMentionsNoOtherLongOptions) {
+    const WordSet mentioned = Matches(Page(), R"((--[a-z][a-z-]*))");
+    EXPECT_EQ(Without(mentioned, HelpOptions()), WordSet());
+}
+
+TEST(Documentation, BashOffersTheOptionsOfTheHelp) {
+    EXPECT_EQ(BashOptions("copy"), Without(HelpOptions(), {"--json"}));
+    EXPECT_EQ(BashOptions("move"), Without(HelpOptions(), {"--json", "-r", "-R", "--recursive"}));
+    EXPECT_EQ(BashOptions("tracks"), WordSet({"--json", "--help"}));
+}
+
+TEST(Documentation, ZshOffersTheOptionsOfTheHelp) {
+    EXPECT_EQ(ZshOptions(), HelpOptions());
+}
+
+TEST(Documentation, HelpAndPageNameEveryChoice) {
+    const std::string options = PageSection("OPTIONS");
+    const std::string help = kHelpText;
+    for (const std::string& option : kOptionsWithChoices) {
+        const std::string paragraph = ParagraphOn(options, option);
+        const std::size_t start = help.find("  " + option + "=");
+        const std::string entry = help.substr(start, help.find("\n  -", start) - start);
+        for (const std::string& choice : ParserChoices(option)) {
+            const std::regex word("(^|[^a-z-])" + choice + "(?![a-z-])");
+            EXPECT_TRUE(std::regex_search(paragraph, word)) << option << " " << choice;
+            EXPECT_TRUE(std::regex_search(entry, word)) << option << " " << choice;
+        }
+    }
+}
+
+TEST(Documentation, ThePageExplainsEveryChoiceForFiles) {
+    EXPECT_EQ(Matches(Tags(Paragraphs(PageSection("CONFLICTS"))), R"(\.B ([a-z-]+))"),
+              ParserChoices("--on-conflict"));
+}
+
+TEST(Documentation, BashOffersTheParsersChoices) {
+    for (const std::string& option : kOptionsWithChoices) {
+        const Words offers = BashOffers({"tarvane", "copy", option, "=", ""});
+        EXPECT_EQ(WordSet(offers.begin(), offers.end()), ParserChoices(option)) << option;
+    }
+}
+
+TEST(Documentation, ZshOffersTheParsersChoices) {
+    const std::string specifications = ZshSpecifications();
+    for (const std::string& option : kOptionsWithChoices) {
+        const WordSet list = Matches(specifications, "'" + option + R"(=[^(]*:\(([^)]*)\))");
+        ASSERT_EQ(list.size(), 1U) << option;
+        EXPECT_EQ(Matches(*list.begin(), "([a-z-]+)"), ParserChoices(option)) << option;
+    }
+}
+
+TEST(Documentation, ThePageListsTheMembersOfEveryRecord) {
+    const Words records{PreflightRecord({}), TotalsRecord({}), ProgressRecord({}),
+                        ConflictRecord({}),  FlushRecord({}),  DoneRecord({})};
+    const std::string section = PageSection("JSON");
+    WordSet events;
+    for (const std::string& record : records) {
+        const nlohmann::json object = nlohmann::json::parse(record);
+        const std::string event = object["event"];
+        events.insert(event);
+        WordSet members;
+        for (const auto& [name, value] : object.items()) {
+            members.insert(name);
+        }
+        EXPECT_EQ(
+            Matches(ParagraphOn(section, event), R"((?:^|\n)\.(?:I|IR|RI) (?:\( )?([a-z_]+))"),
+            Without(members, {"event"}))
+            << event;
+    }
+    EXPECT_EQ(Matches(Tags(Paragraphs(section)), R"(\.B ([a-z-]+))"), events);
+}
+
+TEST(Documentation, HelpFitsATerminal) {
+    for (const std::string& line : LinesOf(kHelpText)) {
+        EXPECT_LE(line.size(), 80U) << line;
+    }
+}
+
+TEST(BashCompletion, OffersTheCommands) {
+    EXPECT_EQ(BashOffers({"tarvane", ""}),
+              Words({"copy", "move", "tracks", "--help", "--version"}));
+    EXPECT_EQ(BashOffers({"tarvane", "c"}), Words({"copy"}));
+}
+
+TEST(BashCompletion, CompletesAPartOfAChoice) {
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "--on-conflict", "=", "ov"}), Words({"overwrite"}));
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "--on-conflict", "="}).size(), 9U);
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "--flush", "al"}), Words({"always"}));
+}
+
+TEST(BashCompletion, LeavesOperandsToTheShell) {
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "fi"}), Words({""}));
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "-t", ""}), Words({""}));
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "--", "-"}), Words({""}));
+}
+
+} // namespace

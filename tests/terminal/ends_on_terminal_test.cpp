@@ -1,0 +1,126 @@
+// Every way in which a running copy can be ended from outside: no partial file stays, the terminal
+// is as it was, and the status says what happened.
+
+#include "mounts.h"
+#include "on_terminal.h"
+#include "preloaded_drive.h"
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class EndsOnTerminal : public OnTerminal {
+protected:
+    void StartSlowCopy() {
+        WriteFile(Root / "big.bin", PatternBytes(20 << 20));
+        Start({"copy", "--no-preflight", "--flush=never", "big.bin", "disk"});
+        ASSERT_TRUE(Program->ShowsText("Overall 1."));
+    }
+
+    void ExpectNothingLeft() {
+        EXPECT_EQ(TreeOf(Root / "disk").count("big.bin"), 0U);
+        ExpectRestoredTerminal();
+    }
+
+    RemovableDisk Disk{Root.Path(), "1\n"};
+};
+
+TEST_F(EndsOnTerminal, SigintCancels) {
+    StartSlowCopy();
+    Program->Signal(SIGINT);
+    EXPECT_TRUE(Program->ExitsWith(130));
+    EXPECT_EQ(Program->HistoryAndScreen(),
+              "Copy canceled. Partial destination files may remain.\n");
+    ExpectNothingLeft();
+}
+
+TEST_F(EndsOnTerminal, SigtermCancelsAndKeepsItsStatus) {
+    StartSlowCopy();
+    Program->Signal(SIGTERM);
+    EXPECT_TRUE(Program->ExitsWith(143));
+    ExpectNothingLeft();
+}
+
+TEST_F(EndsOnTerminal, SighupCancelsAndKeepsItsStatus) {
+    StartSlowCopy();
+    Program->Signal(SIGHUP);
+    EXPECT_TRUE(Program->ExitsWith(129));
+    ExpectNothingLeft();
+}
+
+TEST_F(EndsOnTerminal, AClosedTerminalCancels) {
+    StartSlowCopy();
+    Program->HangUp();
+    EXPECT_TRUE(Program->ExitsWith(129));
+    EXPECT_EQ(TreeOf(Root / "disk").count("big.bin"), 0U);
+}
+
+TEST_F(EndsOnTerminal, Sigusr1PrintsOneStatusLineAndGoesOn) {
+    StartSlowCopy();
+    Program->Signal(SIGUSR1);
+    EXPECT_TRUE(Program->ExitsWith(0));
+    const std::string shown = Program->HistoryAndScreen();
+    EXPECT_EQ(shown.find("Overall "), 0U) << shown;
+    EXPECT_NE(shown.find(" / 20.0 MB | Items 0 / 1 | Rate "), std::string::npos) << shown;
+    EXPECT_EQ(shown.substr(shown.size() - 18), "Copied 1 item(s).\n") << shown;
+}
+
+TEST_F(EndsOnTerminal, ACrashRestoresTheTerminal) {
+    StartSlowCopy();
+    Program->Signal(SIGSEGV);
+    EXPECT_TRUE(Program->ExitsWith(128 + SIGSEGV));
+    ExpectRestoredTerminal();
+}
+
+TEST_F(EndsOnTerminal, AnAbortRestoresTheTerminal) {
+    StartSlowCopy();
+    Program->Signal(SIGABRT);
+    EXPECT_TRUE(Program->ExitsWith(128 + SIGABRT));
+    ExpectRestoredTerminal();
+}
+
+class HeldEndsOnTerminal : public OnTerminal {
+protected:
+    // A drive that keeps one read for minutes: nothing can interrupt it.
+    HeldEndsOnTerminal() {
+        FakeDisc disc = AudioDisc({150}, 1000, 7);
+        disc.Faults = {{"read 500", 0, 100000}};
+        Drives.Describe(disc);
+        ProgramInTerminal::Setting setting = Setting({"copy", "cdda:/dev/sr0/1", "track.wav"});
+        for (const auto& variable : Drives.Environment()) {
+            setting.Environment.push_back(variable);
+        }
+        Start(setting);
+    }
+
+    PreloadedDrives Drives;
+};
+
+TEST_F(HeldEndsOnTerminal, CtrlCIsAnsweredAtOnceAndLeavesTheSecondTime) {
+    ASSERT_TRUE(Program->ShowsText("Spent 00:01"));
+    Program->Type(kCtrlC);
+    ASSERT_TRUE(Program->ShowsText(
+        "Canceling transfer. Waiting for the current filesystem step to finish."));
+    Program->Type(kCtrlC);
+    EXPECT_TRUE(Program->ExitsWith(130, 10.0));
+    // The block stays: it says what the program was waiting for.
+    EXPECT_TRUE(Program->HistoryAndScreen().ends_with(
+        "to finish.\ntarvane: left before the transfer has stopped; partial files may remain\n"))
+        << Program->HistoryAndScreen();
+    ExpectRestoredTerminal();
+}
+
+TEST_F(HeldEndsOnTerminal, SigtermWaitsTwoSecondsForTheCleanUpAndNoLonger) {
+    ASSERT_TRUE(Program->ShowsText("Spent 00:01"));
+    const auto started = std::chrono::steady_clock::now();
+    Program->Signal(SIGTERM);
+    EXPECT_TRUE(Program->ExitsWith(143, 20.0));
+    EXPECT_GE(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(1900));
+    ExpectRestoredTerminal();
+}
+
+} // namespace

@@ -1,0 +1,132 @@
+// What a flush says about how far it is. The kernel's figures are those of the test. Needs root for
+// the mounts.
+
+#include "flush_watch.h"
+
+#include "fake_steady_clock.h"
+#include "fake_syncfs.h"
+#include "file_tree.h"
+#include "own_mount_namespace.h"
+#include "temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::uint64_t kKilobyte = 1024;
+
+class FlushProgressTest : public testing::Test {
+protected:
+    FlushProgressTest() { Fake.Syncfs = FakeSyncfs::NeverEnd; }
+
+    void SetPending(std::uint64_t DirtyKilobytes, std::uint64_t WritebackKilobytes) {
+        WriteFile(Room / "meminfo",
+                  "MemTotal:       24684092 kB\nHugePages_Total:       0\nDirty:  " +
+                      std::to_string(DirtyKilobytes) + " kB\nWriteback:  " +
+                      std::to_string(WritebackKilobytes) + " kB\nWritebackTmp: 77 kB\n");
+    }
+    void SetWritten(const fs::path& Device, std::uint64_t Kilobytes) {
+        WriteFile(Device / "stat", "1 2 3 4 5 6 " + std::to_string(2 * Kilobytes) + " 8 9\n");
+    }
+    ScopedMount Bound(const fs::path& Where) {
+        SetPending(0, 0);
+        return BindFile(Room / "meminfo", Where);
+    }
+    fs::path DescribeDeviceOf(const ScopedMount& Disk) {
+        struct stat status {};
+        ::stat(Disk.Path().c_str(), &status);
+        const fs::path device = Room / ("device" + std::to_string(status.st_dev));
+        fs::create_directory(device);
+        fs::create_directory_symlink(device,
+                                     Devices.Path() / (std::to_string(major(status.st_dev)) + ":" +
+                                                       std::to_string(minor(status.st_dev))));
+        SetWritten(device, 50);
+        return device;
+    }
+
+    const OwnMountNamespace Namespace;
+    TemporaryDirectory Room;
+    FakeSyncfs Fake;
+    FakeSteadyClock Clock;
+    const ScopedMount Network{MountTmpfs(Room / "network", "size=1m")};
+    const ScopedMount Stick{MountTmpfs(Room / "stick", "size=1m")};
+    const ScopedMount Devices{MountTmpfs("/sys/dev/block", "size=1m")};
+    const ScopedMount Meminfo{Bound("/proc/meminfo")};
+};
+
+TEST_F(FlushProgressTest, CountsDownWhatThePageCacheHoldsWhereThereIsNoDevice) {
+    FlushWatch watch({Network.Path()});
+    SetPending(900, 100);
+    watch.Start();
+    EXPECT_EQ(watch.Poll().RemainingBytes, 1000 * kKilobyte);
+    EXPECT_EQ(watch.Poll().BytesPerSecond, 0U);
+    Clock.Advance(std::chrono::seconds(1));
+    SetPending(100, 300);
+    const FlushProgress progress = watch.Poll();
+    EXPECT_FALSE(progress.bFinished);
+    EXPECT_EQ(progress.RemainingBytes, 400 * kKilobyte);
+    EXPECT_EQ(progress.BytesPerSecond, 600 * kKilobyte);
+}
+
+TEST_F(FlushProgressTest, CountsWhatTheDeviceHasWritten) {
+    const fs::path device = DescribeDeviceOf(Stick);
+    FlushWatch watch({Stick.Path()});
+    SetPending(1000, 0);
+    watch.Start();
+    EXPECT_EQ(watch.Poll().RemainingBytes, 1000 * kKilobyte);
+    Clock.Advance(std::chrono::seconds(2));
+    SetWritten(device, 50 + 800);
+    const FlushProgress progress = watch.Poll();
+    EXPECT_EQ(progress.RemainingBytes, 200 * kKilobyte);
+    EXPECT_EQ(progress.BytesPerSecond, 400 * kKilobyte);
+}
+
+TEST_F(FlushProgressTest, IsNotHeldUpByWhatOthersWriteMeanwhile) {
+    const fs::path device = DescribeDeviceOf(Stick);
+    FlushWatch watch({Stick.Path()});
+    SetPending(1000, 0);
+    watch.Start();
+    SetPending(5000, 0);
+    EXPECT_EQ(watch.Poll().RemainingBytes, 1000 * kKilobyte);
+    SetWritten(device, 50 + 3000);
+    EXPECT_EQ(watch.Poll().RemainingBytes, 0U);
+}
+
+TEST_F(FlushProgressTest, NeverSaysMoreThanThePageCacheHolds) {
+    DescribeDeviceOf(Stick);
+    FlushWatch watch({Stick.Path()});
+    SetPending(1000, 0);
+    watch.Start();
+    SetPending(300, 0);
+    EXPECT_EQ(watch.Poll().RemainingBytes, 300 * kKilobyte);
+}
+
+TEST_F(FlushProgressTest, TellsTheRateOfTheLastSeconds) {
+    const fs::path device = DescribeDeviceOf(Stick);
+    FlushWatch watch({Stick.Path()});
+    SetPending(100000, 0);
+    watch.Start();
+    watch.Poll();
+    Clock.Advance(std::chrono::seconds(10));
+    SetWritten(device, 50 + 10000);
+    watch.Poll();
+    Clock.Advance(std::chrono::seconds(2));
+    SetWritten(device, 50 + 10200);
+    EXPECT_EQ(watch.Poll().BytesPerSecond, 100 * kKilobyte);
+}
+
+TEST_F(FlushProgressTest, KnowsNothingWhereTheKernelTellsNothing) {
+    WriteFile(Room / "meminfo", "");
+    FlushWatch watch({Network.Path()});
+    watch.Start();
+    EXPECT_EQ(watch.Poll().RemainingBytes, std::nullopt);
+    EXPECT_EQ(watch.Poll().BytesPerSecond, 0U);
+}
+
+} // namespace

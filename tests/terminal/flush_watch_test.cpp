@@ -1,0 +1,248 @@
+// Pushing the page cache to the disk: how it ends. It runs in a process of its own. Needs root for
+// the mounts.
+
+#include "flush_watch.h"
+
+#include "becomes_true.h"
+#include "fake_syncfs.h"
+#include "file_tree.h"
+#include "mounts.h"
+#include "temporary_directory.h"
+#include "transfer_fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kMegabyte = 1048576;
+
+class FlushWatchTest : public testing::Test {
+protected:
+    static FlushProgress Finished(FlushWatch& Watch) {
+        FlushProgress progress;
+        EXPECT_TRUE(BecomesTrue("the flush is over", [&] {
+            progress = Watch.Poll();
+            return progress.bFinished;
+        }));
+        return progress;
+    }
+
+    // The processes that this one has started and that are not over.
+    static std::vector<pid_t> Children() {
+        std::ifstream list("/proc/thread-self/children");
+        std::vector<pid_t> children;
+        for (pid_t child = 0; list >> child;) {
+            children.push_back(child);
+        }
+        return children;
+    }
+
+    // How far the kernel gets before it gives up decides which of the two it reports.
+    static testing::AssertionResult IsWriteError(const std::string& Text, const fs::path& Disk) {
+        const std::string beginning = "cannot write everything to '" + Disk.string() + "': ";
+        const bool bHolds = Text == beginning + "No space left on device" ||
+                            Text == beginning + "Input/output error";
+        return bHolds ? testing::AssertionSuccess() : testing::AssertionFailure() << Text;
+    }
+
+    static std::uint64_t SignalBit(int Signal) { return std::uint64_t{1} << (Signal - 1); }
+
+    // Those that were sent to a process and wait there because it blocks them.
+    static std::uint64_t PendingSignals(pid_t Process) {
+        const std::string name = "ShdPnd:";
+        std::ifstream status("/proc/" + std::to_string(Process) + "/status");
+        for (std::string line; std::getline(status, line);) {
+            if (line.starts_with(name)) {
+                return std::stoull(line.substr(name.size()), nullptr, 16);
+            }
+        }
+        return 0;
+    }
+
+    TemporaryDirectory Room;
+    FakeSyncfs Fake;
+};
+
+TEST_F(FlushWatchTest, HasNothingToDoWithoutDirectories) {
+    FlushWatch watch({});
+    EXPECT_FALSE(watch.HasAnythingToFlush());
+    watch.Start();
+    EXPECT_TRUE(watch.Poll().bFinished);
+    EXPECT_EQ(watch.Poll().ErrorText, "");
+}
+
+TEST_F(FlushWatchTest, BringsDataToTheDisk) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountLoopDisk(Room / "disk", 8);
+    FlushWatch watch({disk.Path()});
+    EXPECT_TRUE(watch.HasAnythingToFlush());
+    const std::string bytes = PatternBytes(1024);
+    WriteFile(disk.Path() / "file", bytes);
+    EXPECT_EQ(ReadFile(Room / "disk.image").find(bytes), std::string::npos);
+    watch.Start();
+    const FlushProgress end = Finished(watch);
+    EXPECT_EQ(end.ErrorText, "");
+    EXPECT_NE(ReadFile(Room / "disk.image").find(bytes), std::string::npos);
+    EXPECT_TRUE(Children().empty());
+}
+
+// The disk believes that it has room, but what holds it has none.
+TEST_F(FlushWatchTest, FindsThatTheDiskIsFullOnlyNow) {
+    EnterPrivateMountNamespace();
+    const ScopedMount small = MountTmpfs(Room / "small", "size=3m");
+    const ScopedMount disk = MountLoopDisk(small.Path() / "disk", 16);
+    FlushWatch watch({disk.Path() / "new"});
+    WriteFile(disk.Path() / "file", PatternBytes(8 * kMegabyte));
+    watch.Start();
+    EXPECT_TRUE(IsWriteError(Finished(watch).ErrorText, disk.Path()));
+}
+
+// The kernel has tried and failed while the job was still running.
+TEST_F(FlushWatchTest, FindsWhatHasFailedSinceItOpenedTheFileSystem) {
+    EnterPrivateMountNamespace();
+    const ScopedMount small = MountTmpfs(Room / "small", "size=3m");
+    const ScopedMount disk = MountLoopDisk(small.Path() / "disk", 16);
+    FlushWatch watch({disk.Path()});
+    WriteFile(disk.Path() / "file", PatternBytes(8 * kMegabyte));
+    ::sync();
+    watch.Start();
+    EXPECT_TRUE(IsWriteError(Finished(watch).ErrorText, disk.Path()));
+}
+
+TEST_F(FlushWatchTest, GivesTheReasonOfAFailure) {
+    Fake.Syncfs = FakeSyncfs::FailWith(ENOSPC);
+    FlushWatch watch({Room.Path()});
+    watch.Start();
+    const std::string text =
+        "cannot write everything to '" + Room.Path().string() + "': No space left on device";
+    EXPECT_EQ(Finished(watch).ErrorText, text);
+    EXPECT_EQ(watch.Poll().ErrorText, text);
+}
+
+TEST_F(FlushWatchTest, SaysThatItWasInterrupted) {
+    Fake.Syncfs = [](int) { return ::raise(SIGKILL); };
+    FlushWatch watch({Room.Path()});
+    watch.Start();
+    EXPECT_EQ(Finished(watch).ErrorText, "cannot write everything to '" + Room.Path().string() +
+                                             "': the flush was interrupted");
+}
+
+TEST_F(FlushWatchTest, FlushesEachFileSystemOnce) {
+    EnterPrivateMountNamespace();
+    const ScopedMount other = MountTmpfs(Room / "other", "size=1m");
+    const fs::path log = Room / "log";
+    Fake.Syncfs = [log](int) {
+        const int descriptor = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+        return ::write(descriptor, "x", 1) == 1 ? 0 : -1;
+    };
+    FlushWatch watch({Room / "a", Room / "b", other.Path(), Room / "c/d"});
+    watch.Start();
+    EXPECT_EQ(Finished(watch).ErrorText, "");
+    EXPECT_EQ(ReadFile(log), "xx");
+}
+
+TEST_F(FlushWatchTest, FlushesEverythingWhenTheDirectoryMustNotBeOpened) {
+    const fs::path log = Room / "log";
+    Fake.Sync = [log] { ::close(::open(log.c_str(), O_WRONLY | O_CREAT, 0600)); };
+    fs::create_directory(Room / "locked");
+    fs::permissions(Room / "locked", fs::perms::owner_write);
+    fs::permissions(Room.Path(), fs::perms::all);
+    const ActingAsNobody nobody;
+    FlushWatch watch({Room / "locked"});
+    watch.Start();
+    EXPECT_EQ(Finished(watch).ErrorText, "");
+    EXPECT_TRUE(fs::exists(log));
+}
+
+TEST_F(FlushWatchTest, CanBeLeftWhileTheDiskKeepsItWaiting) {
+    Fake.Syncfs = FakeSyncfs::NeverEnd;
+    std::vector<pid_t> children;
+    {
+        FlushWatch watch({Room.Path()});
+        watch.Start();
+        children = Children();
+        EXPECT_FALSE(watch.Poll().bFinished);
+        EXPECT_EQ(watch.Poll().ErrorText, "");
+    }
+    ASSERT_EQ(children.size(), 1U);
+    EXPECT_TRUE(BecomesTrue("its process is over", [&] {
+        ::waitpid(children.front(), nullptr, WNOHANG);
+        return ::kill(children.front(), 0) != 0;
+    }));
+}
+
+TEST_F(FlushWatchTest, TakesNoSignalsFromTheTerminal) {
+    Fake.Syncfs = FakeSyncfs::NeverEnd;
+    FlushWatch watch({Room.Path()});
+    watch.Start();
+    ASSERT_EQ(Children().size(), 1U);
+    const pid_t child = Children().front();
+    for (const int signal : {SIGINT, SIGTSTP, SIGHUP, SIGTERM, SIGUSR1}) {
+        ::kill(child, signal);
+    }
+    EXPECT_EQ(PendingSignals(child), SignalBit(SIGINT) | SignalBit(SIGTSTP) | SignalBit(SIGHUP) |
+                                         SignalBit(SIGTERM) | SignalBit(SIGUSR1));
+    EXPECT_FALSE(watch.Poll().bFinished);
+}
+
+TEST_F(FlushWatchTest, LeavesTheSignalsOfTheProgramAsTheyWere) {
+    FlushWatch watch({Room.Path()});
+    watch.Start();
+    sigset_t blocked;
+    ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+    EXPECT_EQ(::sigismember(&blocked, SIGINT), 0);
+}
+
+TEST_F(FlushWatchTest, KeepsNoOutputOfTheProgramOpen) {
+    Fake.Syncfs = FakeSyncfs::NeverEnd;
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe(ends.data()), 0);
+    FlushWatch watch({Room.Path()});
+    watch.Start();
+    ::close(ends[1]);
+    char byte = 0;
+    EXPECT_EQ(::read(ends[0], &byte, 1), 0);
+    ::close(ends[0]);
+}
+
+class FlushChoiceTest : public FlushWatchTest {
+protected:
+    using Paths = std::vector<fs::path>;
+};
+
+TEST_F(FlushChoiceTest, OfAlwaysTakesEachDirectoryThatIsWrittenTo) {
+    fs::create_directory(Room / "merged");
+    const TarvaneTransferPlan plan = PlanOf(false, {{"/s/a", Room / "a"},
+                                                    {"/s/b", Room / "b"},
+                                                    {"/s/merged", Room / "merged"},
+                                                    {"/s/c", Room / "new/c"}});
+    EXPECT_EQ(DirectoriesToFlush(plan, FlushChoice::Always),
+              (Paths{Room.Path(), Room / "merged", Room / "new"}));
+}
+
+TEST_F(FlushChoiceTest, OfNeverTakesNone) {
+    const TarvaneTransferPlan plan = PlanOf(false, {{"/s/a", Room / "a"}});
+    EXPECT_EQ(DirectoriesToFlush(plan, FlushChoice::Never), Paths());
+}
+
+TEST_F(FlushChoiceTest, OfAutoTakesDisksThatCanBeUnplugged) {
+    RemovableDisk disk(Room.Path(), "1\n");
+    const TarvaneTransferPlan plan =
+        PlanOf(false, {{"/s/a", Room / "a"}, {"/s/b", disk.Path() / "new/b"}});
+    EXPECT_EQ(DirectoriesToFlush(plan, FlushChoice::Auto), Paths{disk.Path() / "new"});
+    disk.SetAttribute("0\n");
+    EXPECT_EQ(DirectoriesToFlush(plan, FlushChoice::Auto), Paths());
+}
+
+} // namespace

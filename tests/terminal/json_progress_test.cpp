@@ -1,0 +1,209 @@
+#include "json_progress.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+ProgressView RunningView() {
+    ProgressView view;
+    view.Stage = "Copying";
+    view.Claims.Percent = 12;
+    view.Snapshot.MessageText = "Copying items";
+    view.Snapshot.PathText = "Current: /x/a.bin";
+    view.Snapshot.DoneBytes = 1610612736;
+    view.Snapshot.TotalBytes = 12884901888;
+    view.Snapshot.DoneItems = 3;
+    view.Snapshot.TotalItems = 12;
+    view.Snapshot.CurrentFileDoneBytes = 25480396;
+    view.Snapshot.CurrentFileTotalBytes = 41037004;
+    view.Snapshot.TransferRateBytesPerSecond = 6291456;
+    view.Snapshot.ElapsedSeconds = 256.5;
+    view.Snapshot.RemainingSeconds = 1792.0;
+    return view;
+}
+
+AnsweredConflict OverwrittenFile() {
+    AnsweredConflict answer;
+    answer.Conflict.Kind = TarvaneTransferConflictKind::File;
+    answer.Conflict.SourcePath = "/a/cover.jpg";
+    answer.Conflict.DestinationPath = "/b/cover.jpg";
+    answer.Conflict.SourceDate = "2024-03-07 14:05:09";
+    answer.Conflict.DestinationDate = "2023-12-24 18:00:00";
+    answer.Conflict.bSourceHasSize = true;
+    answer.Conflict.SourceSizeBytes = 48230;
+    answer.Conflict.bDestinationHasSize = true;
+    answer.Conflict.DestinationSizeBytes = 47110;
+    answer.Action = TarvaneTransferConflictAction::Overwrite;
+    answer.bByUser = true;
+    return answer;
+}
+
+} // namespace
+
+TEST(JsonProgress, ReportsTheNumbersOfARunningJob) {
+    EXPECT_EQ(ProgressRecord(RunningView()),
+              R"({"event":"progress","stage":"Copying","status":"Copying items",)"
+              R"("path":"/x/a.bin","percent":12,"done_bytes":1610612736,)"
+              R"("total_bytes":12884901888,"done_items":3,"total_items":12,)"
+              R"("file_done_bytes":25480396,"file_total_bytes":41037004,"rate":6291456,)"
+              R"("elapsed":256.5,"remaining":1792.0,"stalled":0,"more_than_counted":false,)"
+              R"("cancel_requested":false})");
+}
+
+TEST(JsonProgress, ReportsNullForWhatIsNotKnownYet) {
+    ProgressView view;
+    view.Stage = "Preparing";
+    view.Snapshot.MessageText = "Scanning transfer contents";
+    view.Snapshot.PathText = "Current: Waiting...";
+    view.Snapshot.ElapsedSeconds = 0.25;
+    EXPECT_EQ(ProgressRecord(view),
+              R"({"event":"progress","stage":"Preparing","status":"Scanning transfer contents",)"
+              R"("path":null,"percent":null,"done_bytes":0,"total_bytes":null,"done_items":0,)"
+              R"("total_items":null,"file_done_bytes":0,"file_total_bytes":0,"rate":null,)"
+              R"("elapsed":0.25,"remaining":null,"stalled":0,"more_than_counted":false,)"
+              R"("cancel_requested":false})");
+}
+
+TEST(JsonProgress, ReportsThePercentageOfAJobThatEndedUncounted) {
+    ProgressView view;
+    view.Snapshot.bFinished = true;
+    EXPECT_NE(ProgressRecord(view).find(R"("percent":0,)"), std::string::npos);
+}
+
+TEST(JsonProgress, ReportsStallsWrongTotalsAndACancel) {
+    ProgressView view = RunningView();
+    view.Claims.StalledSeconds = 9;
+    view.Claims.bMoreThanCounted = true;
+    view.Snapshot.bCancelRequested = true;
+    EXPECT_NE(ProgressRecord(view).find(
+                  R"("stalled":9,"more_than_counted":true,"cancel_requested":true})"),
+              std::string::npos);
+}
+
+TEST(JsonProgress, GivesTheBytesOfANameThatIsNotUtf8InHexadecimal) {
+    ProgressView view = RunningView();
+    view.Snapshot.PathText = "Current: /x/bad\xFF\xFE.bin";
+    EXPECT_NE(ProgressRecord(view).find("\"path\":\"/x/bad\xEF\xBF\xBD\xEF\xBF\xBD.bin\","
+                                        R"("path_hex":"2f782f626164fffe2e62696e",)"),
+              std::string::npos);
+}
+
+TEST(JsonProgress, KeepsARecordOnOneLineWhateverTheName) {
+    AnsweredConflict answer = OverwrittenFile();
+    answer.Conflict.SourcePath = "/a/new\nline\x1B\"\\";
+    EXPECT_NE(ConflictRecord(answer).find(R"("source":"/a/new\nline\u001b\"\\",)"),
+              std::string::npos);
+}
+
+TEST(JsonProgress, ReportsAConflictAboutAFileWithItsAnswer) {
+    EXPECT_EQ(ConflictRecord(OverwrittenFile()),
+              R"({"event":"conflict","kind":"file","source":"/a/cover.jpg",)"
+              R"("destination":"/b/cover.jpg","source_size":48230,"destination_size":47110,)"
+              R"("source_date":"2024-03-07 14:05:09","destination_date":"2023-12-24 18:00:00",)"
+              R"("destination_is_directory":false,"answer":"overwrite","rename_path":null,)"
+              R"("by":"user"})");
+}
+
+TEST(JsonProgress, ReportsAConflictAboutADirectoryAnsweredByAChoice) {
+    AnsweredConflict answer;
+    answer.Conflict.Kind = TarvaneTransferConflictKind::Directory;
+    answer.Conflict.SourcePath = "/a/Live";
+    answer.Conflict.DestinationPath = "/b/Live";
+    answer.Conflict.bDestinationDirectory = true;
+    answer.Action = TarvaneTransferConflictAction::Merge;
+    EXPECT_EQ(ConflictRecord(answer),
+              R"({"event":"conflict","kind":"directory","source":"/a/Live",)"
+              R"("destination":"/b/Live","source_size":null,"destination_size":null,)"
+              R"("source_date":null,"destination_date":null,"destination_is_directory":true,)"
+              R"("answer":"merge","rename_path":null,"by":"choice"})");
+}
+
+TEST(JsonProgress, NamesTheNewPathOfARename) {
+    AnsweredConflict answer = OverwrittenFile();
+    answer.Action = TarvaneTransferConflictAction::Rename;
+    answer.RenamePath = "/b/\xFF.jpg";
+    EXPECT_NE(ConflictRecord(answer).find("\"answer\":\"rename\",\"rename_path\":\"/b/\xEF\xBF\xBD"
+                                          R"(.jpg","rename_path_hex":"2f622fff2e6a7067",)"),
+              std::string::npos);
+}
+
+TEST(JsonProgress, HasANameForEveryAnswer) {
+    using Action = TarvaneTransferConflictAction;
+    const std::pair<Action, std::string> names[] = {
+        {Action::Merge, "merge"},
+        {Action::MergeAll, "merge-all"},
+        {Action::Skip, "skip"},
+        {Action::SkipAll, "skip-all"},
+        {Action::Overwrite, "overwrite"},
+        {Action::Rename, "rename"},
+        {Action::OverwriteAll, "overwrite-all"},
+        {Action::CompareByContent, "compare"},
+        {Action::OverwriteAllOlder, "overwrite-all-older"},
+        {Action::Cancel, "cancel"},
+    };
+    for (const auto& [action, name] : names) {
+        AnsweredConflict answer = OverwrittenFile();
+        answer.Action = action;
+        EXPECT_NE(ConflictRecord(answer).find("\"answer\":\"" + name + "\""), std::string::npos)
+            << name;
+    }
+}
+
+TEST(JsonProgress, ReportsAFindingOfThePreflight) {
+    PreflightFinding finding;
+    finding.Kind = PreflightFindingKind::DanglingLink;
+    finding.Path = "/a/link";
+    finding.bStopsJob = true;
+    EXPECT_EQ(PreflightRecord(finding),
+              R"({"event":"preflight","kind":"dangling-link","path":"/a/link",)"
+              R"("text":"the job will stop at the link '/a/link', which leads nowhere",)"
+              R"("stops_job":true})");
+}
+
+TEST(JsonProgress, ReportsTheTotalsOfThePreflight) {
+    PreflightResult result;
+    result.Entries = 5;
+    result.Bytes = 600;
+    result.CopiedEntries = 7;
+    result.CopiedBytes = 800;
+    EXPECT_EQ(TotalsRecord(result),
+              R"({"event":"totals","entries":5,"bytes":600,"copied_entries":7,)"
+              R"("copied_bytes":800,"complete":true})");
+}
+
+TEST(JsonProgress, ReportsTotalsOfALookThatWasEndedEarlyAsIncomplete) {
+    PreflightResult result;
+    result.bCanceled = true;
+    EXPECT_EQ(TotalsRecord(result), R"({"event":"totals","entries":0,"bytes":0,"copied_entries":0,)"
+                                    R"("copied_bytes":0,"complete":false})");
+}
+
+TEST(JsonProgress, ReportsARunningFlush) {
+    FlushProgress progress;
+    progress.RemainingBytes = 4096;
+    progress.BytesPerSecond = 1024;
+    EXPECT_EQ(FlushRecord(progress),
+              R"({"event":"flush","remaining_bytes":4096,"rate":1024,"finished":false,)"
+              R"("error":null})");
+}
+
+TEST(JsonProgress, ReportsAFlushThatFailed) {
+    FlushProgress progress;
+    progress.bFinished = true;
+    progress.ErrorText = "The disk is gone.";
+    EXPECT_EQ(FlushRecord(progress),
+              R"({"event":"flush","remaining_bytes":null,"rate":null,"finished":true,)"
+              R"("error":"The disk is gone."})");
+}
+
+TEST(JsonProgress, EndsWithTheResultOfTheRun) {
+    EXPECT_EQ(DoneRecord({RunResult::Succeeded, "Copied 2 item(s).", 0, true}),
+              R"({"event":"done","result":"succeeded","status":"Copied 2 item(s).",)"
+              R"("exit_status":0,"flushed":true})");
+    EXPECT_EQ(DoneRecord({RunResult::Failed, "No space.", 1, false}),
+              R"({"event":"done","result":"failed","status":"No space.","exit_status":1,)"
+              R"("flushed":false})");
+    EXPECT_EQ(DoneRecord({RunResult::Canceled, "Copy canceled.", 143, {}}),
+              R"({"event":"done","result":"canceled","status":"Copy canceled.",)"
+              R"("exit_status":143,"flushed":null})");
+}

@@ -1,0 +1,193 @@
+// The live block of a running copy, on a real terminal. A removable disk makes the copy slow enough
+// to be watched: the engine paces it.
+
+#include "mounts.h"
+#include "on_terminal.h"
+
+#include <csignal>
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class LiveBlockOnTerminal : public OnTerminal {
+protected:
+    static constexpr const char* kHint =
+        "Press Esc to cancel. Partial destination files may remain after a cancel.";
+
+    void StartSlowCopy(int Columns = 80, int Rows = 24) {
+        WriteFile(Root / "big.bin", PatternBytes(20 << 20));
+        ProgramInTerminal::Setting setting =
+            Setting({"copy", "--no-preflight", "--flush=never", "big.bin", "disk"});
+        setting.Columns = Columns;
+        setting.Rows = Rows;
+        Start(setting);
+    }
+
+    RemovableDisk Disk{Root.Path(), "1\n"};
+};
+
+std::size_t Occurrences(const std::string& Text, const std::string& Part) {
+    std::size_t count = 0;
+    for (std::size_t at = Text.find(Part); at != std::string::npos; at = Text.find(Part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+std::string WithoutLineEnds(std::string Text) {
+    std::erase(Text, '\n');
+    return Text;
+}
+
+TEST_F(LiveBlockOnTerminal, ShowsTheEnginesTextsWholeWithTwoBars) {
+    StartSlowCopy();
+    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    const std::string screen = Program->Screen();
+    EXPECT_EQ(screen.find("Stage: Copying | Copying items\n"), 0U) << screen;
+    EXPECT_NE(screen.find("Current: " + (Root / "big.bin").string() + "\n"), std::string::npos)
+        << screen;
+    EXPECT_NE(screen.find(" MB / 20.0 MB | Items 0 / 1\n"), std::string::npos) << screen;
+    EXPECT_EQ(Occurrences(screen, "\n["), 2U) << screen;
+    EXPECT_NE(screen.find("\nRate "), std::string::npos) << screen;
+    EXPECT_NE(screen.find(std::string("\n") + kHint + "\n"), std::string::npos) << screen;
+}
+
+TEST_F(LiveBlockOnTerminal, LeavesTheFinalLineAndNothingElse) {
+    StartSlowCopy();
+    ASSERT_TRUE(Program->ShowsText("Overall "));
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
+    EXPECT_EQ(fs::file_size(Root / "disk/big.bin"), 20U << 20U);
+    ExpectRestoredTerminal();
+}
+
+TEST_F(LiveBlockOnTerminal, EscCancelsAndLeavesNoPartialFile) {
+    StartSlowCopy();
+    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    Program->Type(kEsc);
+    EXPECT_TRUE(Program->ExitsWith(130));
+    EXPECT_EQ(Program->HistoryAndScreen(),
+              "Copy canceled. Partial destination files may remain.\n");
+    EXPECT_FALSE(fs::exists(Root / "disk/big.bin"));
+    ExpectRestoredTerminal();
+}
+
+TEST_F(LiveBlockOnTerminal, CtrlCCancelsLikeEsc) {
+    StartSlowCopy();
+    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    Program->Type(kCtrlC);
+    EXPECT_TRUE(Program->ExitsWith(130));
+    EXPECT_EQ(Program->HistoryAndScreen(),
+              "Copy canceled. Partial destination files may remain.\n");
+    EXPECT_FALSE(fs::exists(Root / "disk/big.bin"));
+    ExpectRestoredTerminal();
+}
+
+TEST_F(LiveBlockOnTerminal, WrapsItsTextsInANarrowWindow) {
+    StartSlowCopy(40, 16);
+    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    // Lines break at blanks, which the end of a row swallows.
+    std::string hint = kHint;
+    std::erase(hint, ' ');
+    std::string screen = WithoutLineEnds(Program->Screen());
+    std::erase(screen, ' ');
+    EXPECT_NE(screen.find(hint), std::string::npos) << Program->Screen();
+    EXPECT_NE(screen.find("Stage:Copying|Copyingitems"), std::string::npos) << Program->Screen();
+}
+
+TEST_F(LiveBlockOnTerminal, FitsAVerySmallWindowWithoutScrolling) {
+    StartSlowCopy(40, 10);
+    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    Program->Resize(30, 3);
+    ASSERT_TRUE(Program->ShowsText("%"));
+    Program->Watch(0.5);
+    const std::string shown = Program->HistoryAndScreen();
+    Program->Watch(0.5);
+    EXPECT_LE(Occurrences(Program->HistoryAndScreen(), "\n"), Occurrences(shown, "\n"))
+        << Program->HistoryAndScreen();
+}
+
+TEST_F(LiveBlockOnTerminal, LeavesNoRemnantsWhenTheWindowGrowsAndShrinks) {
+    StartSlowCopy();
+    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    Program->Resize(120, 40);
+    ASSERT_TRUE(Program->ShowsText("Overall 4."));
+    Program->Resize(100, 12);
+    ASSERT_TRUE(Program->ShowsText("Overall 6."));
+    EXPECT_EQ(Occurrences(Program->HistoryAndScreen(), "Stage: "), 1U)
+        << Program->HistoryAndScreen();
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
+}
+
+TEST_F(LiveBlockOnTerminal, ShowsItsFirstSignOfLifeAtOnce) {
+    StartSlowCopy();
+    const auto started = std::chrono::steady_clock::now();
+    ASSERT_TRUE(Program->ShowsText("Stage: "));
+    // The promise is 100 ms; a machine that is busy with other tests gets ten times as much.
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(1));
+}
+
+TEST_F(LiveBlockOnTerminal, LetsNoFileNameDriveTheTerminal) {
+    const std::string name = "evil\x1b[2J\x1b]0;title\x07\n\xff.bin";
+    WriteFile(Root / name, PatternBytes(8 << 20));
+    Start({"copy", "--no-preflight", "--flush=never", name, "disk"});
+    ASSERT_TRUE(Program->ShowsText("evil?[2J?]0;title??\xEF\xBF\xBD.bin"));
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(Program->Output().find("\x1b[2J"), std::string::npos);
+    EXPECT_EQ(Program->Output().find("\x1b]"), std::string::npos);
+}
+
+TEST_F(LiveBlockOnTerminal, StopsAndComesBackWithJobControl) {
+    WriteFile(Root / "big.bin", PatternBytes(20 << 20));
+    ProgramInTerminal::Setting setting = Setting({});
+    setting.Command = {"/bin/bash", "--norc", "--noprofile", "-i"};
+    setting.Environment.emplace_back("PS1", "prompt> ");
+    Start(setting);
+    ASSERT_TRUE(Program->ShowsText("prompt>"));
+    Program->Type(std::string(TARVANE_PROGRAM) +
+                  " copy --no-preflight --flush=never big.bin disk\r");
+    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    Program->Type(kCtrlZ);
+    ASSERT_TRUE(Program->ShowsText("Stopped"));
+    // The shell has a terminal that echoes and edits again.
+    Program->Type("echo al''ive\r");
+    ASSERT_TRUE(Program->ShowsText("\nalive"));
+
+    // In the background nothing is drawn, and the copy goes on.
+    Program->Type("bg\r");
+    Program->Watch(0.5);
+    const std::string inBackground = Program->Output();
+    Program->Watch(0.7);
+    EXPECT_EQ(Program->Output(), inBackground);
+
+    Program->Type("fg\r");
+    ASSERT_TRUE(Program->ShowsText("Copied 1 item(s).\n"));
+    Program->Type("exit\r");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(fs::file_size(Root / "disk/big.bin"), 20U << 20U);
+}
+
+TEST_F(LiveBlockOnTerminal, DrawsNothingForATerminalThatCannotMoveTheCursor) {
+    WriteFile(Root / "small.bin", "data");
+    ProgramInTerminal::Setting setting =
+        Setting({"copy", "--no-preflight", "--flush=never", "small.bin", "disk"});
+    setting.Environment = {{"TERM", "dumb"}};
+    Start(setting);
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(Program->Output().find('\x1b'), std::string::npos);
+    EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
+}
+
+TEST_F(LiveBlockOnTerminal, SendsLittleOverASlowLine) {
+    StartSlowCopy();
+    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    const std::size_t before = Program->Output().size();
+    Program->Watch(2.0);
+    EXPECT_LT(Program->Output().size() - before, 2U * 3000U);
+    EXPECT_GT(Program->Output().size() - before, 100U);
+}
+
+} // namespace

@@ -1,0 +1,97 @@
+// What the conflict choices make of a plan, and what they refuse before anything is touched.
+
+#include "plan_builder.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "file_tree.h"
+#include "plan_fixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class PlanChoices : public PlanFixture {};
+
+TEST_F(PlanChoices, OverwriteIsThePlansOwn) {
+    TransferRequest request = Copy({"a.txt", "tree", "dest"});
+    request.OnConflict = FileConflictChoice::Overwrite;
+    EXPECT_EQ(Plan(request).ConflictPolicy, TarvaneTransferConflictPolicy::Overwrite);
+}
+
+TEST_F(PlanChoices, SkipIsThePlansOwnForFiles) {
+    TransferRequest request = Copy({"a.txt", "b.txt", "dest"});
+    request.OnConflict = FileConflictChoice::Skip;
+    EXPECT_EQ(Plan(request).ConflictPolicy, TarvaneTransferConflictPolicy::Skip);
+}
+
+TEST_F(PlanChoices, SkipIsAnsweredFromCodeForDirectoriesBecauseThePlansWouldReplaceFiles) {
+    TransferRequest request = Copy({"a.txt", "tree", "dest"});
+    request.OnConflict = FileConflictChoice::Skip;
+    EXPECT_EQ(Plan(request).ConflictPolicy, TarvaneTransferConflictPolicy::Ask);
+}
+
+TEST_F(PlanChoices, EverythingElseIsAskInThePlan) {
+    for (const FileConflictChoice choice :
+         {FileConflictChoice::Ask, FileConflictChoice::Older, FileConflictChoice::Compare,
+          FileConflictChoice::Larger, FileConflictChoice::SizeDiffers, FileConflictChoice::KeepBoth,
+          FileConflictChoice::Fail}) {
+        TransferRequest request = Copy({"a.txt", "dest"});
+        request.OnConflict = choice;
+        EXPECT_EQ(Plan(request).ConflictPolicy, TarvaneTransferConflictPolicy::Ask)
+            << static_cast<int>(choice);
+    }
+}
+
+TEST_F(PlanChoices, DirectoriesThatAreNotJustMergedMakeThePlanAsk) {
+    for (const DirectoryConflictChoice choice :
+         {DirectoryConflictChoice::Ask, DirectoryConflictChoice::Skip,
+          DirectoryConflictChoice::Fail}) {
+        TransferRequest request = Copy({"tree", "dest"});
+        request.OnConflict = FileConflictChoice::Overwrite;
+        request.OnDirectoryConflict = choice;
+        EXPECT_EQ(Plan(request).ConflictPolicy, TarvaneTransferConflictPolicy::Ask)
+            << static_cast<int>(choice);
+    }
+}
+
+TEST_F(PlanChoices, FailNamesEveryTakenNameBeforeAnythingIsTouched) {
+    WriteFile(Directory / "dest/a.txt", "old");
+    WriteFile(Directory / "dest/b.txt", "old");
+    TransferRequest request = Copy({"tree", "a.txt", "b.txt", "dest"});
+    request.OnConflict = FileConflictChoice::Fail;
+    EXPECT_EQ(Refusal(request), Names({"1", "cannot create 'dest/a.txt': File exists",
+                                       "cannot create 'dest/b.txt': File exists"}));
+}
+
+TEST_F(PlanChoices, FailOnDirectoriesNamesTheTakenDirectory) {
+    fs::create_directory("dest/tree");
+    TransferRequest request = Copy({"tree", "dest"});
+    request.OnDirectoryConflict = DirectoryConflictChoice::Fail;
+    EXPECT_EQ(Refusal(request), Names({"1", "cannot create 'dest/tree': File exists"}));
+}
+
+TEST_F(PlanChoices, AFileDoesNotTakeADirectorysPlaceUnasked) {
+    TransferRequest request = Copy({"a.txt", "dest"});
+    request.bNoTargetDirectory = true;
+    request.OnConflict = FileConflictChoice::Overwrite;
+    EXPECT_EQ(Refusal(request),
+              Names({"1", "cannot overwrite directory 'dest' with non-directory"}));
+    request.OnConflict = FileConflictChoice::Ask;
+    EXPECT_EQ(Ways(request), Names({"a.txt -> dest"}));
+}
+
+TEST_F(PlanChoices, ADirectoryDoesNotTakeAFilesPlaceUnasked) {
+    TransferRequest request = Copy({"tree", "a.txt"});
+    request.OnConflict = FileConflictChoice::Overwrite;
+    EXPECT_EQ(Refusal(request),
+              Names({"1", "cannot overwrite non-directory 'a.txt' with directory 'tree'"}));
+    request.OnConflict = FileConflictChoice::Ask;
+    EXPECT_EQ(Ways(request), Names({"tree -> a.txt"}));
+}
+
+} // namespace

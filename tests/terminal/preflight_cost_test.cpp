@@ -1,0 +1,134 @@
+// What a look through the sources costs: status queries are counted at the link.
+
+#include "preflight_fixture.h"
+
+#include <dirent.h>
+#include <functional>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+int gStatusQueries = 0;
+std::function<void()> gAfterQuery;
+// File systems may leave it to the caller to find out what an entry is.
+bool gbHideTypes = false;
+
+void CountQuery() {
+    ++gStatusQueries;
+    if (gAfterQuery) {
+        gAfterQuery();
+    }
+}
+
+} // namespace
+
+extern "C" {
+int __real_stat(const char*, struct stat*);
+int __wrap_stat(const char*, struct stat*);
+int __real_fstat(int, struct stat*);
+int __wrap_fstat(int, struct stat*);
+int __real_fstatat(int, const char*, struct stat*, int);
+int __wrap_fstatat(int, const char*, struct stat*, int);
+ssize_t __real_getdents64(int, void*, size_t);
+ssize_t __wrap_getdents64(int, void*, size_t);
+}
+
+int __wrap_stat(const char* Path, struct stat* Out) {
+    CountQuery();
+    return __real_stat(Path, Out);
+}
+
+int __wrap_fstat(int Descriptor, struct stat* Out) {
+    CountQuery();
+    return __real_fstat(Descriptor, Out);
+}
+
+int __wrap_fstatat(int Directory, const char* Name, struct stat* Out, int Flags) {
+    CountQuery();
+    return __real_fstatat(Directory, Name, Out, Flags);
+}
+
+ssize_t __wrap_getdents64(int Descriptor, void* Buffer, size_t Size) {
+    const ssize_t length = __real_getdents64(Descriptor, Buffer, Size);
+    ssize_t position = 0;
+    while (gbHideTypes && position < length) {
+        void* record = static_cast<char*>(Buffer) + position;
+        auto* entry = static_cast<dirent64*>(record);
+        entry->d_type = DT_UNKNOWN;
+        position += entry->d_reclen;
+    }
+    return length;
+}
+
+namespace {
+
+class PreflightCost : public PreflightTest {
+protected:
+    PreflightCost() {
+        for (int number = 0; number < 50; ++number) {
+            const std::string name = std::to_string(number);
+            WriteFile(From / "tree/files" / name, "x");
+            fs::create_directory(From / "tree" / name);
+            fs::create_symlink("../files/" + name, From / "tree" / name / "to-file");
+        }
+        fs::create_directory(Room / "outside");
+        fs::create_symlink(Room / "outside", From / "tree/to-directory");
+        PlanToCopy({{From / "tree", To / "tree"}});
+        gStatusQueries = 0;
+    }
+    ~PreflightCost() override {
+        gAfterQuery = nullptr;
+        gbHideTypes = false;
+    }
+
+    // Of the destination and the directories above it.
+    int DestinationQueries() {
+        const TarvaneTransferPlan plan = Plan;
+        gStatusQueries = 0;
+        PlanToCopy({{Room / "missing", To / "tree"}});
+        Look();
+        Plan = plan;
+        constexpr int kOfTheSource = 1;
+        const int queries = gStatusQueries - kOfTheSource;
+        gStatusQueries = 0;
+        Control.EntriesSeen = 0;
+        return queries;
+    }
+};
+
+TEST_F(PreflightCost, IsOneStatusQueryForEachEntryAtMost) {
+    const int ofDestination = DestinationQueries();
+    const PreflightResult result = Look();
+    EXPECT_EQ(result.Entries, 153U);
+    EXPECT_EQ(Control.EntriesSeen, 153U);
+    EXPECT_EQ(gStatusQueries - ofDestination, 153);
+}
+
+TEST_F(PreflightCost, IsTheSameWhereListingsTellNoTypes) {
+    MakeFifo(From / "tree/pipe");
+    fs::create_symlink("missing", From / "tree/dangling");
+    const Strings found = Found();
+    const int ofDestination = DestinationQueries();
+    gbHideTypes = true;
+    EXPECT_EQ(Found(), found);
+    EXPECT_EQ(found, (Strings{"dangling-link from/tree/dangling, stops",
+                              "link-to-directory from/tree/to-directory",
+                              "special-entry from/tree/pipe, stops"}));
+    EXPECT_EQ(gStatusQueries - ofDestination, 155);
+}
+
+TEST_F(PreflightCost, EndsWhenItIsToStop) {
+    const int ofDestination = DestinationQueries();
+    gAfterQuery = [this, ofDestination] {
+        Control.bStopRequested = gStatusQueries == ofDestination + 20;
+    };
+    const PreflightResult result = Look();
+    EXPECT_TRUE(result.bCanceled);
+    EXPECT_LE(gStatusQueries, ofDestination + 20);
+    EXPECT_LT(result.Entries, 153U);
+    EXPECT_GT(result.Entries, 10U);
+}
+
+} // namespace

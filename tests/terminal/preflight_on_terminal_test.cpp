@@ -1,0 +1,118 @@
+// The look before a job and the flush after it, as a person meets them on a terminal.
+
+#include "mounts.h"
+#include "on_terminal.h"
+
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class PreflightOnTerminal : public OnTerminal {
+protected:
+    PreflightOnTerminal() {
+        WriteFile(Root / "from/file", "data");
+        fs::create_symlink("nowhere", Root / "from/dangling");
+    }
+
+    void StartWide(std::vector<std::string> Arguments) {
+        ProgramInTerminal::Setting setting = Setting(std::move(Arguments));
+        setting.Columns = 200;
+        Start(setting);
+    }
+
+    std::string Finding() const {
+        return "tarvane: the job will stop at the link '" + (Root / "from/dangling").string() +
+               "', which leads nowhere\n";
+    }
+};
+
+TEST_F(PreflightOnTerminal, ListsWhatItFoundAndAsks) {
+    StartWide({"copy", "from", "to"});
+    ASSERT_TRUE(Program->ShowsText("Go on with the copy?"));
+    EXPECT_EQ(Program->Screen(), Finding() + "y yes  n or Enter no\nGo on with the copy?\n");
+}
+
+TEST_F(PreflightOnTerminal, NoTouchesNothing) {
+    StartWide({"copy", "from", "to"});
+    AnswerQuestion("Go on with the copy?", "n");
+    EXPECT_TRUE(Program->ExitsWith(130));
+    EXPECT_EQ(Program->HistoryAndScreen(),
+              Finding() + "Go on with the copy? no\nCanceled before anything was touched.\n");
+    EXPECT_FALSE(fs::exists(Root / "to"));
+    ExpectRestoredTerminal();
+}
+
+TEST_F(PreflightOnTerminal, EnterAloneDoesNotGoOn) {
+    StartWide({"copy", "from", "to"});
+    AnswerQuestion("Go on with the copy?", "\r");
+    EXPECT_TRUE(Program->ExitsWith(130));
+    EXPECT_FALSE(fs::exists(Root / "to"));
+}
+
+TEST_F(PreflightOnTerminal, YesGoesOnToWhereTheJobStops) {
+    StartWide({"copy", "from", "to"});
+    AnswerQuestion("Go on with the copy?", "y");
+    EXPECT_TRUE(Program->ExitsWith(1));
+    EXPECT_EQ(Program->HistoryAndScreen(), Finding() + "Go on with the copy? yes\n"
+                                                       "tarvane: No such file or directory\n");
+    ExpectRestoredTerminal();
+}
+
+TEST_F(PreflightOnTerminal, IsLeftOutWhenToldSo) {
+    Start({"copy", "--no-preflight", "from/file", "to"});
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
+}
+
+class FlushOnTerminal : public OnTerminal {
+protected:
+    FlushOnTerminal() { WriteFile(Root / "file", PatternBytes(100000)); }
+
+    ProgramInTerminal::Setting FailingFlush(const std::string& Milliseconds) const {
+        ProgramInTerminal::Setting setting = Setting({"copy", "--flush=always", "file", "copied"});
+        setting.Columns = 200;
+        setting.Environment.emplace_back("LD_PRELOAD", FAILING_SYNCFS_LIBRARY);
+        setting.Environment.emplace_back("FAILING_SYNCFS_MS", Milliseconds);
+        setting.Environment.emplace_back("ASAN_OPTIONS", "verify_asan_link_order=0");
+        return setting;
+    }
+};
+
+TEST_F(FlushOnTerminal, SaysThatARemovableDiskIsSafeToUnplug) {
+    const RemovableDisk disk(Root.Path(), "1\n");
+    Start({"copy", "file", "disk"});
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(Program->HistoryAndScreen(),
+              "Copied 1 item(s).\nEverything is written. It is safe to unplug the disk.\n");
+}
+
+TEST_F(FlushOnTerminal, DoesNotWaitForAFixedDisk) {
+    Start({"copy", "file", "copied"});
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
+}
+
+TEST_F(FlushOnTerminal, AWriteErrorThatShowsUpOnlyThenIsAFailure) {
+    Start(FailingFlush("0"));
+    EXPECT_TRUE(Program->ExitsWith(1));
+    EXPECT_EQ(Program->HistoryAndScreen(),
+              "Copied 1 item(s).\ntarvane: cannot write everything to '" + Root.Path().string() +
+                  "': Input/output error\n");
+}
+
+TEST_F(FlushOnTerminal, EscEndsTheWaitAndKeepsTheCopiedFiles) {
+    Start(FailingFlush("60000"));
+    ASSERT_TRUE(Program->ShowsText("Not safe to unplug yet."));
+    Program->Type(kEsc);
+    EXPECT_TRUE(Program->ExitsWith(130, 10.0));
+    EXPECT_EQ(Program->HistoryAndScreen(),
+              "Copied 1 item(s).\n"
+              "The copied files stay, but the system is still writing them. Do not unplug the disk "
+              "yet.\n");
+    EXPECT_EQ(ReadFile(Root / "copied"), PatternBytes(100000));
+    ExpectRestoredTerminal();
+}
+
+} // namespace

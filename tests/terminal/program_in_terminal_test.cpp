@@ -1,0 +1,66 @@
+// The harness itself, on programs of the system: what it claims about a terminal is true.
+
+#include "program_in_terminal.h"
+
+#include <csignal>
+
+namespace {
+
+ProgramInTerminal::Setting Shell(const std::string& Script) {
+    ProgramInTerminal::Setting setting;
+    setting.Command = {"/bin/sh", "-c", Script};
+    return setting;
+}
+
+TEST(ProgramInTerminal, ReadsBackWhatTheProgramDraws) {
+    ProgramInTerminal program(Shell("printf 'one\\033[2;5Htwo\\033[1;1HO'; read -r _"));
+    ASSERT_TRUE(program.ShowsText("two"));
+    EXPECT_EQ(program.Screen(), "One\n    two\n");
+}
+
+TEST(ProgramInTerminal, KeepsTheColumnsOfWideAndCombiningCharacters) {
+    ProgramInTerminal program(Shell("printf '日本|e\\314\\201|'; read -r _"));
+    ASSERT_TRUE(program.ShowsText("|\n"));
+    EXPECT_EQ(program.Screen(), "日本|e\xCC\x81|\n");
+}
+
+TEST(ProgramInTerminal, TypesKeysAndTellsTheStatus) {
+    ProgramInTerminal program(Shell("read -r line; echo got $line; exit 7"));
+    program.Type("word\r");
+    EXPECT_TRUE(program.ExitsWith(7));
+    EXPECT_NE(program.Screen().find("got word"), std::string::npos);
+}
+
+TEST(ProgramInTerminal, TellsASignalAsAShellDoes) {
+    ProgramInTerminal program(Shell("echo ready; exec sleep 100"));
+    ASSERT_TRUE(program.ShowsText("ready"));
+    program.Signal(SIGTERM);
+    EXPECT_TRUE(program.ExitsWith(128 + SIGTERM));
+}
+
+TEST(ProgramInTerminal, ResizesTheProgramsTerminal) {
+    ProgramInTerminal program(
+        Shell("trap 'stty size; exit' WINCH; echo ready; while :; do sleep 0.05; done"));
+    ASSERT_TRUE(program.ShowsText("ready"));
+    program.Resize(40, 10);
+    EXPECT_TRUE(program.ShowsText("10 40"));
+}
+
+TEST(ProgramInTerminal, KeepsWhatScrolledOffTheTop) {
+    ProgramInTerminal::Setting setting = Shell("seq 1 5; read -r _");
+    setting.Rows = 3;
+    ProgramInTerminal program(setting);
+    ASSERT_TRUE(program.ShowsText("5\n"));
+    EXPECT_EQ(program.HistoryAndScreen(), "1\n2\n3\n4\n5\n");
+}
+
+TEST(ProgramInTerminal, SeesChangedTerminalSettings) {
+    ProgramInTerminal program(Shell("read -r _; stty -icanon -echo; echo changed; read -r _"));
+    const termios before = program.Settings();
+    EXPECT_TRUE(SameTerminalSettings(before, program.Settings()));
+    program.Type("\r");
+    ASSERT_TRUE(program.ShowsText("changed"));
+    EXPECT_FALSE(SameTerminalSettings(before, program.Settings()));
+}
+
+} // namespace

@@ -1,0 +1,170 @@
+#include "progress_lines.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+class ProgressLineTest : public testing::Test {
+protected:
+    ProgressLineTest() {
+        Snapshot.StageText = "Stage: Copying | Copying items";
+        Snapshot.OverallText = "Overall 1.5 GB / 12.0 GB | Items 3 / 12";
+        Snapshot.IoText = "Rate 6.0 MB/s | Spent 04:16 | Remaining 29:52";
+        Snapshot.HintText = "Press Esc to cancel.";
+        Snapshot.TotalItems = 12;
+    }
+
+    TarvaneTransferUiSnapshot Snapshot;
+    ProgressClaims Claims;
+};
+
+TEST_F(ProgressLineTest, HoldsTheOverallAndTheRateTextUnchanged) {
+    EXPECT_EQ(ProgressLine(Snapshot, Claims),
+              "Overall 1.5 GB / 12.0 GB | Items 3 / 12 | Rate 6.0 MB/s | Spent 04:16 | "
+              "Remaining 29:52");
+}
+
+TEST_F(ProgressLineTest, IsTheStageWhileNothingIsCounted) {
+    Snapshot.TotalItems = 0;
+    Snapshot.StageText = "Stage: Preparing | Scanning transfer contents";
+    EXPECT_EQ(ProgressLine(Snapshot, Claims), "Stage: Preparing | Scanning transfer contents");
+}
+
+TEST_F(ProgressLineTest, SaysThatTheCopyIsStalled) {
+    Claims.StalledSeconds = 12;
+    EXPECT_EQ(ProgressLine(Snapshot, Claims),
+              "Overall 1.5 GB / 12.0 GB | Items 3 / 12 | Rate 6.0 MB/s | Spent 04:16 | "
+              "Remaining 29:52 | Stalled: nothing copied for 12 s.");
+}
+
+TEST_F(ProgressLineTest, SaysThatMoreWasCopiedThanCounted) {
+    Claims.bMoreThanCounted = true;
+    EXPECT_EQ(ProgressLine(Snapshot, Claims),
+              "Overall 1.5 GB / 12.0 GB | Items 3 / 12 | Rate 6.0 MB/s | Spent 04:16 | "
+              "Remaining 29:52 | More was copied than was counted, so the totals are too low.");
+}
+
+TEST_F(ProgressLineTest, HoldsTheHintOnceACancelIsRequested) {
+    Snapshot.bCancelRequested = true;
+    Snapshot.HintText = "Canceling transfer.";
+    EXPECT_EQ(ProgressLine(Snapshot, Claims),
+              "Overall 1.5 GB / 12.0 GB | Items 3 / 12 | Rate 6.0 MB/s | Spent 04:16 | "
+              "Remaining 29:52 | Canceling transfer.");
+}
+
+class ProgressWatchTest : public testing::Test {
+protected:
+    // A running copy of 1000 bytes in 10 entries.
+    ProgressWatchTest() {
+        Snapshot.TotalBytes = 1000;
+        Snapshot.TotalItems = 10;
+    }
+
+    ProgressClaims ClaimsAt(milliseconds After, bool bWaiting = false) {
+        return Watch.Observe(Snapshot, bWaiting, Start + After);
+    }
+
+    ProgressWatch::Clock::time_point Start = ProgressWatch::Clock::now();
+    TarvaneTransferUiSnapshot Snapshot;
+    ProgressWatch Watch;
+};
+
+TEST_F(ProgressWatchTest, RoundsThePercentageDown) {
+    Snapshot.OverallProgress01 = 0.139;
+    EXPECT_EQ(ClaimsAt(seconds(0)).Percent, 13);
+}
+
+TEST_F(ProgressWatchTest, Stays99UntilTheJobHasSucceeded) {
+    Snapshot.OverallProgress01 = 1.0;
+    EXPECT_EQ(ClaimsAt(seconds(0)).Percent, 99);
+    Snapshot.bFinished = true;
+    Snapshot.bSucceeded = true;
+    EXPECT_EQ(ClaimsAt(seconds(1)).Percent, 100);
+}
+
+TEST_F(ProgressWatchTest, NeverLetsThePercentageFall) {
+    Snapshot.OverallProgress01 = 0.5;
+    ClaimsAt(seconds(0));
+    Snapshot.OverallProgress01 = 0.2;
+    EXPECT_EQ(ClaimsAt(seconds(1)).Percent, 50);
+}
+
+TEST_F(ProgressWatchTest, AddsNothingWhenAJobFails) {
+    Snapshot.OverallProgress01 = 0.3;
+    ClaimsAt(seconds(0));
+    Snapshot.bFinished = true;
+    Snapshot.OverallProgress01 = 1.0;
+    EXPECT_EQ(ClaimsAt(seconds(1)).Percent, 30);
+}
+
+TEST_F(ProgressWatchTest, CallsFourSecondsWithoutAnythingAStall) {
+    ClaimsAt(seconds(0));
+    EXPECT_EQ(ClaimsAt(milliseconds(3999)).StalledSeconds, 0);
+    EXPECT_EQ(ClaimsAt(milliseconds(4000)).StalledSeconds, 4);
+    EXPECT_EQ(ClaimsAt(milliseconds(12500)).StalledSeconds, 12);
+}
+
+TEST_F(ProgressWatchTest, EndsAStallWithTheNextByte) {
+    ClaimsAt(seconds(0));
+    ClaimsAt(seconds(9));
+    Snapshot.DoneBytes = 1;
+    EXPECT_EQ(ClaimsAt(seconds(10)).StalledSeconds, 0);
+    EXPECT_EQ(ClaimsAt(seconds(13)).StalledSeconds, 0);
+    EXPECT_EQ(ClaimsAt(seconds(14)).StalledSeconds, 4);
+}
+
+TEST_F(ProgressWatchTest, TakesAnEntryWithoutBytesForProgress) {
+    ClaimsAt(seconds(0));
+    Snapshot.DoneItems = 1;
+    EXPECT_EQ(ClaimsAt(seconds(9)).StalledSeconds, 0);
+}
+
+TEST_F(ProgressWatchTest, DoesNotCallTheScanAStall) {
+    Snapshot.TotalItems = 0;
+    ClaimsAt(seconds(0));
+    EXPECT_EQ(ClaimsAt(seconds(9)).StalledSeconds, 0);
+    Snapshot.TotalItems = 10;
+    EXPECT_EQ(ClaimsAt(seconds(10)).StalledSeconds, 0);
+}
+
+TEST_F(ProgressWatchTest, DoesNotCallTheWaitForAnAnswerAStall) {
+    ClaimsAt(seconds(0));
+    const bool bWaiting = true;
+    EXPECT_EQ(ClaimsAt(seconds(9), bWaiting).StalledSeconds, 0);
+    EXPECT_EQ(ClaimsAt(seconds(10)).StalledSeconds, 0);
+}
+
+TEST_F(ProgressWatchTest, DoesNotCallTheEndAStall) {
+    ClaimsAt(seconds(0));
+    Snapshot.bFinished = true;
+    EXPECT_EQ(ClaimsAt(seconds(9)).StalledSeconds, 0);
+}
+
+TEST_F(ProgressWatchTest, NoticesMoreBytesThanCounted) {
+    Snapshot.DoneBytes = 1000;
+    EXPECT_FALSE(ClaimsAt(seconds(0)).bMoreThanCounted);
+    Snapshot.DoneBytes = 1001;
+    EXPECT_TRUE(ClaimsAt(seconds(0)).bMoreThanCounted);
+}
+
+TEST_F(ProgressWatchTest, NoticesMoreEntriesThanCounted) {
+    Snapshot.DoneItems = 11;
+    EXPECT_TRUE(ClaimsAt(seconds(0)).bMoreThanCounted);
+}
+
+TEST_F(ProgressWatchTest, SaysNothingAboutTotalsThatAreNotCountedYet) {
+    Snapshot.TotalItems = 0;
+    Snapshot.TotalBytes = 0;
+    Snapshot.DoneBytes = 1;
+    EXPECT_FALSE(ClaimsAt(seconds(0)).bMoreThanCounted);
+}
+
+TEST(ProgressClaimTexts, AreEmptyWhenThereIsNothingToSay) {
+    EXPECT_EQ(StalledText({}), "");
+    EXPECT_EQ(MoreThanCountedText({}), "");
+}
+
+} // namespace

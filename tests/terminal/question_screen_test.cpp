@@ -1,0 +1,156 @@
+// What the question about a taken name shows.
+
+#include "conflict_question.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "asked_conflict.h"
+
+namespace {
+
+using QuestionScreen = AskedConflict;
+
+} // namespace
+
+TEST_F(QuestionScreen, ShowsBothSidesOfAFile) {
+    EXPECT_EQ(Shown(Ask(FileConflict())),
+              (Texts{
+                  "File exists: /media/usb0/Backup/cover.jpg",
+                  "Source:      /home/u/Music/cover.jpg",
+                  "  destination  46.0 KB (47110 bytes)  2023-12-24 18:00:00",
+                  "  source       47.1 KB (48230 bytes)  2024-03-07 14:05:09  newer",
+                  "Canceling while a file is being overwritten loses the old one.",
+                  "o overwrite  O overwrite all  u overwrite all older  s or Enter skip",
+                  "S skip all  r rename  k keep both  K keep both for all  b compare by content",
+                  "B compare all by content  Esc cancel the transfer",
+                  "? ",
+              }));
+}
+
+TEST_F(QuestionScreen, PutsTheCursorBehindThePrompt) {
+    const ConflictQuestion::Screen screen = Ask(FileConflict()).Show(kUsualSize);
+    EXPECT_EQ(screen.Cursor, (BlockCursor{8, "? "}));
+}
+
+TEST_F(QuestionScreen, MarksHowTheSourceCompares) {
+    const auto sourceFacts = [this](const TarvaneTransferConflict& Conflict) {
+        return Shown(Ask(Conflict))[3];
+    };
+    TarvaneTransferConflict conflict = FileConflict();
+    conflict.SourceModifiedTicks = 0;
+    EXPECT_EQ(sourceFacts(conflict),
+              "  source       47.1 KB (48230 bytes)  2024-03-07 14:05:09  older");
+    conflict.SourceModifiedTicks = conflict.DestinationModifiedTicks;
+    conflict.DestinationSizeBytes = conflict.SourceSizeBytes;
+    EXPECT_EQ(sourceFacts(conflict),
+              "  source       47.1 KB (48230 bytes)  2024-03-07 14:05:09  same date, same size");
+    conflict.bDestinationHasModifiedTime = false;
+    EXPECT_EQ(sourceFacts(conflict),
+              "  source       47.1 KB (48230 bytes)  2024-03-07 14:05:09  same size");
+    conflict.bDestinationHasSize = false;
+    EXPECT_EQ(sourceFacts(conflict), "  source       47.1 KB (48230 bytes)  2024-03-07 14:05:09");
+}
+
+TEST_F(QuestionScreen, SaysWhatIsUnknown) {
+    TarvaneTransferConflict conflict = FileConflict();
+    conflict.bSourceHasSize = conflict.bDestinationHasSize = false;
+    conflict.bSourceHasModifiedTime = conflict.bDestinationHasModifiedTime = false;
+    EXPECT_EQ(Shown(Ask(conflict))[2], "  destination  size unknown  date unknown");
+    EXPECT_EQ(Shown(Ask(conflict))[3], "  source       size unknown  date unknown");
+}
+
+TEST_F(QuestionScreen, WrapsLongPaths) {
+    TarvaneTransferConflict conflict = FileConflict();
+    conflict.DestinationPath = "/" + std::string(100, 'd');
+    EXPECT_EQ(Shown(Ask(conflict))[0], "File exists: /" + std::string(65, 'd'));
+    EXPECT_EQ(Shown(Ask(conflict))[1], std::string(35, 'd'));
+}
+
+TEST_F(QuestionScreen, CleansNames) {
+    TarvaneTransferConflict conflict = FileConflict();
+    conflict.SourcePath = "/a\x1B[2J\n\xFF\u202E";
+    EXPECT_EQ(Shown(Ask(conflict))[1], "Source:      /a?[2J?\uFFFD\uFFFD");
+}
+
+TEST_F(QuestionScreen, WarnsThatOverwritingRemovesADirectory) {
+    const ConflictQuestion question = Ask(FileOntoDirectory());
+    EXPECT_EQ(Shown(question)[0], "Directory exists: /media/usb0/Backup/cover.jpg");
+    EXPECT_EQ(Shown(question)[2], "  destination  directory  2023-12-24 18:00:00");
+    EXPECT_EQ(Warnings(question),
+              Texts{"Overwriting removes this whole directory with all in it."});
+}
+
+TEST_F(QuestionScreen, ShowsBothSidesOfADirectory) {
+    EXPECT_EQ(Shown(Ask(DirectoryConflict())),
+              (Texts{
+                  "Directory exists: /media/usb0/Backup/Live",
+                  "Source:           /home/u/Music/Live",
+                  "  destination  directory  2023-12-24 18:00:00",
+                  "  source       directory  2024-03-07 14:05:09  newer",
+                  "m merge  M merge all  s or Enter skip  S skip all  Esc cancel the transfer",
+                  "? ",
+              }));
+}
+
+TEST_F(QuestionScreen, WarnsThatMergingReplacesAFile) {
+    const ConflictQuestion question = Ask(DirectoryOntoFile());
+    EXPECT_EQ(Shown(question)[0], "File exists: /media/usb0/Backup/Live");
+    EXPECT_EQ(Warnings(question), Texts{"Merging replaces this file by a directory."});
+}
+
+TEST_F(QuestionScreen, ShowsTheKeysAloneInASmallWindow) {
+    EXPECT_EQ(Shown(Ask(FileConflict()), {40, 10}), (Texts{
+                                                        "File exists: /media/usb0/Backup/cover.j",
+                                                        "pg",
+                                                        "Source:      /home/u/Music/cover.jpg",
+                                                        "  destination  46.0 KB (47110 bytes)",
+                                                        "2023-12-24 18:00:00",
+                                                        "  source       47.1 KB (48230 bytes)",
+                                                        "2024-03-07 14:05:09  newer",
+                                                        "Canceling while a file is being",
+                                                        "overwritten loses the old one.",
+                                                        "[oOusSrkKbB Esc, ? lists] ",
+                                                    }));
+}
+
+TEST_F(QuestionScreen, ListsTheAnswersOnAQuestionMark) {
+    ConflictQuestion question = Ask(FileConflict());
+    EXPECT_EQ(question.Handle(Letter('?'), kLive), std::nullopt);
+    EXPECT_EQ(Shown(question, {40, 10}), (Texts{
+                                             "File exists: /media/usb0/Backup/cover.j",
+                                             "pg",
+                                             "o overwrite  O overwrite all",
+                                             "u overwrite all older  s or Enter skip",
+                                             "S skip all  r rename  k keep both",
+                                             "K keep both for all",
+                                             "b compare by content",
+                                             "B compare all by content",
+                                             "Esc cancel the transfer",
+                                             "? ",
+                                         }));
+    EXPECT_EQ(Shown(question, {40, 5}).back(), "[oOusSrkKbB Esc, ? lists] ");
+    question.Handle(Letter('?'), kLive);
+    EXPECT_EQ(Shown(question, {40, 10}).back(), "[oOusSrkKbB Esc, ? lists] ");
+}
+
+TEST_F(QuestionScreen, KeepsTheWarningInASmallWindow) {
+    EXPECT_EQ(Shown(Ask(FileOntoDirectory()), {60, 2}),
+              (Texts{"Overwriting removes this whole directory with all in it.",
+                     "[oOusSrkKbB Esc, ? lists] "}));
+}
+
+TEST_F(QuestionScreen, NeverExceedsTheWindow) {
+    for (const TarvaneTransferConflict& conflict :
+         {FileConflict(), DirectoryConflict(), FileOntoDirectory(), DirectoryOntoFile()}) {
+        for (const char* key : {"", "?", "r"}) {
+            ConflictQuestion question = Ask(conflict);
+            Type(question, key);
+            ExpectToFitEveryWindow(question);
+        }
+    }
+    ConflictQuestion confirmation = Ask(FileOntoDirectory());
+    Type(confirmation, "o");
+    ExpectToFitEveryWindow(confirmation);
+}

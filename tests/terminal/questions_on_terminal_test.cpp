@@ -1,0 +1,180 @@
+// Taken names on a real terminal: what the questions show, and what each key does.
+
+#include "on_terminal.h"
+
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class QuestionsOnTerminal : public OnTerminal {
+protected:
+    QuestionsOnTerminal() {
+        WriteFile(Root / "from/cover.jpg", std::string(48230, 'n'));
+        WriteFile(Root / "into/cover.jpg", std::string(47110, 'o'));
+        SetModifiedTime(Root / "from/cover.jpg", 1709820309);
+        SetModifiedTime(Root / "into/cover.jpg", 1703440800);
+    }
+
+    void StartCopy(std::vector<std::string> Sources = {"from/cover.jpg"}) {
+        std::vector<std::string> arguments = {"copy", "-t", "into"};
+        arguments.insert(arguments.end(), Sources.begin(), Sources.end());
+        Start(arguments);
+    }
+
+    std::string InTo(const std::string& Name) { return ReadFile(Root / "into" / Name); }
+
+    static constexpr const char* kOld = "File exists: ";
+};
+
+TEST_F(QuestionsOnTerminal, ShowsBothSidesWithSizesDatesAndTheNewerOne) {
+    StartCopy();
+    ASSERT_TRUE(Program->ShowsText("Esc cancel the transfer"));
+    EXPECT_EQ(Program->Screen(),
+              "File exists: " + (Root / "into/cover.jpg").string() +
+                  "\n"
+                  "Source:      " +
+                  (Root / "from/cover.jpg").string() +
+                  "\n"
+                  "  destination  46.0 KB (47110 bytes)  2023-12-24 18:00:00\n"
+                  "  source       47.1 KB (48230 bytes)  2024-03-07 14:05:09  newer\n"
+                  "Canceling while a file is being overwritten loses the old one.\n"
+                  "o overwrite  O overwrite all  u overwrite all older  s or Enter skip\n"
+                  "S skip all  r rename  k keep both  K keep both for all  b compare by content\n"
+                  "B compare all by content  Esc cancel the transfer\n"
+                  "?\n");
+}
+
+TEST_F(QuestionsOnTerminal, OOverwrites) {
+    StartCopy();
+    AnswerQuestion(kOld, "o");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(InTo("cover.jpg"), std::string(48230, 'n'));
+    EXPECT_EQ(Program->HistoryAndScreen().rfind("Copied 1 item(s).\n"),
+              Program->HistoryAndScreen().size() - 18);
+    ExpectRestoredTerminal();
+}
+
+TEST_F(QuestionsOnTerminal, EnterAloneNeverDestroys) {
+    StartCopy();
+    AnswerQuestion(kOld, "\r");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(InTo("cover.jpg"), std::string(47110, 'o'));
+}
+
+TEST_F(QuestionsOnTerminal, KeysTypedAheadDoNotAnswer) {
+    ProgramInTerminal::Setting setting = Setting({"copy", "-t", "into", "from/cover.jpg"});
+    Start(setting);
+    Program->Type("o\rO");
+    ASSERT_TRUE(Program->ShowsText(kOld));
+    Program->Type("o\r");
+    Program->Watch(1.2);
+    EXPECT_NE(Program->Screen().find(kOld), std::string::npos);
+    EXPECT_EQ(InTo("cover.jpg"), std::string(47110, 'o'));
+    Program->Type("s");
+    EXPECT_TRUE(Program->ExitsWith(0));
+}
+
+TEST_F(QuestionsOnTerminal, EscCancelsTheTransfer) {
+    StartCopy();
+    AnswerQuestion(kOld, kEsc);
+    EXPECT_TRUE(Program->ExitsWith(130));
+    EXPECT_EQ(InTo("cover.jpg"), std::string(47110, 'o'));
+    ExpectRestoredTerminal();
+}
+
+TEST_F(QuestionsOnTerminal, UOverwritesOnlyWhatIsOlder) {
+    WriteFile(Root / "from/newer", "new");
+    WriteFile(Root / "into/newer", "kept");
+    SetModifiedTime(Root / "from/newer", 1000);
+    SetModifiedTime(Root / "into/newer", 2000);
+    StartCopy({"from/cover.jpg", "from/newer"});
+    AnswerQuestion(kOld, "u");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(InTo("cover.jpg"), std::string(48230, 'n'));
+    EXPECT_EQ(InTo("newer"), "kept");
+}
+
+TEST_F(QuestionsOnTerminal, BComparesByContent) {
+    WriteFile(Root / "into/cover.jpg", std::string(48230, 'x'));
+    StartCopy();
+    AnswerQuestion(kOld, "b");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(InTo("cover.jpg"), std::string(48230, 'n'));
+}
+
+TEST_F(QuestionsOnTerminal, CapitalKKeepsBothForAllLaterFiles) {
+    WriteFile(Root / "from/b.txt", "new b");
+    WriteFile(Root / "into/b.txt", "old b");
+    StartCopy({"from/cover.jpg", "from/b.txt"});
+    AnswerQuestion(kOld, "K");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(InTo("cover.jpg"), std::string(47110, 'o'));
+    EXPECT_EQ(InTo("cover-2.jpg"), std::string(48230, 'n'));
+    EXPECT_EQ(InTo("b.txt"), "old b");
+    EXPECT_EQ(InTo("b-2.txt"), "new b");
+}
+
+TEST_F(QuestionsOnTerminal, RenameRefusesATakenNameAndGoesOnAsking) {
+    WriteFile(Root / "into/taken", "taken");
+    StartCopy();
+    AnswerQuestion(kOld, "r");
+    ASSERT_TRUE(Program->ShowsText("cover-2.jpg"));
+    Program->Type("\x15taken\r");
+    ASSERT_TRUE(Program->ShowsText("exists already"));
+    Program->Type("\x15"
+                  "free.jpg\r");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(InTo("cover.jpg"), std::string(47110, 'o'));
+    EXPECT_EQ(InTo("taken"), "taken");
+    EXPECT_EQ(InTo("free.jpg"), std::string(48230, 'n'));
+}
+
+TEST_F(QuestionsOnTerminal, ADirectoryIsOfferedMergeAndSkipOnly) {
+    WriteFile(Root / "from/Live/new", "n");
+    WriteFile(Root / "into/Live/old", "o");
+    StartCopy({"from/Live"});
+    ASSERT_TRUE(Program->ShowsText("Esc cancel the transfer"));
+    const std::string screen = Program->Screen();
+    EXPECT_EQ(screen.find("Directory exists: " + (Root / "into/Live").string() + "\n"), 0U);
+    EXPECT_NE(screen.find("m merge  M merge all  s or Enter skip  S skip all"), std::string::npos)
+        << screen;
+    EXPECT_EQ(screen.find("overwrite"), std::string::npos) << screen;
+    AnswerQuestion("Directory exists: ", "m");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(TreeOf(Root / "into/Live"), (Tree{{"new", "file n"}, {"old", "file o"}}));
+}
+
+TEST_F(QuestionsOnTerminal, ASkippedDirectoryStaysAsItIs) {
+    WriteFile(Root / "from/Live/new", "n");
+    WriteFile(Root / "into/Live/old", "o");
+    StartCopy({"from/Live"});
+    AnswerQuestion("Directory exists: ", "s");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(TreeOf(Root / "into/Live"), (Tree{{"old", "file o"}}));
+}
+
+TEST_F(QuestionsOnTerminal, RemovingAWholeDirectoryTakesASecondKey) {
+    fs::remove(Root / "into/cover.jpg");
+    WriteFile(Root / "into/cover.jpg/inside", "precious");
+    StartCopy();
+    AnswerQuestion("Overwriting removes this whole directory with all in it.", "o");
+    Program->Watch(0.5);
+    EXPECT_EQ(InTo("cover.jpg/inside"), "precious");
+    Program->Type(kEsc);
+    Program->Watch(0.3);
+    EXPECT_EQ(InTo("cover.jpg/inside"), "precious");
+}
+
+TEST_F(QuestionsOnTerminal, FitASmallWindow) {
+    ProgramInTerminal::Setting setting = Setting({"copy", "-t", "into", "from/cover.jpg"});
+    setting.Columns = 40;
+    setting.Rows = 10;
+    Start(setting);
+    AnswerQuestion("File exists:", "o");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(InTo("cover.jpg"), std::string(48230, 'n'));
+}
+
+} // namespace

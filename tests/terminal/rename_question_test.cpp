@@ -1,0 +1,91 @@
+// The new name that the question about a taken name asks for.
+
+#include "conflict_question.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "asked_conflict.h"
+
+namespace {
+
+using RenameQuestion = AskedConflict;
+
+} // namespace
+
+TEST_F(RenameQuestion, ProposesAFreeName) {
+    ConflictQuestion question = Ask(FileConflict());
+    EXPECT_EQ(question.Handle(Letter('r'), kLive), std::nullopt);
+    const ConflictQuestion::Screen screen = question.Show(kUsualSize);
+    EXPECT_EQ(screen.Lines.back().Text, "Rename to: cover-2.jpg");
+    EXPECT_EQ(screen.Lines[screen.Lines.size() - 2].Text,
+              "Enter use this name  Esc back to the answers");
+    EXPECT_EQ(screen.Cursor, (BlockCursor{screen.Lines.size() - 1, "Rename to: cover-2.jpg"}));
+}
+
+TEST_F(RenameQuestion, ProposesTheTakenNameWhenNoneIsFree) {
+    FreePath.clear();
+    ConflictQuestion question = Ask(FileConflict());
+    question.Handle(Letter('r'), kLive);
+    EXPECT_EQ(Shown(question).back(), "Rename to: cover.jpg");
+}
+
+TEST_F(RenameQuestion, SendsTheFullPath) {
+    ConflictQuestion question = Ask(FileConflict());
+    Type(question, "r");
+    Type(question, "x");
+    EXPECT_EQ(question.Handle(kEnter, kLive),
+              (ConflictAnswer{Action::Rename, "/media/usb0/Backup/cover-2.jpgx", {}, {}}));
+    EXPECT_EQ(Checked, Texts{"/media/usb0/Backup/cover-2.jpgx"});
+    EXPECT_EQ(question.AnswerLine(), "File exists: /media/usb0/Backup/cover.jpg | rename | "
+                                     "/media/usb0/Backup/cover-2.jpgx");
+}
+
+TEST_F(RenameQuestion, TakesAFullPathAsItIs) {
+    ConflictQuestion question = Ask(FileConflict());
+    Type(question, "r");
+    question.Handle({KeyCode::ClearLine, {}}, kLive);
+    Type(question, "/tmp/so");
+    EXPECT_EQ(question.Handle(kEnter, kLive), (ConflictAnswer{Action::Rename, "/tmp/so", {}, {}}));
+}
+
+TEST_F(RenameQuestion, KeepsTheBytesOfTheName) {
+    FreePath = "/x/bad\xFF\xFE\n-2.bin";
+    ConflictQuestion question = Ask(FileConflict());
+    question.Handle(Letter('r'), kLive);
+    EXPECT_EQ(Shown(question).back(), "Rename to: bad\uFFFD\uFFFD?-2.bin");
+    EXPECT_EQ(question.Handle(kEnter, kLive),
+              (ConflictAnswer{Action::Rename, "/media/usb0/Backup/bad\xFF\xFE\n-2.bin", {}, {}}));
+}
+
+TEST_F(RenameQuestion, StaysOpenWhenTheNameIsRefused) {
+    Refusal = "That name exists already.";
+    ConflictQuestion question = Ask(FileConflict());
+    Type(question, "r");
+    EXPECT_EQ(question.Handle(kEnter, kLive), std::nullopt);
+    EXPECT_NE(ShownText(question).find("That name exists already.\n"), std::string::npos);
+    EXPECT_EQ(Shown(question).back(), "Rename to: cover-2.jpg");
+    Refusal.clear();
+    Type(question, "3");
+    EXPECT_EQ(ShownText(question).find("That name exists already.\n"), std::string::npos);
+    EXPECT_EQ(question.Handle(kEnter, kLive),
+              (ConflictAnswer{Action::Rename, "/media/usb0/Backup/cover-2.jpg3", {}, {}}));
+}
+
+TEST_F(RenameQuestion, RefusesAnEmptyName) {
+    ConflictQuestion question = Ask(FileConflict());
+    Type(question, "r");
+    question.Handle({KeyCode::ClearLine, {}}, kLive);
+    EXPECT_EQ(question.Handle(kEnter, kLive), std::nullopt);
+    EXPECT_NE(ShownText(question).find("The name is empty.\n"), std::string::npos);
+    EXPECT_TRUE(Checked.empty());
+}
+
+TEST_F(RenameQuestion, GoesBackToTheAnswersOnEscape) {
+    ConflictQuestion question = Ask(FileConflict());
+    Type(question, "r");
+    EXPECT_EQ(question.Handle(kEscape, kLive), std::nullopt);
+    EXPECT_EQ(Shown(question).back(), "? ");
+    EXPECT_EQ(question.Handle(Letter('s'), kLive), (ConflictAnswer{Action::Skip, {}, {}, {}}));
+}

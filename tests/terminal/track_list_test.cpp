@@ -1,0 +1,174 @@
+// The table of contents of an audio CD, as the program lists it.
+
+#include "track_list.h"
+
+#include "fake_drive.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <fcntl.h>
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+struct ListResult {
+    bool bRead = false;
+    TrackList List{"untouched", {}};
+    std::string ErrorMessage = "untouched";
+};
+
+ListResult ReadList(const std::string& Device = kFakeDevice) {
+    ListResult result;
+    result.bRead = ReadTrackList(Device, result.List, result.ErrorMessage);
+    return result;
+}
+
+void ExpectFailure(const std::string& Message, const std::string& Device = kFakeDevice) {
+    const ListResult result = ReadList(Device);
+    EXPECT_FALSE(result.bRead);
+    EXPECT_EQ(result.ErrorMessage, Message);
+    EXPECT_EQ(result.List.Device, "untouched");
+}
+
+void ExpectTrack(const TrackListEntry& Track, int Number, std::int32_t StartFrame,
+                 std::int32_t EndFrame, bool bData) {
+    EXPECT_EQ(Track.Number, Number);
+    EXPECT_EQ(Track.StartFrame, StartFrame);
+    EXPECT_EQ(Track.EndFrame, EndFrame);
+    EXPECT_EQ(Track.bData, bData);
+}
+
+TEST(TrackList, HasEveryTrackUpToTheNextOneOrTheLeadOut) {
+    ScopedDrive drive(AudioDisc({150, 18783, 30000}, 40500));
+    const ListResult result = ReadList();
+    EXPECT_TRUE(result.bRead);
+    EXPECT_EQ(result.ErrorMessage, "untouched");
+    EXPECT_EQ(result.List.Device, kFakeDevice);
+    ASSERT_EQ(result.List.Tracks.size(), 3U);
+    ExpectTrack(result.List.Tracks[0], 1, 150, 18783, false);
+    ExpectTrack(result.List.Tracks[1], 2, 18783, 30000, false);
+    ExpectTrack(result.List.Tracks[2], 3, 30000, 40500, false);
+}
+
+TEST(TrackList, IsReadWithTheRequestsOfACopy) {
+    ScopedDrive drive(AudioDisc({150, 18783}, 40500));
+    ReadList();
+    EXPECT_EQ(drive.Calls, (Strings{"open", "header", "entry 1", "entry 2", "entry 170", "close"}));
+    EXPECT_EQ(drive.OpenFlags, std::vector<int>{O_RDONLY | O_NONBLOCK | O_CLOEXEC});
+    EXPECT_EQ(drive.OpenDescriptors(), 0U);
+}
+
+TEST(TrackList, HasTheDataTracksToo) {
+    FakeDisc disc = AudioDisc({150, 18783}, 40500);
+    disc.Tracks[0].bData = true;
+    ScopedDrive drive(disc);
+    const ListResult result = ReadList();
+    ASSERT_EQ(result.List.Tracks.size(), 2U);
+    ExpectTrack(result.List.Tracks[0], 1, 150, 18783, true);
+    ExpectTrack(result.List.Tracks[1], 2, 18783, 40500, false);
+}
+
+TEST(TrackList, HasNinetyNineTracks) {
+    std::vector<int> starts;
+    for (int number = 0; number < 99; ++number) {
+        starts.push_back(150 + number * 300);
+    }
+    ScopedDrive drive(AudioDisc(starts, 150 + 99 * 300));
+    const ListResult result = ReadList();
+    ASSERT_EQ(result.List.Tracks.size(), 99U);
+    ExpectTrack(result.List.Tracks.back(), 99, 150 + 98 * 300, 150 + 99 * 300, false);
+}
+
+TEST(TrackList, StartsWithTheFirstTrackOfTheDisc) {
+    FakeDisc disc = AudioDisc({150, 1000}, 2000);
+    disc.Tracks[0].Number = 5;
+    disc.Tracks[1].Number = 6;
+    ScopedDrive drive(disc);
+    const ListResult result = ReadList();
+    ASSERT_EQ(result.List.Tracks.size(), 2U);
+    ExpectTrack(result.List.Tracks[0], 5, 150, 1000, false);
+}
+
+TEST(TrackList, KeepsATrackThatGoesBackwards) {
+    ScopedDrive drive(AudioDisc({5000, 150}, 5000));
+    const ListResult result = ReadList();
+    EXPECT_TRUE(result.bRead);
+    ASSERT_EQ(result.List.Tracks.size(), 2U);
+    EXPECT_FALSE(result.List.Tracks[0].HasValidRange());
+    EXPECT_TRUE(result.List.Tracks[1].HasValidRange());
+}
+
+TEST(TrackList, OfADriveThatIsMissingSaysWhy) {
+    ExpectFailure("cannot open CD drive '/nowhere/sr0': No such file or directory", "/nowhere/sr0");
+}
+
+TEST(TrackList, OfADriveThatDoesNotOpenSaysWhy) {
+    ScopedDrive drive(AudioDisc({150}, 300));
+    drive.OpenErrors = {EACCES};
+    ExpectFailure("cannot open CD drive '/dev/fake-cd': Permission denied");
+}
+
+TEST(TrackList, OfSomethingElseSaysSo) {
+    ExpectFailure("'/dev/null' is not a CD drive", "/dev/null");
+    ExpectFailure("'/' is not a CD drive", "/");
+}
+
+TEST(TrackList, OfAnEmptyDriveSaysSoAndClosesIt) {
+    FakeDisc disc;
+    disc.bPresent = false;
+    ScopedDrive drive(disc);
+    ExpectFailure("no disc in '/dev/fake-cd'");
+    EXPECT_EQ(drive.Calls, (Strings{"open", "header", "close"}));
+}
+
+TEST(TrackList, OfADataDiscSaysSoAndClosesTheDrive) {
+    FakeDisc disc = AudioDisc({150}, 300000);
+    disc.Tracks[0].bData = true;
+    ScopedDrive drive(disc);
+    ExpectFailure("no audio tracks on the disc in '/dev/fake-cd'");
+    EXPECT_EQ(drive.OpenDescriptors(), 0U);
+}
+
+TEST(TrackList, OfADiscThatCannotBeReadSaysWhyAndClosesTheDrive) {
+    for (const char* request : {"header", "entry 1", "entry 2", "entry 170"}) {
+        FakeDisc disc = AudioDisc({150, 18783}, 40500);
+        disc.Faults = {{request, EIO, 0}};
+        ScopedDrive drive(disc);
+        drive.ErrnoAfterClose = ENXIO;
+        ExpectFailure("cannot read the table of contents of the disc in '/dev/fake-cd': "
+                      "Input/output error");
+        EXPECT_EQ(drive.OpenDescriptors(), 0U) << request;
+    }
+}
+
+TEST(TrackList, OfADiscThatIsTakenOutSaysSo) {
+    FakeDisc disc = AudioDisc({150, 18783}, 40500);
+    disc.Faults = {{"entry 2", ENOMEDIUM, 0}};
+    ScopedDrive drive(disc);
+    ExpectFailure("no disc in '/dev/fake-cd'");
+}
+
+TEST(TrackFileName, HasTwoDigits) {
+    EXPECT_EQ(TrackFileName(1), "Track 01.wav");
+    EXPECT_EQ(TrackFileName(42), "Track 42.wav");
+}
+
+TEST(TrackPath, NamesTheDriveAndTheFile) {
+    EXPECT_EQ(TrackPath("/dev/sr0", 3), "cdda:/dev/sr0/Track 03.wav");
+}
+
+TEST(TrackWavSize, IsTheHeaderAndTheFrames) {
+    EXPECT_EQ(TrackWavSizeBytes({1, false, 150, 151}), 2396U);
+    EXPECT_EQ(TrackWavSizeBytes({1, false, 150, 13650}), 31752044U);
+    EXPECT_EQ(TrackWavSizeBytes({1, false, 0, 1826091}), 4294966076U);
+}
+
+TEST(TrackWavSize, OfADataTrackOrAnInvalidRangeIsZero) {
+    EXPECT_EQ(TrackWavSizeBytes({1, true, 150, 151}), 0U);
+    EXPECT_EQ(TrackWavSizeBytes({1, false, 150, 150}), 0U);
+    EXPECT_EQ(TrackWavSizeBytes({1, false, 150, 10}), 0U);
+}
+
+} // namespace
