@@ -8,9 +8,11 @@
 #include "plan_builder.h"
 #include "preflight_phase.h"
 #include "progress_styles.h"
+#include "tarvanepane.h"
 #include "transfer_phase.h"
 #include "verbose_lines.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -49,6 +51,7 @@ private:
     std::unique_ptr<ProgressOutput> MakeOutput();
     RunOutcome RunPhases();
     void SayWhatGoesWhere();
+    void SayThatTracksStay();
     void SayDone(const std::string& Text);
     void SayEnd(const RunOutcome& Outcome);
     int FinishOutputs(int ExitStatus);
@@ -90,6 +93,7 @@ RunOutcome LineFrontEnd::RunPhases() {
         return {RunResult::Failed, "the look through the sources has no result", kExitFailed, {}};
     }
     SayWhatGoesWhere();
+    SayThatTracksStay();
     RunOutcome outcome = TransferPhase(Request, std::move(Plan), Console, *Output).Run();
     if (outcome.Result == RunResult::Succeeded && Flush.HasAnythingToFlush()) {
         SayDone(outcome.Text);
@@ -113,6 +117,16 @@ void LineFrontEnd::SayWhatGoesWhere() {
 void LineFrontEnd::SayDone(const std::string& Text) {
     if (!Request.bQuiet && !IsJson()) {
         Console.PrintLine(Text);
+    }
+}
+
+// A move that leaves its sources where they are is no mistake, but nothing that users expect.
+void LineFrontEnd::SayThatTracksStay() {
+    const bool bTracks = std::any_of(Plan.Items.begin(), Plan.Items.end(), [](const auto& Item) {
+        return TarvaneIsCddaPath(Item.SourcePath.native());
+    });
+    if (Plan.bMove && bTracks && !Request.bQuiet) {
+        Console.PrintMessage("the tracks of a CD are copied: nothing can be removed from a disc");
     }
 }
 

@@ -5,9 +5,8 @@
 #include "answering_interface.h"
 #include "engine_hooks.h"
 #include "mounts.h"
+#include "no_descriptors_left.h"
 #include "transfer_fixture.h"
-
-#include <sys/resource.h>
 
 namespace {
 
@@ -139,17 +138,20 @@ TEST_F(DirectoryFailure, OfCreatingTheDestination) {
 // Without a free descriptor no directory can be opened; the destination has been made by then.
 TEST_F(DirectoryFailure, OfOpeningTheSourceIsTheSystemTextAlone) {
     WriteFile(Source / "file", "data");
-    rlimit previous{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &previous), 0);
-    const rlimit limit{0, previous.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
-    const Result result = Run(kMove);
-    ::setrlimit(RLIMIT_NOFILE, &previous);
+    const fs::path source = Source;
+    const fs::path destination = Destination;
+    TarvaneTransferJob job(kMove, 1, "");
+    std::string message;
+    Result result = Result::Succeeded;
+    {
+        const NoDescriptorsLeft limit;
+        result = CopyPathWithProgress(source, destination, job, Policy::Ask, kMove, message);
+    }
     EXPECT_EQ(result, Result::Failed);
-    EXPECT_EQ(Message, "Too many open files");
+    EXPECT_EQ(message, "Too many open files");
     EXPECT_EQ(TreeOf(Directory.Path()),
               (Tree{{"from", "dir"}, {"from/file", "file data"}, {"to", "dir"}}));
-    EXPECT_EQ(DoneBy(Job), (Counted{1, 0}));
+    EXPECT_EQ(DoneBy(job), (Counted{1, 0}));
 }
 
 TEST_F(DirectoryFailure, OfGoingOnInTheSourceIsTheSystemTextAlone) {

@@ -4,9 +4,8 @@
 
 #include "engine_hooks.h"
 #include "mounts.h"
+#include "no_descriptors_left.h"
 #include "transfer_fixture.h"
-
-#include <sys/resource.h>
 
 namespace {
 
@@ -150,14 +149,17 @@ TEST_F(Scan, CountsASubdirectoryThatMayNotBeReadAsOneItem) {
 
 TEST_F(Scan, FailsForADirectoryThatCannotBeOpenedWithTheSystemTextAlone) {
     fs::create_directory(Directory / "tree");
-    rlimit previous{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &previous), 0);
-    const rlimit limit{0, previous.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
-    const bool result = Run("tree");
-    ::setrlimit(RLIMIT_NOFILE, &previous);
+    const fs::path tree = Directory / "tree";
+    TarvaneTransferJob job(false, 1, "");
+    std::string message;
+    bool result = true;
+    {
+        const NoDescriptorsLeft limit;
+        TransferTotals totals;
+        result = ScanTransferPath(tree, job, totals, message);
+    }
     EXPECT_FALSE(result);
-    EXPECT_EQ(Message, "Too many open files");
+    EXPECT_EQ(message, "Too many open files");
 }
 
 TEST_F(Scan, FailsForAListingThatFailsWithTheSystemTextAlone) {

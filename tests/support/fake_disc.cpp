@@ -85,6 +85,24 @@ int Serve(const FakeDisc& Disc, unsigned long Code, void* Argument) {
     }
 }
 
+constexpr std::size_t kStampBytes = 8;
+
+// What all frames have in common.
+std::string MakeNoise() {
+    std::string noise;
+    std::uint32_t state = 1;
+    for (int i = 0; i < kFakeFrameBytes; ++i) {
+        state = state * 1664525U + 1013904223U;
+        noise += static_cast<char>(state >> 24U);
+    }
+    return noise;
+}
+
+void Stamp(std::uint32_t DiscId, int Address, char* Out) {
+    std::memcpy(Out, &DiscId, sizeof(DiscId));
+    std::memcpy(Out + sizeof(DiscId), &Address, sizeof(Address));
+}
+
 const FakeDisc& DiscInside(FakeDrive& Drive) {
     const std::size_t number =
         Drive.RequestsPerDisc == 0
@@ -121,21 +139,15 @@ std::string FakeRequestName(unsigned long Code, const void* Argument) {
     }
 }
 
-std::vector<std::uint8_t> FakeFrame(std::uint32_t DiscId, int Address) {
-    std::vector<std::uint8_t> frame(kFakeFrameBytes);
-    std::uint32_t state = DiscId * 2654435761U ^ static_cast<std::uint32_t>(Address) * 2246822519U;
-    for (std::uint8_t& byte : frame) {
-        state = state * 1664525U + 1013904223U;
-        byte = static_cast<std::uint8_t>(state >> 24U);
-    }
-    return frame;
-}
-
 std::string FakeFrames(std::uint32_t DiscId, int FirstAddress, int Count) {
+    static const std::string noise = MakeNoise();
     std::string frames;
+    frames.reserve(static_cast<std::size_t>(Count) * kFakeFrameBytes);
     for (int address = FirstAddress; address < FirstAddress + Count; ++address) {
-        const std::vector<std::uint8_t> frame = FakeFrame(DiscId, address);
-        frames.append(frame.begin(), frame.end());
+        frames += noise;
+        const std::size_t end = frames.size();
+        Stamp(DiscId, address, &frames[end - kFakeFrameBytes]);
+        Stamp(DiscId, address, &frames[end - kStampBytes]);
     }
     return frames;
 }

@@ -14,7 +14,8 @@ struct FakeTrack {
 };
 
 // What happens to one request beside its answer. Requests are named "header", "entry 3", "entry
-// 170" (the lead-out) and "read 1000", which is any read that asks for the frame at that address.
+// 170" (the lead-out), "read", which is every read, and "read 1000", which is any read that asks
+// for the frame at that address.
 struct FakeFault {
     std::string Request;
     // 0 to answer the request after all.
@@ -38,10 +39,8 @@ FakeDisc AudioDisc(const std::vector<int>& StartFrames, int LeadOutFrame, std::u
 
 constexpr int kFakeFrameBytes = 2352;
 
-// The audio at one address of a disc, no two frames alike.
-std::vector<std::uint8_t> FakeFrame(std::uint32_t DiscId, int Address);
-
-// The audio at Count addresses.
+// The audio at Count addresses. Each frame begins and ends with its disc and address; in between
+// all frames are the same noise.
 std::string FakeFrames(std::uint32_t DiscId, int FirstAddress, int Count);
 
 // One drive, and the discs that are put into it one after the other.

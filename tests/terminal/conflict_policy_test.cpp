@@ -24,7 +24,6 @@ constexpr std::array kRelations{Relation::Greater, Relation::Less, Relation::Equ
 // One expected word for each of kRelations.
 using Row = std::array<const char*, kRelations.size()>;
 
-constexpr Row kNeverOverwritten{"skip", "skip", "skip", "skip", "skip"};
 constexpr Row kOverwrittenWhenGreater{"overwrite", "skip", "skip", "skip", "skip"};
 constexpr Row kOverwrittenWhenUnequal{"overwrite", "overwrite", "skip", "skip", "skip"};
 constexpr Row kComparedWhenKnown{"compare", "compare", "compare", "skip", "skip"};

@@ -17,7 +17,13 @@ class EndsOnTerminal : public OnTerminal {
 protected:
     void StartSlowCopy() {
         WriteFile(Root / "big.bin", PatternBytes(20 << 20));
-        Start({"copy", "--no-preflight", "--flush=never", "big.bin", "disk"});
+        ProgramInTerminal::Setting setting =
+            Setting({"copy", "--no-preflight", "--flush=never", "big.bin", "disk"});
+        // A program under a sanitizer would end by the sanitizer's report instead of the signal.
+        for (const char* options : {"ASAN_OPTIONS", "TSAN_OPTIONS"}) {
+            setting.Environment.emplace_back(options, "handle_segv=0:handle_abort=0");
+        }
+        Start(setting);
         ASSERT_TRUE(Program->ShowsText("Overall 1."));
     }
 
