@@ -62,8 +62,8 @@ public:
               const std::optional<BlockCursor>& Cursor = std::nullopt);
     // Takes the block away.
     void Clear();
-    // Call it while somebody is asked: in the background it stops the process, as shells expect of a
-    // program that wants an answer, and where nobody is left to answer it ends the program.
+    // Call it while somebody is asked: in the background it stops the process, as shells expect of
+    // a program that wants an answer, and where nobody is left to answer it ends the program.
     void CallForAnswer();
 
     // Prints one line that stays, above the block, after cleaning it.

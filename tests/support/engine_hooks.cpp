@@ -75,10 +75,10 @@ fs::file_status WrappedStatus(const fs::path& Path, std::error_code& OutError) n
     return RealStatus(Path, OutError);
 }
 
-fs::file_status RealThrowingStatus(const fs::path& Path)
-    asm("__real__ZNSt10filesystem6statusERKNS_7__cxx114pathE");
-fs::file_status WrappedThrowingStatus(const fs::path& Path)
-    asm("__wrap__ZNSt10filesystem6statusERKNS_7__cxx114pathE");
+fs::file_status
+RealThrowingStatus(const fs::path& Path) asm("__real__ZNSt10filesystem6statusERKNS_7__cxx114pathE");
+fs::file_status WrappedThrowingStatus(const fs::path& Path) asm(
+    "__wrap__ZNSt10filesystem6statusERKNS_7__cxx114pathE");
 
 fs::file_status WrappedThrowingStatus(const fs::path& Path) {
     if (const std::error_code error = Ask(&EngineHooks::ThrowingStatus, Path)) {
@@ -125,10 +125,10 @@ void WrappedRename(const fs::path& From, const fs::path& To, std::error_code& Ou
 using Iterator = fs::directory_iterator;
 using RecursiveIterator = fs::recursive_directory_iterator;
 
-Iterator& RealAdvance(Iterator* It, std::error_code& OutError)
-    asm("__real__ZNSt10filesystem7__cxx1118directory_iterator9incrementERSt10error_code");
-Iterator& WrappedAdvance(Iterator* It, std::error_code& OutError)
-    asm("__wrap__ZNSt10filesystem7__cxx1118directory_iterator9incrementERSt10error_code");
+Iterator& RealAdvance(Iterator* It, std::error_code& OutError) asm(
+    "__real__ZNSt10filesystem7__cxx1118directory_iterator9incrementERSt10error_code");
+Iterator& WrappedAdvance(Iterator* It, std::error_code& OutError) asm(
+    "__wrap__ZNSt10filesystem7__cxx1118directory_iterator9incrementERSt10error_code");
 
 // A listing that fails has no further entries, as with the library's own errors.
 Iterator& WrappedAdvance(Iterator* It, std::error_code& OutError) {
@@ -139,10 +139,10 @@ Iterator& WrappedAdvance(Iterator* It, std::error_code& OutError) {
     return RealAdvance(It, OutError);
 }
 
-RecursiveIterator& RealAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError)
-    asm("__real__ZNSt10filesystem7__cxx1128recursive_directory_iterator9incrementERSt10error_code");
-RecursiveIterator& WrappedAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError)
-    asm("__wrap__ZNSt10filesystem7__cxx1128recursive_directory_iterator9incrementERSt10error_code");
+RecursiveIterator& RealAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError) asm(
+    "__real__ZNSt10filesystem7__cxx1128recursive_directory_iterator9incrementERSt10error_code");
+RecursiveIterator& WrappedAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError) asm(
+    "__wrap__ZNSt10filesystem7__cxx1128recursive_directory_iterator9incrementERSt10error_code");
 
 RecursiveIterator& WrappedAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError) {
     if (const std::error_code error = Ask(&EngineHooks::AdvanceRecursively, (*It)->path())) {
