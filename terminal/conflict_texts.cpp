@@ -102,13 +102,17 @@ BlockPart ChoicesPart(TarvaneTransferConflictKind Kind, int Width) {
             choice.Letter == kDefaultChoiceLetter ? "s or Enter" : std::string(1, choice.Letter);
         entries.push_back(key + " " + choice.Label);
     }
-    entries.push_back("Esc cancel the transfer");
+    entries.emplace_back("Esc cancel the transfer");
     std::vector<std::string> lines = {""};
     for (const std::string& entry : entries) {
         std::string& line = lines.back();
-        const std::string longer = line.empty() ? entry : line + kBetween + entry;
+        std::string longer = line;
+        if (!longer.empty()) {
+            longer += kBetween;
+        }
+        longer += entry;
         if (line.empty() || DisplayWidth(longer) <= Width) {
-            line = longer;
+            line = std::move(longer);
         } else {
             lines.push_back(entry);
         }

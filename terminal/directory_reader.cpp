@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t kBufferBytes = 64 * 1024;
+constexpr std::size_t kBufferBytes = 65536;
 
 bool IsDotOrDotDot(std::string_view Name) {
     return Name == "." || Name == "..";

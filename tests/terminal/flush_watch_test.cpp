@@ -115,7 +115,9 @@ TEST_F(FlushWatchTest, FindsWhatHasFailedSinceItOpenedTheFileSystem) {
     const ScopedMount disk = MountLoopDisk(small.Path() / "disk", 16);
     FlushWatch watch({disk.Path()});
     WriteFile(disk.Path() / "file", PatternBytes(8 * kMegabyte));
-    ::sync();
+    const int descriptor = ::open(disk.Path().c_str(), O_RDONLY);
+    EXPECT_NE(::syncfs(descriptor), 0);
+    ::close(descriptor);
     watch.Start();
     EXPECT_TRUE(IsWriteError(Finished(watch).ErrorText, disk.Path()));
 }
