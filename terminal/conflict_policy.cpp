@@ -144,13 +144,3 @@ ConflictDecision ConflictPolicy::DecideUnequalKinds(const TarvaneTransferConflic
                           : "cannot overwrite non-directory " + destination + " with directory " +
                                 Quoted(Conflict.SourcePath));
 }
-
-void ConflictPolicy::RememberForAll(FileConflictChoice Choice) {
-    ForFiles = Choice;
-    bAsksUser = true;
-}
-
-void ConflictPolicy::RememberForAll(DirectoryConflictChoice Choice) {
-    ForDirectories = Choice;
-    bAsksUser = true;
-}

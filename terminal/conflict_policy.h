@@ -27,8 +27,9 @@ struct ConflictDecision {
 DirectoryConflictChoice ChosenForDirectories(const TransferRequest& Request);
 
 // Decides conflicts by the request's choices. No choice lets a file take the place of a directory,
-// or a directory that of a file: Ask asks, Skip skips, KeepBoth renames a file, and the others
-// fail. A size or date that is not known never overwrites.
+// or a directory that of a file: Skip skips, KeepBoth renames a file, Fail fails, and the others
+// ask when the request asks about anything, or else fail. A size or date that is not known never
+// overwrites.
 //
 // The engine's own "all" answers remember no such caution: OverwriteAll and OverwriteAllOlder
 // remove whole directories later, MergeAll removes files. An interface that offers them should call
@@ -40,10 +41,10 @@ public:
     // Looks at the disk for KeepBoth only, to find a name that is free.
     ConflictDecision Decide(const TarvaneTransferConflict& Conflict) const;
 
-    // From now on decides files, or directories, by Choice, which the user gave as an answer. What
-    // the command line's choices refuse is then asked about.
-    void RememberForAll(FileConflictChoice Choice);
-    void RememberForAll(DirectoryConflictChoice Choice);
+    // From now on decides files, or directories, by Choice, which the user gave as an answer. Where
+    // one kind would take the place of the other the user is asked again.
+    void RememberForAll(FileConflictChoice Choice) { ForFiles = Choice; }
+    void RememberForAll(DirectoryConflictChoice Choice) { ForDirectories = Choice; }
 
 private:
     ConflictDecision DecideDirectory(const TarvaneTransferConflict& Conflict) const;
@@ -51,6 +52,6 @@ private:
 
     FileConflictChoice ForFiles;
     DirectoryConflictChoice ForDirectories;
-    // There is somebody to ask.
-    bool bAsksUser;
+    // The request asks about something, so there is somebody to ask.
+    const bool bAsksUser;
 };

@@ -25,6 +25,25 @@ protected:
         Start(setting);
     }
 
+    void AwaitProgress() {
+        ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
+        const std::string screen = Program->Screen();
+        const std::size_t line = screen.find("Overall ");
+        ASSERT_TRUE(Program->ShowsNoText(screen.substr(line, screen.find(" / ", line) - line)));
+    }
+
+    void StartSlowCopyInShell() {
+        WriteFile(Root / "big.bin", PatternBytes(20 << 20));
+        ProgramInTerminal::Setting setting = Setting({});
+        setting.Command = {"/bin/bash", "--norc", "--noprofile", "-i"};
+        setting.Environment.emplace_back("PS1", "prompt> ");
+        Start(setting);
+        ASSERT_TRUE(Program->ShowsText("prompt>"));
+        Program->Type(std::string(TARVANE_PROGRAM) +
+                      " copy --no-preflight --flush=never big.bin disk\r");
+        ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
+    }
+
     RemovableDisk Disk{Root.Path(), "1\n"};
 };
 
@@ -43,7 +62,7 @@ std::string WithoutLineEnds(std::string Text) {
 
 TEST_F(LiveBlockOnTerminal, ShowsTheEnginesTextsWholeWithTwoBars) {
     StartSlowCopy();
-    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
     const std::string screen = Program->Screen();
     EXPECT_EQ(screen.find("Stage: Copying | Copying items\n"), 0U) << screen;
     EXPECT_NE(screen.find("Current: " + (Root / "big.bin").string() + "\n"), std::string::npos)
@@ -65,7 +84,7 @@ TEST_F(LiveBlockOnTerminal, LeavesTheFinalLineAndNothingElse) {
 
 TEST_F(LiveBlockOnTerminal, EscCancelsAndLeavesNoPartialFile) {
     StartSlowCopy();
-    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
     Program->Type(kEsc);
     EXPECT_TRUE(Program->ExitsWith(130));
     EXPECT_EQ(Program->HistoryAndScreen(),
@@ -76,7 +95,7 @@ TEST_F(LiveBlockOnTerminal, EscCancelsAndLeavesNoPartialFile) {
 
 TEST_F(LiveBlockOnTerminal, CtrlCCancelsLikeEsc) {
     StartSlowCopy();
-    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
     Program->Type(kCtrlC);
     EXPECT_TRUE(Program->ExitsWith(130));
     EXPECT_EQ(Program->HistoryAndScreen(),
@@ -87,7 +106,7 @@ TEST_F(LiveBlockOnTerminal, CtrlCCancelsLikeEsc) {
 
 TEST_F(LiveBlockOnTerminal, WrapsItsTextsInANarrowWindow) {
     StartSlowCopy(40, 16);
-    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
     // Lines break at blanks, which the end of a row swallows.
     std::string hint = kHint;
     std::erase(hint, ' ');
@@ -99,7 +118,7 @@ TEST_F(LiveBlockOnTerminal, WrapsItsTextsInANarrowWindow) {
 
 TEST_F(LiveBlockOnTerminal, FitsAVerySmallWindowWithoutScrolling) {
     StartSlowCopy(40, 10);
-    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
     Program->Resize(30, 3);
     ASSERT_TRUE(Program->ShowsText("%"));
     Program->Watch(0.5);
@@ -111,23 +130,15 @@ TEST_F(LiveBlockOnTerminal, FitsAVerySmallWindowWithoutScrolling) {
 
 TEST_F(LiveBlockOnTerminal, LeavesNoRemnantsWhenTheWindowGrowsAndShrinks) {
     StartSlowCopy();
-    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
     Program->Resize(120, 40);
-    ASSERT_TRUE(Program->ShowsText("Overall 4."));
+    AwaitProgress();
     Program->Resize(100, 12);
-    ASSERT_TRUE(Program->ShowsText("Overall 6."));
+    AwaitProgress();
     EXPECT_EQ(Occurrences(Program->HistoryAndScreen(), "Stage: "), 1U)
         << Program->HistoryAndScreen();
     EXPECT_TRUE(Program->ExitsWith(0));
     EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
-}
-
-TEST_F(LiveBlockOnTerminal, ShowsItsFirstSignOfLifeAtOnce) {
-    StartSlowCopy();
-    const auto started = std::chrono::steady_clock::now();
-    ASSERT_TRUE(Program->ShowsText("Stage: "));
-    // The promise is 100 ms; a machine that is busy with other tests gets ten times as much.
-    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(1));
 }
 
 TEST_F(LiveBlockOnTerminal, LetsNoFileNameDriveTheTerminal) {
@@ -141,33 +152,29 @@ TEST_F(LiveBlockOnTerminal, LetsNoFileNameDriveTheTerminal) {
 }
 
 TEST_F(LiveBlockOnTerminal, StopsAndComesBackWithJobControl) {
-    WriteFile(Root / "big.bin", PatternBytes(20 << 20));
-    ProgramInTerminal::Setting setting = Setting({});
-    setting.Command = {"/bin/bash", "--norc", "--noprofile", "-i"};
-    setting.Environment.emplace_back("PS1", "prompt> ");
-    Start(setting);
-    ASSERT_TRUE(Program->ShowsText("prompt>"));
-    Program->Type(std::string(TARVANE_PROGRAM) +
-                  " copy --no-preflight --flush=never big.bin disk\r");
-    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    StartSlowCopyInShell();
     Program->Type(kCtrlZ);
     ASSERT_TRUE(Program->ShowsText("Stopped"));
     // The shell has a terminal that echoes and edits again.
     Program->Type("echo al''ive\r");
     ASSERT_TRUE(Program->ShowsText("\nalive"));
-
-    // In the background nothing is drawn, and the copy goes on.
-    Program->Type("bg\r");
-    Program->Watch(0.5);
-    const std::string inBackground = Program->Output();
-    Program->Watch(0.7);
-    EXPECT_EQ(Program->Output(), inBackground);
-
     Program->Type("fg\r");
-    ASSERT_TRUE(Program->ShowsText("Copied 1 item(s).\n"));
+    ASSERT_TRUE(Program->ShowsText("\nCopied 1 item(s).\n"));
     Program->Type("exit\r");
     EXPECT_TRUE(Program->ExitsWith(0));
     EXPECT_EQ(fs::file_size(Root / "disk/big.bin"), 20U << 20U);
+}
+
+TEST_F(LiveBlockOnTerminal, DrawsNothingInTheBackground) {
+    StartSlowCopyInShell();
+    Program->Type(kCtrlZ);
+    ASSERT_TRUE(Program->ShowsText("Stopped"));
+    const std::size_t before = Program->Output().size();
+    Program->Type("bg\r");
+    ASSERT_TRUE(Program->ShowsText("Copied 1 item(s).\n"));
+    EXPECT_EQ(Program->Output().find("Stage: ", before), std::string::npos);
+    Program->Type("exit\r");
+    EXPECT_TRUE(Program->ExitsWith(0));
 }
 
 TEST_F(LiveBlockOnTerminal, DrawsNothingForATerminalThatCannotMoveTheCursor) {
@@ -183,7 +190,7 @@ TEST_F(LiveBlockOnTerminal, DrawsNothingForATerminalThatCannotMoveTheCursor) {
 
 TEST_F(LiveBlockOnTerminal, SendsLittleOverASlowLine) {
     StartSlowCopy();
-    ASSERT_TRUE(Program->ShowsText("Overall 2."));
+    ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
     const std::size_t before = Program->Output().size();
     Program->Watch(2.0);
     EXPECT_LT(Program->Output().size() - before, 2U * 3000U);
