@@ -149,11 +149,6 @@ int Fail(const std::string& Message) {
     return kExitFailed;
 }
 
-int FailUsage() {
-    std::fputs("Try 'tarvane tracks --help'.\n", stderr);
-    return kExitUsage;
-}
-
 // Reads the arguments behind Argv[0]. False after a message about bad ones.
 bool ParseArguments(int Argc, char** Argv, TracksRequest& Out) {
     constexpr std::array<option, 3> kOptions{{{"json", no_argument, nullptr, 'j'},
@@ -210,7 +205,7 @@ std::string ChooseDevice(const std::string& Requested, const std::vector<std::st
 int RunTracksCommand(int Argc, char** Argv) {
     TracksRequest request;
     if (!ParseArguments(Argc, Argv, request)) {
-        return FailUsage();
+        return kExitUsage;
     }
     if (request.bHelp) {
         std::fputs(kHelp, stdout);

@@ -118,7 +118,8 @@ void TransferPhase::Decide(const TarvaneTransferConflict& Conflict) {
         Ask(Conflict);
         break;
     case ConflictDecision::Verdict::Fail:
-        Fail(decision.Sentence);
+        FailSentence = decision.Sentence;
+        Resolve(Conflict, Action::Cancel, {}, false);
         break;
     }
 }
@@ -168,11 +169,6 @@ void TransferPhase::Resolve(const TarvaneTransferConflict& Conflict, Action Answ
         Output.Answered({Conflict, Answer, RenamePath, bByUser});
     }
     ConflictPause = kShortestPause;
-}
-
-void TransferPhase::Fail(const std::string& Sentence) {
-    FailSentence = Sentence;
-    Session.RequestCancel();
 }
 
 RunOutcome TransferPhase::Outcome() {

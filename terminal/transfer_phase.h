@@ -39,7 +39,6 @@ private:
     void CloseQuestion();
     void Resolve(const TarvaneTransferConflict& Conflict, TarvaneTransferConflictAction Action,
                  const std::string& RenamePath, bool bByUser);
-    void Fail(const std::string& Sentence);
 
     RunOutcome Outcome();
 

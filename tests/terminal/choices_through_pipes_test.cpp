@@ -201,6 +201,21 @@ TEST_F(ChoicesThroughPipes, JsonReportsEveryConflictWithItsAnswerAndTheResult) {
                           {"flushed", nullptr}}));
 }
 
+TEST_F(ChoicesThroughPipes, JsonReportsTheConflictThatEndsTheRun) {
+    const ProgramResult result = Tarvane({"copy", "-T", "--progress=json", "--on-conflict=fail",
+                                          "--on-directory-conflict=merge", "from", "into"});
+    EXPECT_EQ(result.Status, 1);
+    std::vector<std::string> answers;
+    for (const Json& record : Records(result.Output)) {
+        if (record.at("event") == "conflict") {
+            answers.push_back(record.at("kind").get<std::string>() + " " +
+                              record.at("answer").get<std::string>());
+        }
+    }
+    EXPECT_EQ(answers, (std::vector<std::string>{"directory merge", "file cancel"}));
+    EXPECT_EQ(Records(result.Output).back().at("result"), "failed");
+}
+
 TEST_F(ChoicesThroughPipes, JsonEndsWithTheCountsOfTheWholeJob) {
     const ProgramResult result = CopyAll({"--progress=json", "-n"});
     Json lastProgress;

@@ -5,12 +5,16 @@
 #include <dirent.h>
 #include <functional>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace {
 
+constexpr uid_t kNobody = 65534;
+
 int gStatusQueries = 0;
+int gAccessQueries = 0;
 std::function<void()> gAfterQuery;
 // File systems may leave it to the caller to find out what an entry is.
 bool gbHideTypes = false;
@@ -31,6 +35,8 @@ int __real_fstat(int, struct stat*);
 int __wrap_fstat(int, struct stat*);
 int __real_fstatat(int, const char*, struct stat*, int);
 int __wrap_fstatat(int, const char*, struct stat*, int);
+int __real_faccessat(int, const char*, int, int);
+int __wrap_faccessat(int, const char*, int, int);
 ssize_t __real_getdents64(int, void*, size_t);
 ssize_t __wrap_getdents64(int, void*, size_t);
 }
@@ -48,6 +54,11 @@ int __wrap_fstat(int Descriptor, struct stat* Out) {
 int __wrap_fstatat(int Directory, const char* Name, struct stat* Out, int Flags) {
     CountQuery();
     return __real_fstatat(Directory, Name, Out, Flags);
+}
+
+int __wrap_faccessat(int Directory, const char* Name, int Access, int Flags) {
+    ++gAccessQueries;
+    return __real_faccessat(Directory, Name, Access, Flags);
 }
 
 ssize_t __wrap_getdents64(int Descriptor, void* Buffer, size_t Size) {
@@ -117,6 +128,18 @@ TEST_F(PreflightCost, IsTheSameWhereListingsTellNoTypes) {
                               "link-to-directory from/tree/to-directory",
                               "special-entry from/tree/pipe, stops"}));
     EXPECT_EQ(gStatusQueries - ofDestination, 155);
+}
+
+TEST_F(PreflightCost, IsNoAccessQueryForRoot) {
+    for (int number = 0; number < 50; ++number) {
+        const fs::path file = From / "tree/files" / std::to_string(number);
+        fs::permissions(file, fs::perms::none);
+        ASSERT_EQ(::chown(file.c_str(), kNobody, kNobody), 0) << "needs root";
+    }
+    gAccessQueries = 0;
+    Look();
+    constexpr int kOfTheDestination = 1;
+    EXPECT_EQ(gAccessQueries, kOfTheDestination);
 }
 
 TEST_F(PreflightCost, EndsWhenItIsToStop) {

@@ -201,12 +201,12 @@ TEST_F(PreflightMove, OfAnothersDirectoryOutOfASharedOneRemovesThroughLinks) {
     EXPECT_FALSE(fs::exists(Outside / "file"));
 }
 
-TEST_F(PreflightMoveAway, OfAnImmutableDirectoryRemovesThroughLinks) {
+TEST_F(PreflightMoveAway, OfAnAppendOnlyDirectoryRemovesThroughLinks) {
     const ScopedMount disk = MountLoopDisk(Room / "disk", 8);
     const fs::path tree = disk.Path() / "tree";
     fs::create_directory(tree);
     fs::create_symlink(Outside, tree / "link");
-    ASSERT_EQ(std::system(("chattr +i " + tree.string()).c_str()), 0) << "needs root";
+    ASSERT_EQ(std::system(("chattr +a " + tree.string()).c_str()), 0) << "needs root";
     PlanToMove({{tree, disk.Path() / "moved"}});
     EXPECT_TRUE(Look().bRemovesUnselected);
     EXPECT_FALSE(Transfer().bSucceeded);

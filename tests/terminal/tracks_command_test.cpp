@@ -190,14 +190,12 @@ TEST_F(TracksCommand, CleansNamesForTheScreen) {
 }
 
 TEST_F(TracksCommand, RefusesWrongUsageBeforeItLooksForADrive) {
-    const std::string hint = "Try 'tarvane tracks --help'.\n";
     Drives.Describe(TwoTracks());
-    ExpectFailure(Tracks({"--bad"}), 2, "tarvane: unrecognized option '--bad'\n" + hint);
-    ExpectFailure(Tracks({"-x"}), 2, "tarvane: invalid option -- 'x'\n" + hint);
-    ExpectFailure(Tracks({"--json=1"}), 2,
-                  "tarvane: option '--json' doesn't allow an argument\n" + hint);
-    ExpectFailure(Tracks({"/dev/sr0", "/dev/sr1"}), 2, "tarvane: more than one drive\n" + hint);
-    ExpectFailure(Tracks({""}), 2, "tarvane: the drive's name is empty\n" + hint);
+    ExpectFailure(Tracks({"--bad"}), 2, "tarvane: unrecognized option '--bad'\n");
+    ExpectFailure(Tracks({"-x"}), 2, "tarvane: invalid option -- 'x'\n");
+    ExpectFailure(Tracks({"--json=1"}), 2, "tarvane: option '--json' doesn't allow an argument\n");
+    ExpectFailure(Tracks({"/dev/sr0", "/dev/sr1"}), 2, "tarvane: more than one drive\n");
+    ExpectFailure(Tracks({""}), 2, "tarvane: the drive's name is empty\n");
     EXPECT_EQ(Drives.Calls(), Strings{});
 }
 
