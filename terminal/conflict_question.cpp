@@ -26,9 +26,9 @@ std::size_t RowsOf(const std::vector<BlockPart>& Parts) {
 
 } // namespace
 
-ConflictQuestion::ConflictQuestion(TarvaneTransferConflict PostedConflict, RenameAdvice Helpers,
+ConflictQuestion::ConflictQuestion(TarvaneTransferConflict PostedConflict, RenameAdvice NameAdvice,
                                    TimePoint KeysLiveFrom)
-    : Conflict(std::move(PostedConflict)), Advice(std::move(Helpers)), LiveFrom(KeysLiveFrom) {}
+    : Conflict(std::move(PostedConflict)), Advice(std::move(NameAdvice)), LiveFrom(KeysLiveFrom) {}
 
 std::optional<ConflictAnswer> ConflictQuestion::Handle(const KeyPress& Key, TimePoint Now) {
     if (Key.Code != KeyCode::Escape && Now < LiveFrom) {

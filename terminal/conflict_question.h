@@ -49,7 +49,7 @@ public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
     // Keys other than Esc are ignored until KeysLiveFrom.
-    ConflictQuestion(TarvaneTransferConflict PostedConflict, RenameAdvice Helpers,
+    ConflictQuestion(TarvaneTransferConflict PostedConflict, RenameAdvice NameAdvice,
                      TimePoint KeysLiveFrom);
 
     struct Screen {

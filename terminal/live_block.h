@@ -69,8 +69,6 @@ public:
     // ours any more. The bytes move the cursor below it.
     std::string Abandon();
 
-    bool IsEmpty() const { return Shown.empty(); }
-
 private:
     void Forget();
     std::string GoToTop(TerminalSize Size) const;

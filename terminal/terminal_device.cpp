@@ -147,14 +147,6 @@ bool TerminalDevice::ReadMore(std::chrono::milliseconds Timeout) {
     return true;
 }
 
-void TerminalDevice::DropTypedAhead() {
-    if (KeyFd() >= 0) {
-        const SignalBlocked noStop(SIGTTOU);
-        tcflush(InputFd, TCIFLUSH);
-        Decoder.Clear();
-    }
-}
-
 bool TerminalDevice::Write(std::string_view Bytes) {
     while (!Bytes.empty()) {
         const ssize_t written = write(kOutputFd, Bytes.data(), Bytes.size());

@@ -37,9 +37,6 @@ public:
     TerminalDevice(const TerminalDevice&) = delete;
     TerminalDevice& operator=(const TerminalDevice&) = delete;
 
-    // Whether there is a terminal to read keys from.
-    bool HasKeys() const { return InputFd >= 0; }
-
     // Whether standard error is a terminal, one whose lines can be redrawn or not.
     bool IsOutputTerminal() const;
 
@@ -71,9 +68,6 @@ public:
     // after an Escape, 25 ms or the milliseconds that the environment's ESCDELAY says, for the rest
     // of a longer sequence.
     std::optional<KeyPress> TakeKey();
-
-    // Forgets what was typed and not taken yet.
-    void DropTypedAhead();
 
     // Whether the terminal under standard error has been closed.
     bool IsClosed() const;

@@ -104,4 +104,14 @@ TEST_F(ContentComparison, TrustsTheBytesThatAreReadMoreThanTheSize) {
     EXPECT_TRUE(LocalFilesHaveSameContent("/proc/version", "/proc/self/../version"));
 }
 
+// The same kind of file tells whether files of different sizes are read at all.
+TEST_F(ContentComparison, DoesNotReadFilesOfDifferentSizes) {
+    std::ifstream version("/proc/version");
+    std::string line;
+    std::getline(version, line);
+    WriteFile(Destination, line + "\n");
+    EXPECT_FALSE(LocalFilesHaveSameContent("/proc/version", Destination));
+    EXPECT_FALSE(LocalFilesHaveSameContent(Destination, "/proc/version"));
+}
+
 } // namespace

@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -152,3 +153,13 @@ private:
     bool bEnded = false;
     termios ModesAtFirst{};
 };
+
+// Waits, for at most about 20 seconds, until standard input holds a byte that nobody has read.
+// Outside key mode only lines with their Enter count.
+inline void WaitForTypedBytes() {
+    int count = 0;
+    for (int polls = 0; polls < 20000 && count == 0; ++polls) {
+        usleep(1000);
+        ioctl(STDIN_FILENO, FIONREAD, &count);
+    }
+}

@@ -8,7 +8,6 @@
 #include "file_tree.h"
 #include "mounts.h"
 #include "temporary_directory.h"
-#include "transfer_fixture.h"
 
 #include <gtest/gtest.h>
 
@@ -49,11 +48,11 @@ protected:
     }
 
     // How far the kernel gets before it gives up decides which of the two it reports.
-    static testing::AssertionResult IsWriteError(const std::string& Text, const fs::path& Disk) {
+    static void ExpectWriteError(const std::string& Text, const fs::path& Disk) {
         const std::string beginning = "cannot write everything to '" + Disk.string() + "': ";
-        const bool bHolds = Text == beginning + "No space left on device" ||
-                            Text == beginning + "Input/output error";
-        return bHolds ? testing::AssertionSuccess() : testing::AssertionFailure() << Text;
+        EXPECT_TRUE(Text == beginning + "No space left on device" ||
+                    Text == beginning + "Input/output error")
+            << Text;
     }
 
     static std::uint64_t SignalBit(int Signal) { return std::uint64_t{1} << (Signal - 1); }
@@ -105,7 +104,7 @@ TEST_F(FlushWatchTest, FindsThatTheDiskIsFullOnlyNow) {
     FlushWatch watch({disk.Path() / "new"});
     WriteFile(disk.Path() / "file", PatternBytes(8 * kMegabyte));
     watch.Start();
-    EXPECT_TRUE(IsWriteError(Finished(watch).ErrorText, disk.Path()));
+    ExpectWriteError(Finished(watch).ErrorText, disk.Path());
 }
 
 // The kernel has tried and failed while the job was still running.
@@ -119,7 +118,7 @@ TEST_F(FlushWatchTest, FindsWhatHasFailedSinceItOpenedTheFileSystem) {
     EXPECT_NE(::syncfs(descriptor), 0);
     ::close(descriptor);
     watch.Start();
-    EXPECT_TRUE(IsWriteError(Finished(watch).ErrorText, disk.Path()));
+    ExpectWriteError(Finished(watch).ErrorText, disk.Path());
 }
 
 TEST_F(FlushWatchTest, GivesTheReasonOfAFailure) {
@@ -206,45 +205,22 @@ TEST_F(FlushWatchTest, LeavesTheSignalsOfTheProgramAsTheyWere) {
     EXPECT_EQ(::sigismember(&blocked, SIGINT), 0);
 }
 
+// Opened before or after the file system.
 TEST_F(FlushWatchTest, KeepsNoOutputOfTheProgramOpen) {
     Fake.Syncfs = FakeSyncfs::NeverEnd;
-    std::array<int, 2> ends{};
-    ASSERT_EQ(::pipe(ends.data()), 0);
+    std::array<std::array<int, 2>, 2> pipes{};
+    ASSERT_EQ(::pipe2(pipes[0].data(), O_NONBLOCK), 0);
     FlushWatch watch({Room.Path()});
+    ASSERT_EQ(::pipe2(pipes[1].data(), O_NONBLOCK), 0);
     watch.Start();
-    ::close(ends[1]);
-    char byte = 0;
-    EXPECT_EQ(::read(ends[0], &byte, 1), 0);
-    ::close(ends[0]);
-}
-
-class FlushChoiceTest : public FlushWatchTest {
-protected:
-    using Paths = std::vector<fs::path>;
-};
-
-TEST_F(FlushChoiceTest, OfAlwaysTakesEachDirectoryThatIsWrittenTo) {
-    fs::create_directory(Room / "merged");
-    const TarvaneTransferPlan plan = PlanOf(false, {{"/s/a", Room / "a"},
-                                                    {"/s/b", Room / "b"},
-                                                    {"/s/merged", Room / "merged"},
-                                                    {"/s/c", Room / "new/c"}});
-    EXPECT_EQ(DirectoriesToFlush(plan, FlushChoice::Always),
-              (Paths{Room.Path(), Room / "merged", Room / "new"}));
-}
-
-TEST_F(FlushChoiceTest, OfNeverTakesNone) {
-    const TarvaneTransferPlan plan = PlanOf(false, {{"/s/a", Room / "a"}});
-    EXPECT_EQ(DirectoriesToFlush(plan, FlushChoice::Never), Paths());
-}
-
-TEST_F(FlushChoiceTest, OfAutoTakesDisksThatCanBeUnplugged) {
-    RemovableDisk disk(Room.Path(), "1\n");
-    const TarvaneTransferPlan plan =
-        PlanOf(false, {{"/s/a", Room / "a"}, {"/s/b", disk.Path() / "new/b"}});
-    EXPECT_EQ(DirectoriesToFlush(plan, FlushChoice::Auto), Paths{disk.Path() / "new"});
-    disk.SetAttribute("0\n");
-    EXPECT_EQ(DirectoriesToFlush(plan, FlushChoice::Auto), Paths());
+    for (const auto& [reading, writing] : pipes) {
+        ::close(writing);
+        EXPECT_TRUE(BecomesTrue("the pipe ends", [fd = reading] {
+            char byte = 0;
+            return ::read(fd, &byte, 1) == 0;
+        }));
+        ::close(reading);
+    }
 }
 
 } // namespace
