@@ -1,6 +1,6 @@
 #include "flush_watch.h"
 
-#include "all_signals_blocked.h"
+#include "signals_blocked.h"
 #include "block_device.h"
 #include "destination_facts.h"
 #include "quoted.h"
@@ -62,7 +62,7 @@ std::optional<std::uint64_t> PendingBytes() {
 // Signals stay blocked in the process: those of the terminal are meant for the interface, and its
 // handlers must not run twice.
 int StartFlush(int Descriptor) {
-    const AllSignalsBlocked blocked;
+    const SignalsBlocked blocked;
     const pid_t process = ::fork();
     if (process == 0) {
         FlushAndExit(Descriptor);

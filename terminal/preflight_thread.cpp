@@ -1,6 +1,6 @@
 #include "preflight_thread.h"
 
-#include "all_signals_blocked.h"
+#include "signals_blocked.h"
 
 #include <cstdint>
 #include <exception>
@@ -19,7 +19,7 @@ PreflightThread::State::~State() {
 PreflightThread::PreflightThread(TarvaneTransferPlan Plan) : Shared(std::make_shared<State>()) {
     Shared->Plan = std::move(Plan);
     Shared->OverEvent = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    const AllSignalsBlocked blocked;
+    const SignalsBlocked blocked;
     try {
         std::thread([shared = Shared] { Look(*shared); }).detach();
     } catch (const std::system_error& error) {

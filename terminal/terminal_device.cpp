@@ -11,6 +11,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "signals_blocked.h"
 #include "terminal_modes.h"
 
 namespace {
@@ -137,7 +138,7 @@ bool TerminalDevice::ReadMore(std::chrono::milliseconds Timeout) {
         return false;
     }
     // Reading in the background is then an error instead of a stop.
-    const SignalBlocked noStop(SIGTTIN);
+    const SignalsBlocked noStop(SIGTTIN);
     std::array<char, 256> bytes;
     const ssize_t count = read(InputFd, bytes.data(), bytes.size());
     if (count <= 0) {

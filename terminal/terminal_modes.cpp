@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
@@ -10,6 +11,8 @@
 #include <termios.h>
 #include <unistd.h>
 #include <utility>
+
+#include "signals_blocked.h"
 
 namespace {
 
@@ -26,7 +29,7 @@ static_assert(std::atomic<bool>::is_always_lock_free);
 std::array<struct sigaction, kCrashSignals.size()> gActionsBefore{};
 
 bool SetModes(int Descriptor, const termios& Modes) {
-    const SignalBlocked noStop(SIGTTOU);
+    const SignalsBlocked noStop(SIGTTOU);
     // Without draining: output that Ctrl-S has stopped would keep us here.
     while (tcsetattr(Descriptor, TCSANOW, &Modes) != 0) {
         if (errno != EINTR) {
@@ -101,17 +104,6 @@ private:
 };
 
 } // namespace
-
-SignalBlocked::SignalBlocked(int Signal) {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, Signal);
-    pthread_sigmask(SIG_BLOCK, &signals, &Before);
-}
-
-SignalBlocked::~SignalBlocked() {
-    pthread_sigmask(SIG_SETMASK, &Before, nullptr);
-}
 
 bool OwnsTerminal(int Descriptor) {
     const pid_t foreground = tcgetpgrp(Descriptor);

@@ -2,8 +2,6 @@
 
 #pragma once
 
-#include <csignal>
-
 // Whether the program owns the terminal now: not after Ctrl-Z and `bg`, and not with `&`. A
 // terminal without job control counts as owned, and so does what is no terminal.
 bool OwnsTerminal(int Descriptor);
@@ -23,16 +21,3 @@ void RestoreTerminalNow();
 // Lets the calling thread restore the terminal even when its stack has overflowed. EnterKeyModes
 // does it for its own thread.
 void ArmCrashStack();
-
-// Blocks a signal in the calling thread while it lives, so that the system does not stop the
-// program with it for touching the terminal from the background.
-class SignalBlocked {
-public:
-    explicit SignalBlocked(int Signal);
-    ~SignalBlocked();
-    SignalBlocked(const SignalBlocked&) = delete;
-    SignalBlocked& operator=(const SignalBlocked&) = delete;
-
-private:
-    sigset_t Before{};
-};

@@ -1,6 +1,6 @@
 #include "track_fetch.h"
 
-#include "all_signals_blocked.h"
+#include "signals_blocked.h"
 #include "exit_status.h"
 #include "signal_inbox.h"
 #include "terminal_device.h"
@@ -46,7 +46,7 @@ std::string MakeReply(const std::string& Device) {
 
 // Ctrl-C reaches the child too; its end must not look like an answer.
 [[noreturn]] void AnswerAndExit(const std::string& Device, int Pipe) {
-    const AllSignalsBlocked signals;
+    const SignalsBlocked signals;
     LetGoOfStandardStreams();
     const std::string reply = MakeReply(Device);
     // A whole reply is smaller than what a pipe takes at once.

@@ -8,14 +8,14 @@
 #include <unistd.h>
 #include <utility>
 
-#include "all_signals_blocked.h"
+#include "signals_blocked.h"
 
 TransferSession::TransferSession(TarvaneTransferPlan Plan)
     : Job(std::make_shared<TarvaneTransferJob>(Plan.bMove, Plan.Items.size(), Plan.SourceLabel)),
       OverEvent(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     RegisterTarvaneTransferJob(Job);
     // A new thread inherits the mask, so there is no moment in which it could take a signal.
-    const AllSignalsBlocked blocked;
+    const SignalsBlocked blocked;
     try {
         Worker = std::thread(&TransferSession::Work, this, std::move(Plan));
     } catch (const std::system_error& error) {
