@@ -154,7 +154,7 @@ ConflictQuestion::Screen ConflictQuestion::ShowChoices(TerminalSize Size) const 
 ConflictQuestion::Screen ConflictQuestion::ShowRename(TerminalSize Size) const {
     const int width = LayoutWidth(Size);
     const std::string label = width < kNarrowWidth ? "" : "Rename to: ";
-    const RenameLine::View view = Rename->Visible(width - DisplayWidth(label));
+    const TextField::View view = Rename->Visible(width - DisplayWidth(label));
     Screen screen =
         ShowWith("Enter use this name  Esc back to the answers", label + view.Shown, Size);
     screen.Cursor.Prefix = label + view.BeforeCursor;

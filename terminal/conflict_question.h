@@ -14,8 +14,8 @@
 #include "conflict_choices.h"
 #include "key_press.h"
 #include "live_block.h"
-#include "rename_line.h"
 #include "tarvanetransfer.h"
+#include "text_field.h"
 #include "transfer_request.h"
 
 // What to do. Resolve the conflict with Action and RenamePath, and let the conflict policy remember
@@ -87,7 +87,7 @@ private:
     const RenameAdvice Advice;
     const TimePoint LiveFrom;
     // The line that is being edited after `r`.
-    std::optional<RenameLine> Rename;
+    std::optional<TextField> Rename;
     // The answer that waits for its second key.
     std::optional<ConflictChoice> ToConfirm;
     // `?` was pressed.

@@ -51,7 +51,7 @@ void RunFlushPhase(FlushWatch& Watch, LineConsole& Console, ProgressOutput& Outp
     Console.Clear();
     Outcome.bFlushed = progress.bFinished && progress.ErrorText.empty();
     if (!progress.bFinished) {
-        Outcome.ExitStatus = Console.End().ExitStatus();
+        Outcome.ExitStatus = kExitBySignal + Console.End().Signal();
         return;
     }
     Output.Flushing(progress);

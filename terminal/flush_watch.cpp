@@ -1,9 +1,9 @@
 #include "flush_watch.h"
 
-#include "signals_blocked.h"
 #include "block_device.h"
 #include "destination_facts.h"
 #include "quoted.h"
+#include "signals_blocked.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -7,6 +7,7 @@
 #include <unistd.h>
 #include <utility>
 
+#include "exit_status.h"
 #include "terminal_modes.h"
 
 namespace {
@@ -230,5 +231,5 @@ void LineConsole::LeaveNow() {
     if (!PartingSentence.empty()) {
         PrintMessage(PartingSentence);
     }
-    _exit(Ending.ExitStatus());
+    _exit(kExitBySignal + Ending.Signal());
 }

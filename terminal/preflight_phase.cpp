@@ -20,7 +20,8 @@ constexpr std::uint64_t kListedOnScreen = 5;
 constexpr std::chrono::milliseconds kDeadTime{700};
 
 RunOutcome CanceledOutcome(LineConsole& Console) {
-    const int status = Console.End().IsAsked() ? Console.End().ExitStatus() : kExitCanceled;
+    const int status =
+        Console.End().IsAsked() ? kExitBySignal + Console.End().Signal() : kExitCanceled;
     return {RunResult::Canceled, "Canceled before anything was touched.", status, {}};
 }
 

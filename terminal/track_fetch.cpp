@@ -1,8 +1,8 @@
 #include "track_fetch.h"
 
-#include "signals_blocked.h"
 #include "exit_status.h"
 #include "signal_inbox.h"
+#include "signals_blocked.h"
 #include "terminal_device.h"
 
 #include <array>

@@ -184,8 +184,8 @@ RunOutcome TransferPhase::Outcome() {
         outcome.Text = FailSentence;
     }
     // A signal that ends programs decides the status even when the job was faster.
-    if (Console.End().IsAsked() && Console.End().ExitStatus() != kExitCanceled) {
-        outcome.ExitStatus = Console.End().ExitStatus();
+    if (Console.End().IsAsked() && Console.End().Signal() != SIGINT) {
+        outcome.ExitStatus = kExitBySignal + Console.End().Signal();
     }
     return outcome;
 }

@@ -156,7 +156,7 @@ TEST_F(BlockDrawing, LeavesNoRemnantsInANarrowerWindow) {
     EXPECT_EQ(Screen.Text(), Below({"aaa", "bbb", "ccc"}));
 }
 
-TEST_F(BlockDrawing, LeavesNoRemnantsOfARenameLineInANarrowerWindow) {
+TEST_F(BlockDrawing, LeavesNoRemnantsOfATextFieldInANarrowerWindow) {
     const std::string line(70, 'n');
     Screen.Write(Drawer.Draw(Lines({"question", line}), kUsualSize, BlockCursor{1, line}));
     Screen.Resize(30, 24);

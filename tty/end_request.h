@@ -22,14 +22,14 @@ public:
     void Quit(int Signal);
 
     // Whatever runs is to be canceled.
-    bool IsAsked() const { return Status.has_value(); }
+    bool IsAsked() const { return EndSignal.has_value(); }
     // There is no more time for that.
     bool MustLeave(TimePoint Now) const { return bLeave || (Deadline && Now >= *Deadline); }
-    // Requires: IsAsked.
-    int ExitStatus() const { return *Status; }
+    // What the program is to end by: SIGINT for Esc too. Requires: IsAsked.
+    int Signal() const { return *EndSignal; }
 
 private:
-    std::optional<int> Status;
+    std::optional<int> EndSignal;
     std::optional<TimePoint> Deadline;
     bool bLeave = false;
 };

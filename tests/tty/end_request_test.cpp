@@ -1,7 +1,5 @@
 #include "end_request.h"
 
-#include "exit_status.h"
-
 #include <csignal>
 
 #include <gtest/gtest.h>
@@ -25,7 +23,7 @@ TEST(EndRequest, CancelsAtTheFirstInterrupt) {
     request.Interrupt();
     EXPECT_TRUE(request.IsAsked());
     EXPECT_FALSE(request.MustLeave(kNow + std::chrono::hours(1)));
-    EXPECT_EQ(request.ExitStatus(), kExitCanceled);
+    EXPECT_EQ(request.Signal(), SIGINT);
 }
 
 TEST(EndRequest, LeavesAtTheSecondInterrupt) {
@@ -33,7 +31,7 @@ TEST(EndRequest, LeavesAtTheSecondInterrupt) {
     request.Interrupt();
     request.Interrupt();
     EXPECT_TRUE(request.MustLeave(kNow));
-    EXPECT_EQ(request.ExitStatus(), kExitCanceled);
+    EXPECT_EQ(request.Signal(), SIGINT);
 }
 
 TEST(EndRequest, LeavesTwoSecondsForTheCleanUpAfterATerminatingSignal) {
@@ -42,7 +40,7 @@ TEST(EndRequest, LeavesTwoSecondsForTheCleanUpAfterATerminatingSignal) {
     EXPECT_TRUE(request.IsAsked());
     EXPECT_FALSE(request.MustLeave(kNow + milliseconds(1999)));
     EXPECT_TRUE(request.MustLeave(kNow + milliseconds(2000)));
-    EXPECT_EQ(request.ExitStatus(), 143);
+    EXPECT_EQ(request.Signal(), SIGTERM);
 }
 
 TEST(EndRequest, DoesNotWaitLongerForASecondTerminatingSignal) {
@@ -56,7 +54,7 @@ TEST(EndRequest, EndsWithTheTerminatingSignalAfterAnInterrupt) {
     EndRequest request;
     request.Interrupt();
     request.Terminate(SIGHUP, kNow);
-    EXPECT_EQ(request.ExitStatus(), 129);
+    EXPECT_EQ(request.Signal(), SIGHUP);
 }
 
 TEST(EndRequest, LeavesAtAnInterruptAfterATerminatingSignal) {
@@ -64,12 +62,12 @@ TEST(EndRequest, LeavesAtAnInterruptAfterATerminatingSignal) {
     request.Terminate(SIGTERM, kNow);
     request.Interrupt();
     EXPECT_TRUE(request.MustLeave(kNow));
-    EXPECT_EQ(request.ExitStatus(), 143);
+    EXPECT_EQ(request.Signal(), SIGTERM);
 }
 
 TEST(EndRequest, LeavesAtOnceWhenItIsToQuit) {
     EndRequest request;
     request.Quit(SIGQUIT);
     EXPECT_TRUE(request.MustLeave(kNow));
-    EXPECT_EQ(request.ExitStatus(), 131);
+    EXPECT_EQ(request.Signal(), SIGQUIT);
 }

@@ -1,22 +1,22 @@
 #include "end_request.h"
 
-#include "exit_status.h"
+#include <csignal>
 
 void EndRequest::Interrupt() {
     bLeave = IsAsked();
     if (!IsAsked()) {
-        Status = kExitCanceled;
+        EndSignal = SIGINT;
     }
 }
 
 void EndRequest::Terminate(int Signal, TimePoint Now) {
-    Status = kExitBySignal + Signal;
+    EndSignal = Signal;
     if (!Deadline) {
         Deadline = Now + kCleanUpTime;
     }
 }
 
 void EndRequest::Quit(int Signal) {
-    Status = kExitBySignal + Signal;
+    EndSignal = Signal;
     bLeave = true;
 }

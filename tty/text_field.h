@@ -7,11 +7,11 @@
 
 #include "key_press.h"
 
-class RenameLine {
+class TextField {
 public:
     // The cursor starts at the end. The text is bytes; whatever is not edited stays exactly as it
     // was, valid UTF-8 or not.
-    explicit RenameLine(std::string InitialText);
+    explicit TextField(std::string InitialText);
 
     const std::string& Text() const { return Bytes; }
 

@@ -1,4 +1,4 @@
-#include "rename_line.h"
+#include "text_field.h"
 
 #include <algorithm>
 #include <string_view>
@@ -6,10 +6,10 @@
 
 #include "screen_text.h"
 
-RenameLine::RenameLine(std::string InitialText)
+TextField::TextField(std::string InitialText)
     : Bytes(std::move(InitialText)), Cursor(Bytes.size()) {}
 
-void RenameLine::Handle(const KeyPress& Key) {
+void TextField::Handle(const KeyPress& Key) {
     switch (Key.Code) {
     case KeyCode::Text:
         Bytes.insert(Cursor, Key.Text);
@@ -43,13 +43,13 @@ void RenameLine::Handle(const KeyPress& Key) {
     }
 }
 
-void RenameLine::Erase(std::size_t From, std::size_t To) {
+void TextField::Erase(std::size_t From, std::size_t To) {
     Bytes.erase(From, To - From);
     Cursor = From;
 }
 
 // Behind the character at Position and the marks and joiners that follow it, which have no width.
-std::size_t RenameLine::NextStep(std::size_t Position) const {
+std::size_t TextField::NextStep(std::size_t Position) const {
     const std::string_view text = Bytes;
     const auto lengthAt = [&text](std::size_t At) {
         return std::max<std::size_t>(Utf8SequenceLength(text.substr(At)), 1);
@@ -67,7 +67,7 @@ std::size_t RenameLine::NextStep(std::size_t Position) const {
     return next;
 }
 
-std::size_t RenameLine::PreviousStep(std::size_t Position) const {
+std::size_t TextField::PreviousStep(std::size_t Position) const {
     std::size_t previous = 0;
     for (std::size_t next = 0; next < Position; next = NextStep(next)) {
         previous = next;
@@ -75,7 +75,7 @@ std::size_t RenameLine::PreviousStep(std::size_t Position) const {
     return previous;
 }
 
-RenameLine::View RenameLine::Visible(int Width) const {
+TextField::View TextField::Visible(int Width) const {
     const int width = std::max(1, Width);
     const std::string_view text = Bytes;
     const auto columnsBetween = [&text](std::size_t From, std::size_t To) {
