@@ -4,12 +4,6 @@
 
 #include <algorithm>
 
-namespace {
-
-constexpr std::uint64_t kWavHeaderBytes = 44;
-
-} // namespace
-
 std::uint64_t TrackLook::LookAt(const std::string& TrackPath) {
     const std::string device = TarvaneCddaDeviceFromPath(TrackPath);
     const int number = TarvaneCddaTrackFromPath(TrackPath);
@@ -33,13 +27,12 @@ std::uint64_t TrackLook::LookAt(const std::string& TrackPath) {
         Result.Findings.AddStop(PreflightFindingKind::DataTrack, TrackPath);
         return 0;
     }
-    const std::uint64_t wavBytes = TrackWavSizeBytes(*track);
-    const std::uint64_t audioBytes = wavBytes - kWavHeaderBytes;
+    const std::uint64_t audioBytes = TrackAudioBytes(*track);
     ++Result.Entries;
     ++Result.CopiedEntries;
     Result.Bytes += audioBytes;
     Result.CopiedBytes += audioBytes;
-    return wavBytes;
+    return TrackWavSizeBytes(*track);
 }
 
 const TrackLook::Disc& TrackLook::DiscIn(const std::string& Device) {

@@ -129,12 +129,16 @@ std::string TrackPath(const std::string& Device, int Number) {
     return "cdda:" + Device + "/" + TrackFileName(Number);
 }
 
-std::uint64_t TrackWavSizeBytes(const TrackListEntry& Track) {
+std::uint64_t TrackAudioBytes(const TrackListEntry& Track) {
     if (Track.bData || !Track.HasValidRange()) {
         return 0;
     }
-    const auto frames = static_cast<std::uint64_t>(Track.EndFrame - Track.StartFrame);
-    return kWavHeaderBytes + frames * kBytesPerFrame;
+    return static_cast<std::uint64_t>(Track.EndFrame - Track.StartFrame) * kBytesPerFrame;
+}
+
+std::uint64_t TrackWavSizeBytes(const TrackListEntry& Track) {
+    const std::uint64_t audioBytes = TrackAudioBytes(Track);
+    return audioBytes == 0 ? 0 : kWavHeaderBytes + audioBytes;
 }
 
 std::vector<std::string> FindOpticalDrives() {

@@ -30,7 +30,9 @@ std::string TrackFileName(int Number);
 // "cdda:/dev/sr0/Track 03.wav".
 std::string TrackPath(const std::string& Device, int Number);
 
-// Size of the WAV file that the track becomes. 0 for a data track or an invalid range.
+// The audio of a track; 0 for a data track or an invalid range.
+std::uint64_t TrackAudioBytes(const TrackListEntry& Track);
+// The WAV file that the track becomes: its audio behind a header; 0 where there is no audio.
 std::uint64_t TrackWavSizeBytes(const TrackListEntry& Track);
 
 // The device nodes of the machine's optical drives, the first drive first.
