@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "conflict_policy.h"
 #include "help_text.h"
 #include "option_reader.h"
 #include "quoted.h"
@@ -86,7 +85,8 @@ std::string SentenceIfNobodyCanBeAsked(const TransferRequest& Request) {
     if (Request.OnConflict == FileConflictChoice::Ask) {
         return reason + "--on-conflict=overwrite, skip or another choice";
     }
-    if (ChosenForDirectories(Request) == DirectoryConflictChoice::Ask) {
+    if (ChosenForDirectories(Request.OnConflict, Request.OnDirectoryConflict) ==
+        DirectoryConflictChoice::Ask) {
         return reason + "--on-directory-conflict=merge, skip or fail";
     }
     return {};

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "conflict_texts.h"
+#include "question_layout.h"
 #include "screen_text.h"
 
 namespace {

@@ -123,7 +123,7 @@ std::string WhyNameIsRefused(const TarvaneTransferItemPlan& Item, const Conflict
 
 Refused FindRefusedNames(const TransferRequest& Request,
                          const std::vector<TarvaneTransferItemPlan>& Items) {
-    const ConflictPolicy policy(Request);
+    const ConflictPolicy policy(Request.OnConflict, Request.OnDirectoryConflict);
     PlanRefusal refusal{kExitFailed, {}};
     for (const TarvaneTransferItemPlan& item : Items) {
         std::string sentence = WhyNameIsRefused(item, policy);
@@ -139,7 +139,8 @@ Refused FindRefusedNames(const TransferRequest& Request,
 // directory is copied; elsewhere the conflict policy answers.
 TarvaneTransferConflictPolicy PolicyOfPlan(const TransferRequest& Request,
                                            const std::vector<TarvaneTransferItemPlan>& Items) {
-    if (ChosenForDirectories(Request) != DirectoryConflictChoice::Merge) {
+    if (ChosenForDirectories(Request.OnConflict, Request.OnDirectoryConflict) !=
+        DirectoryConflictChoice::Merge) {
         return TarvaneTransferConflictPolicy::Ask;
     }
     if (Request.OnConflict == FileConflictChoice::Overwrite) {

@@ -3,7 +3,6 @@
 #include "exit_status.h"
 #include "free_name.h"
 #include "progress_lines.h"
-#include "rename_check.h"
 
 #include <algorithm>
 #include <csignal>
@@ -24,7 +23,8 @@ constexpr std::chrono::seconds kStillAttentive{2};
 
 TransferPhase::TransferPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
                              LineConsole& UserConsole, ProgressOutput& UserOutput)
-    : Console(UserConsole), Output(UserOutput), Policy(Request), ConflictPause(kShortestPause),
+    : Console(UserConsole), Output(UserOutput),
+      Policy(Request.OnConflict, Request.OnDirectoryConflict), ConflictPause(kShortestPause),
       bKeysBefore(UserConsole.TakesKeys()), Session(std::move(Plan)) {}
 
 RunOutcome TransferPhase::Run() {

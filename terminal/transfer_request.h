@@ -6,27 +6,7 @@
 #include <optional>
 #include <vector>
 
-// What to do about a file whose name is taken. The plan knows the first three; the others answer
-// posted conflicts from code.
-enum class FileConflictChoice {
-    Ask,
-    Overwrite,
-    Skip,
-    Older,
-    Compare,
-    Larger,
-    SizeDiffers,
-    KeepBoth,
-    Fail,
-};
-
-// The same for a directory.
-enum class DirectoryConflictChoice {
-    Ask,
-    Merge,
-    Skip,
-    Fail,
-};
+#include "conflict_choices.h"
 
 enum class ProgressStyle {
     Auto,

@@ -51,7 +51,7 @@ protected:
 
     Result Run(const TransferRequest& Request) const {
         Result result;
-        const ConflictPolicy policy(Request);
+        const ConflictPolicy policy(Request.OnConflict, Request.OnDirectoryConflict);
         TransferSession session(Plan(Request));
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (!session.IsOver() && std::chrono::steady_clock::now() < limit) {

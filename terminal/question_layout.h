@@ -1,4 +1,4 @@
-// What the question about a taken name says, as parts of a block.
+// How the question about a taken name is laid out, as parts of a block.
 
 #pragma once
 
@@ -20,9 +20,6 @@ enum ConflictPartImportance {
     kReasonPart,
     kLastLinePart,
 };
-
-// "File exists: ", after what stands at the destination.
-std::string ConflictTitle(const TarvaneTransferConflict& Conflict);
 
 // Both sides with path, size and date, how the source compares with the destination, and what an
 // answer could lose beyond what it says by itself.

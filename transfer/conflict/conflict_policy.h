@@ -3,10 +3,11 @@
 
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "conflict_choices.h"
 #include "tarvanetransfer.h"
-#include "transfer_request.h"
 
 // What to do about one posted conflict.
 struct ConflictDecision {
@@ -14,7 +15,8 @@ struct ConflictDecision {
         // Resolve the conflict with Action and RenamePath.
         Answer,
         AskUser,
-        // Cancel the job and end with kExitFailed and Sentence, which is like that of UsageError.
+        // Cancel the job, which fails because of Sentence: one sentence without a capital, a period
+        // or a line end, not cleaned for a screen.
         Fail,
     };
     Verdict Outcome = Verdict::AskUser;
@@ -23,26 +25,26 @@ struct ConflictDecision {
     std::string Sentence;
 };
 
-// What a request chose for directories: what it says, otherwise Ask or Merge.
-DirectoryConflictChoice ChosenForDirectories(const TransferRequest& Request);
-
-// Decides conflicts by the request's choices. No choice lets a file take the place of a directory,
-// or a directory that of a file: Skip skips, KeepBoth renames a file, Fail fails, and the others
-// ask when the request asks about anything, or else fail. A size or date that is not known never
-// overwrites.
+// Decides conflicts by the choices made beforehand. No choice lets a file take the place of a
+// directory, or a directory that of a file: Skip skips, KeepBoth renames a file, Fail fails, and
+// the others ask when the choices ask about anything, or else fail. A size or date that is not
+// known never overwrites.
 //
 // The engine's own "all" answers remember no such caution: OverwriteAll and OverwriteAllOlder
 // remove whole directories later, MergeAll removes files. An interface that offers them should call
 // RememberForAll instead and then do what Decide says.
 class ConflictPolicy {
 public:
-    explicit ConflictPolicy(const TransferRequest& Request);
+    // Without a choice for directories as ChosenForDirectories says.
+    ConflictPolicy(FileConflictChoice ForAllFiles,
+                   std::optional<DirectoryConflictChoice> ForAllDirectories);
 
     // Looks at the disk for KeepBoth only, to find a name that is free.
     ConflictDecision Decide(const TarvaneTransferConflict& Conflict) const;
 
     // From now on decides files, or directories, by Choice, which the user gave as an answer. Where
-    // one kind would take the place of the other the user is asked again.
+    // a file would take a directory's place, or a directory a file's, the user is asked again
+    // unless the choice for files skips or renames.
     void RememberForAll(FileConflictChoice Choice) { ForFiles = Choice; }
     void RememberForAll(DirectoryConflictChoice Choice) { ForDirectories = Choice; }
 
@@ -52,6 +54,6 @@ private:
 
     FileConflictChoice ForFiles;
     DirectoryConflictChoice ForDirectories;
-    // The request asks about something, so there is somebody to ask.
+    // A choice asks, so there is somebody to ask.
     const bool bAsksUser;
 };

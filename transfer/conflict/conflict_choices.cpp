@@ -32,6 +32,13 @@ constexpr std::array kDirectoryChoices = {
 
 } // namespace
 
+DirectoryConflictChoice ChosenForDirectories(FileConflictChoice ForFiles,
+                                             std::optional<DirectoryConflictChoice> Explicitly) {
+    const bool bAsk = ForFiles == FileConflictChoice::Ask;
+    return Explicitly.value_or(bAsk ? DirectoryConflictChoice::Ask
+                                    : DirectoryConflictChoice::Merge);
+}
+
 std::span<const ConflictChoice> ChoicesFor(TarvaneTransferConflictKind Kind) {
     if (Kind == TarvaneTransferConflictKind::Directory) {
         return kDirectoryChoices;

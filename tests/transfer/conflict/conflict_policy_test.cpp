@@ -115,10 +115,7 @@ std::string Describe(const ConflictDecision& Decision) {
 
 ConflictPolicy Policy(FileConflictChoice ForFiles,
                       std::optional<DirectoryConflictChoice> ForDirectories = std::nullopt) {
-    TransferRequest request;
-    request.OnConflict = ForFiles;
-    request.OnDirectoryConflict = ForDirectories;
-    return ConflictPolicy(request);
+    return {ForFiles, ForDirectories};
 }
 
 std::string Decide(FileConflictChoice Choice, const TarvaneTransferConflict& Conflict) {

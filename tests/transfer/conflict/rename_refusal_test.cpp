@@ -1,4 +1,4 @@
-#include "rename_check.h"
+#include "free_name.h"
 
 #include <filesystem>
 #include <string>

@@ -1,4 +1,4 @@
-// The answers that a conflict of each kind can get, and their keys.
+// What can be done about a taken name: the choices for all names, the answers to one, their keys.
 
 #pragma once
 
@@ -6,7 +6,33 @@
 #include <span>
 
 #include "tarvanetransfer.h"
-#include "transfer_request.h"
+
+// What to do about a file whose name is taken. The plan knows the first three; the others answer
+// posted conflicts from code.
+enum class FileConflictChoice {
+    Ask,
+    Overwrite,
+    Skip,
+    Older,
+    Compare,
+    Larger,
+    SizeDiffers,
+    KeepBoth,
+    Fail,
+};
+
+// The same for a directory.
+enum class DirectoryConflictChoice {
+    Ask,
+    Merge,
+    Skip,
+    Fail,
+};
+
+// What is chosen for directories in the end: Explicitly, or Ask where files are asked about, or
+// Merge.
+DirectoryConflictChoice ChosenForDirectories(FileConflictChoice ForFiles,
+                                             std::optional<DirectoryConflictChoice> Explicitly);
 
 struct ConflictChoice {
     char Letter = 0;
@@ -30,6 +56,7 @@ std::optional<ConflictChoice> ChoiceByLetter(const TarvaneTransferConflict& Conf
 // Whether the answer removes a whole directory, or may.
 bool RemovesDirectory(const TarvaneTransferConflict& Conflict, const ConflictChoice& Choice);
 
+// Whether the sizes of both sides are known.
 bool HasBothSizes(const TarvaneTransferConflict& Conflict);
 
 // Whether both dates are known and the source's is later.

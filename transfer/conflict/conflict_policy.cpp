@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "conflict_choices.h"
 #include "free_name.h"
 #include "quoted.h"
 
@@ -32,26 +33,17 @@ ConflictDecision OverwriteIf(bool bOverwrite) {
     return AnswerWith(bOverwrite ? Action::Overwrite : Action::Skip);
 }
 
-bool AreSizesKnown(const TarvaneTransferConflict& Conflict) {
-    return Conflict.bSourceHasSize && Conflict.bDestinationHasSize;
-}
-
-bool IsSourceNewer(const TarvaneTransferConflict& Conflict) {
-    return Conflict.bSourceHasModifiedTime && Conflict.bDestinationHasModifiedTime &&
-           Conflict.SourceModifiedTicks > Conflict.DestinationModifiedTicks;
-}
-
 bool IsSourceLarger(const TarvaneTransferConflict& Conflict) {
-    return AreSizesKnown(Conflict) && Conflict.SourceSizeBytes > Conflict.DestinationSizeBytes;
+    return HasBothSizes(Conflict) && Conflict.SourceSizeBytes > Conflict.DestinationSizeBytes;
 }
 
 bool DoSizesDiffer(const TarvaneTransferConflict& Conflict) {
-    return AreSizesKnown(Conflict) && Conflict.SourceSizeBytes != Conflict.DestinationSizeBytes;
+    return HasBothSizes(Conflict) && Conflict.SourceSizeBytes != Conflict.DestinationSizeBytes;
 }
 
 // The engine reads a side without a size, a CD track or a named pipe, as different content.
 ConflictDecision Compare(const TarvaneTransferConflict& Conflict) {
-    return AnswerWith(AreSizesKnown(Conflict) ? Action::CompareByContent : Action::Skip);
+    return AnswerWith(HasBothSizes(Conflict) ? Action::CompareByContent : Action::Skip);
 }
 
 ConflictDecision KeepBoth(const TarvaneTransferConflict& Conflict) {
@@ -89,14 +81,9 @@ ConflictDecision DecideFile(FileConflictChoice Choice, const TarvaneTransferConf
 
 } // namespace
 
-DirectoryConflictChoice ChosenForDirectories(const TransferRequest& Request) {
-    const bool bAsk = Request.OnConflict == FileConflictChoice::Ask;
-    return Request.OnDirectoryConflict.value_or(bAsk ? DirectoryConflictChoice::Ask
-                                                     : DirectoryConflictChoice::Merge);
-}
-
-ConflictPolicy::ConflictPolicy(const TransferRequest& Request)
-    : ForFiles(Request.OnConflict), ForDirectories(ChosenForDirectories(Request)),
+ConflictPolicy::ConflictPolicy(FileConflictChoice ForAllFiles,
+                               std::optional<DirectoryConflictChoice> ForAllDirectories)
+    : ForFiles(ForAllFiles), ForDirectories(ChosenForDirectories(ForAllFiles, ForAllDirectories)),
       bAsksUser(ForFiles == FileConflictChoice::Ask ||
                 ForDirectories == DirectoryConflictChoice::Ask) {}
 
