@@ -1,5 +1,7 @@
 #include "destination_facts.h"
 
+#include "full_path.h"
+
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/stat.h>
@@ -71,15 +73,6 @@ void AddFileSystemFacts(DestinationFacts& Facts) {
 
 } // namespace
 
-fs::path NearestExistingDirectory(const fs::path& Path) {
-    std::error_code ec;
-    fs::path directory = fs::absolute(Path, ec);
-    while (!fs::is_directory(directory, ec) && directory.has_relative_path()) {
-        directory = directory.parent_path();
-    }
-    return directory;
-}
-
 DestinationFacts FactsOf(const fs::path& Directory) {
     DestinationFacts facts;
     facts.Directory = Directory;
@@ -93,11 +86,6 @@ DestinationFacts FactsOf(const fs::path& Directory) {
     AddFileSystemFacts(facts);
     facts.Lineage = LineageOf(Directory);
     return facts;
-}
-
-fs::path ParentOf(const fs::path& Path) {
-    const fs::path entry = Path.has_filename() ? Path : Path.parent_path();
-    return entry.has_parent_path() ? entry.parent_path() : fs::path(".");
 }
 
 bool MayChangeDirectory(const fs::path& Directory) {

@@ -10,9 +10,6 @@
 #include <optional>
 #include <vector>
 
-// Path itself when it is a directory, otherwise the closest one above it, absolute.
-std::filesystem::path NearestExistingDirectory(const std::filesystem::path& Path);
-
 struct DestinationFacts {
     std::filesystem::path Directory;
     bool bWritable = false;
@@ -31,9 +28,6 @@ struct DestinationFacts {
 
 // Requires: Directory exists.
 DestinationFacts FactsOf(const std::filesystem::path& Directory);
-
-// The directory that holds an entry, also when its path ends with a slash.
-std::filesystem::path ParentOf(const std::filesystem::path& Path);
 
 // Whether entries can be created in a directory and removed from it.
 bool MayChangeDirectory(const std::filesystem::path& Directory);

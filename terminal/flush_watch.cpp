@@ -1,7 +1,7 @@
 #include "flush_watch.h"
 
 #include "block_device.h"
-#include "destination_facts.h"
+#include "full_path.h"
 #include "quoted.h"
 #include "signals_blocked.h"
 

@@ -9,6 +9,7 @@
 #include "preflight_phase.h"
 #include "progress_styles.h"
 #include "tarvanepane.h"
+#include "track_fetch.h"
 #include "transfer_phase.h"
 #include "verbose_lines.h"
 
@@ -178,6 +179,33 @@ std::string WhyNotHere(const TransferRequest& Request) {
     return CanAskHere() ? std::string() : SentenceIfNobodyCanBeAsked(Request);
 }
 
+std::variant<TrackList, TrackListFailure> WaitForTracks(const std::string& Device,
+                                                        int& OutEndStatus) {
+    TrackList list;
+    std::string reason;
+    switch (FetchTrackList(Device, list, reason, OutEndStatus)) {
+    case TrackFetchResult::Fetched:
+        return list;
+    case TrackFetchResult::Failed:
+        return TrackListFailure{reason};
+    case TrackFetchResult::Canceled:
+        break;
+    }
+    return TrackListFailure{};
+}
+
+int ExitStatusOf(PlanRefusalKind Kind, int EndStatus) {
+    switch (Kind) {
+    case PlanRefusalKind::WrongUsage:
+        return kExitUsage;
+    case PlanRefusalKind::Failed:
+        return kExitFailed;
+    case PlanRefusalKind::Canceled:
+        break;
+    }
+    return EndStatus;
+}
+
 } // namespace
 
 int RunLineFrontEnd(const TransferRequest& Request) {
@@ -185,12 +213,15 @@ int RunLineFrontEnd(const TransferRequest& Request) {
         PrintSentence(reason);
         return kExitUsage;
     }
-    BuiltPlan built = BuildPlan(Request);
+    int endStatus = kExitDone;
+    BuiltPlan built = BuildPlan(Request, [&endStatus](const std::string& Device) {
+        return WaitForTracks(Device, endStatus);
+    });
     if (const auto* refusal = std::get_if<PlanRefusal>(&built)) {
         for (const std::string& sentence : refusal->Sentences) {
             PrintSentence(sentence);
         }
-        return refusal->ExitStatus;
+        return ExitStatusOf(refusal->Kind, endStatus);
     }
     return LineFrontEnd(Request, std::get<TarvaneTransferPlan>(std::move(built))).Run();
 }

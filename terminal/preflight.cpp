@@ -1,6 +1,7 @@
 #include "preflight.h"
 
 #include "destination_facts.h"
+#include "full_path.h"
 #include "preflight_tracks.h"
 #include "preflight_walk.h"
 #include "tarvanepane.h"

@@ -41,8 +41,8 @@ protected:
         return request;
     }
 
-    static TarvaneTransferPlan Plan(const TransferRequest& Request) {
-        const BuiltPlan built = BuildPlan(Request);
+    TarvaneTransferPlan Plan(const TransferRequest& Request) const {
+        const BuiltPlan built = BuildPlan(Request, ListTracks);
         if (const auto* refusal = std::get_if<PlanRefusal>(&built)) {
             ADD_FAILURE() << (refusal->Sentences.empty() ? "refused" : refusal->Sentences.front());
             return {};
@@ -65,16 +65,16 @@ protected:
         return text.rfind(start, 0) == 0 ? text.substr(start.size()) : text;
     }
 
-    // The sentences and, before them, the status. Paths of the test's directory are shortened.
+    // The sentences and, before them, the kind. Paths of the test's directory are shortened.
     Names Refusal(const TransferRequest& Request) const {
         const Tree before = TreeOf(Directory.Path());
-        const BuiltPlan built = BuildPlan(Request);
+        const BuiltPlan built = BuildPlan(Request, ListTracks);
         EXPECT_EQ(TreeOf(Directory.Path()), before);
         const auto* refusal = std::get_if<PlanRefusal>(&built);
         if (refusal == nullptr) {
             return {"not refused"};
         }
-        Names lines{std::to_string(refusal->ExitStatus)};
+        Names lines{KindName(refusal->Kind)};
         for (std::string sentence : refusal->Sentences) {
             const std::string start = Directory.Path().native() + "/";
             for (std::size_t at = 0; (at = sentence.find(start)) != std::string::npos;) {
@@ -86,4 +86,21 @@ protected:
     }
 
     TemporaryDirectory Directory;
+    // No drive is read.
+    TrackLister ListTracks = [](const std::string& Device) {
+        return TrackListFailure{"no disc in '" + Device + "'"};
+    };
+
+private:
+    static std::string KindName(PlanRefusalKind Kind) {
+        switch (Kind) {
+        case PlanRefusalKind::WrongUsage:
+            return "usage";
+        case PlanRefusalKind::Failed:
+            return "failed";
+        case PlanRefusalKind::Canceled:
+            return "canceled";
+        }
+        return "no kind";
+    }
 };

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <variant>
 #include <vector>
 
 struct TrackListEntry {
@@ -23,6 +25,17 @@ struct TrackList {
     // Every track of the disc, data tracks too, in the disc's order.
     std::vector<TrackListEntry> Tracks;
 };
+
+// Why there is no list: one clause without a period, for people; empty when the user has ended the
+// wait for the drive.
+struct TrackListFailure {
+    std::string Reason;
+};
+
+// Reads what the disc in Device holds. Whoever gives one decides how to wait: a drive that gets
+// ready may take 20 s and more.
+using TrackLister =
+    std::function<std::variant<TrackList, TrackListFailure>(const std::string& Device)>;
 
 // "Track 03.wav": what the file of an audio track is called, and the last part of its path.
 std::string TrackFileName(int Number);

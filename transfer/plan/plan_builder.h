@@ -2,19 +2,12 @@
 
 #pragma once
 
-#include <string>
 #include <variant>
-#include <vector>
 
+#include "plan_refusal.h"
 #include "tarvanetransfer.h"
+#include "track_list.h"
 #include "transfer_request.h"
-
-// Why there is no plan. Nothing was touched. Sentences are like those of UsageError; there is none
-// when the user ended the wait for a drive.
-struct PlanRefusal {
-    int ExitStatus = 0;
-    std::vector<std::string> Sentences;
-};
 
 using BuiltPlan = std::variant<TarvaneTransferPlan, PlanRefusal>;
 
@@ -23,6 +16,5 @@ using BuiltPlan = std::variant<TarvaneTransferPlan, PlanRefusal>;
 // conflict choices would refuse about the items themselves is refused here, before anything is
 // touched.
 //
-// Threads: an interface thread, before other threads are started, because it may wait for a drive
-// (see FetchTrackList).
-BuiltPlan BuildPlan(const TransferRequest& Request);
+// Threads: any; ListTracks is called on the same one.
+BuiltPlan BuildPlan(const TransferRequest& Request, const TrackLister& ListTracks);

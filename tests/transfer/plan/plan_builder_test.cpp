@@ -36,9 +36,9 @@ TEST_F(PlanBuilder, ALinkToADirectoryTakesSources) {
 
 TEST_F(PlanBuilder, SeveralSourcesNeedAnExistingDirectory) {
     EXPECT_EQ(Refusal(Copy({"a.txt", "tree", "new"})),
-              Names({"2", "target 'new': No such file or directory"}));
+              Names({"usage", "target 'new': No such file or directory"}));
     EXPECT_EQ(Refusal(Copy({"a.txt", "tree", "b.txt"})),
-              Names({"2", "target 'b.txt': Not a directory"}));
+              Names({"usage", "target 'b.txt': Not a directory"}));
 }
 
 TEST_F(PlanBuilder, TheTargetDirectoryTakesEveryOperand) {
@@ -50,9 +50,10 @@ TEST_F(PlanBuilder, TheTargetDirectoryTakesEveryOperand) {
 TEST_F(PlanBuilder, TheTargetDirectoryHasToExist) {
     TransferRequest request = Copy({"a.txt"});
     request.TargetDirectory = "new";
-    EXPECT_EQ(Refusal(request), Names({"2", "target directory 'new': No such file or directory"}));
+    EXPECT_EQ(Refusal(request),
+              Names({"usage", "target directory 'new': No such file or directory"}));
     request.TargetDirectory = "b.txt";
-    EXPECT_EQ(Refusal(request), Names({"2", "target directory 'b.txt': Not a directory"}));
+    EXPECT_EQ(Refusal(request), Names({"usage", "target directory 'b.txt': Not a directory"}));
 }
 
 TEST_F(PlanBuilder, WithoutATargetDirectoryTheDestinationIsTheName) {
@@ -127,14 +128,14 @@ TEST_F(PlanBuilder, ADirectoryMayGetANewNameWithATrailingSlash) {
 
 TEST_F(PlanBuilder, AFileCannotGetANewNameWithATrailingSlash) {
     EXPECT_EQ(Refusal(Copy({"a.txt", "new/"})),
-              Names({"2", "cannot create regular file 'new/': Not a directory"}));
+              Names({"usage", "cannot create regular file 'new/': Not a directory"}));
     EXPECT_EQ(Refusal(Copy({"a.txt", "new/."})),
-              Names({"2", "cannot create regular file 'new/.': Not a directory"}));
+              Names({"usage", "cannot create regular file 'new/.': Not a directory"}));
 }
 
 TEST_F(PlanBuilder, ANewNameCannotEndInTheParent) {
     EXPECT_EQ(Refusal(Copy({"tree", "new/.."})),
-              Names({"2", "target 'new/..': No such file or directory"}));
+              Names({"usage", "target 'new/..': No such file or directory"}));
 }
 
 TEST_F(PlanBuilder, ContentsOfADirectoryWithoutANameGoIntoTheDestination) {
@@ -154,58 +155,58 @@ TEST_F(PlanBuilder, ADirectoryWithoutANameIsShownByTheOneItHas) {
 
 TEST_F(PlanBuilder, ADirectoryWithoutANameCannotBeMoved) {
     EXPECT_EQ(Refusal(Move({".", "dest"})),
-              Names({"2", "cannot move '.': it has no name of its own"}));
+              Names({"usage", "cannot move '.': it has no name of its own"}));
     EXPECT_EQ(Refusal(Move({"tree/./", "dest"})),
-              Names({"2", "cannot move 'tree/./': it has no name of its own"}));
+              Names({"usage", "cannot move 'tree/./': it has no name of its own"}));
     EXPECT_EQ(Refusal(Move({"..", "dest"})),
-              Names({"2", "cannot move '..': it has no name of its own"}));
+              Names({"usage", "cannot move '..': it has no name of its own"}));
     EXPECT_EQ(Refusal(Move({"/", "dest"})),
-              Names({"2", "cannot move '/': it has no name of its own"}));
+              Names({"usage", "cannot move '/': it has no name of its own"}));
 }
 
 TEST_F(PlanBuilder, NamesEveryMissingSource) {
     EXPECT_EQ(Refusal(Copy({"no", "a.txt", "tree/neither", "dest"})),
-              Names({"1", "cannot stat 'no': No such file or directory",
+              Names({"failed", "cannot stat 'no': No such file or directory",
                      "cannot stat 'tree/neither': No such file or directory"}));
 }
 
 TEST_F(PlanBuilder, ASlashBehindAFileNamesNothing) {
     EXPECT_EQ(Refusal(Copy({"a.txt/", "dest"})),
-              Names({"1", "cannot stat 'a.txt/': Not a directory"}));
+              Names({"failed", "cannot stat 'a.txt/': Not a directory"}));
 }
 
 TEST_F(PlanBuilder, ADanglingLinkIsNoSource) {
     fs::create_symlink("nowhere", "link");
     EXPECT_EQ(Refusal(Move({"link", "dest"})),
-              Names({"1", "cannot stat 'link': dangling symbolic link"}));
+              Names({"failed", "cannot stat 'link': dangling symbolic link"}));
 }
 
 TEST_F(PlanBuilder, ADestinationThatCannotBeReachedIsAFailure) {
     EXPECT_EQ(Refusal(Copy({"a.txt", "b.txt/x"})),
-              Names({"1", "failed to access 'b.txt/x': Not a directory"}));
+              Names({"failed", "failed to access 'b.txt/x': Not a directory"}));
     fs::create_symlink("loop", "loop");
     EXPECT_EQ(Refusal(Copy({"a.txt", "loop"})),
-              Names({"1", "failed to access 'loop': Too many levels of symbolic links"}));
+              Names({"failed", "failed to access 'loop': Too many levels of symbolic links"}));
 }
 
 TEST_F(PlanBuilder, ADanglingLinkIsNoDestination) {
     fs::create_symlink("nowhere", "link");
     EXPECT_EQ(Refusal(Copy({"a.txt", "link"})),
-              Names({"1", "not writing through dangling symlink 'link'"}));
+              Names({"failed", "not writing through dangling symlink 'link'"}));
     fs::create_symlink("nowhere", "dest/a.txt");
     EXPECT_EQ(Refusal(Copy({"a.txt", "dest"})),
-              Names({"1", "not writing through dangling symlink 'dest/a.txt'"}));
+              Names({"failed", "not writing through dangling symlink 'dest/a.txt'"}));
 }
 
 TEST_F(PlanBuilder, TwoSourcesCannotLandOnOneName) {
     WriteFile(Directory / "tree/a.txt", "other");
     EXPECT_EQ(Refusal(Copy({"a.txt", "tree/a.txt", "dest"})),
-              Names({"2", "'a.txt' and 'tree/a.txt' would both become 'dest/a.txt'"}));
+              Names({"usage", "'a.txt' and 'tree/a.txt' would both become 'dest/a.txt'"}));
 }
 
 TEST_F(PlanBuilder, ASourceCannotBeGivenTwice) {
     EXPECT_EQ(Refusal(Copy({"a.txt", "./a.txt", "dest"})),
-              Names({"2", "source 'a.txt' is given more than once"}));
+              Names({"usage", "source 'a.txt' is given more than once"}));
 }
 
 TEST_F(PlanBuilder, TheLabelIsTheDirectoryThatTheSourcesComeFrom) {

@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 
 #include "conflict_policy.h"
-#include "exit_status.h"
+#include "full_path.h"
 #include "plan_sources.h"
 #include "quoted.h"
 
@@ -30,7 +30,7 @@ struct DestinationOperand {
 };
 
 PlanRefusal UsageRefusal(std::string Sentence) {
-    return {kExitUsage, {std::move(Sentence)}};
+    return {PlanRefusalKind::WrongUsage, {std::move(Sentence)}};
 }
 
 std::string WithError(const std::string& What, const fs::path& Path, int Error) {
@@ -47,7 +47,7 @@ Refused LookAtDestination(const fs::path& Given, DestinationOperand& Out) {
         Out.bExists = true;
         Out.bDirectory = S_ISDIR(status.st_mode);
     } else if (errno != ENOENT) {
-        return PlanRefusal{kExitFailed, {WithError("failed to access", Given, errno)}};
+        return PlanRefusal{PlanRefusalKind::Failed, {WithError("failed to access", Given, errno)}};
     }
     return std::nullopt;
 }
@@ -124,7 +124,7 @@ std::string WhyNameIsRefused(const TarvaneTransferItemPlan& Item, const Conflict
 Refused FindRefusedNames(const TransferRequest& Request,
                          const std::vector<TarvaneTransferItemPlan>& Items) {
     const ConflictPolicy policy(Request.OnConflict, Request.OnDirectoryConflict);
-    PlanRefusal refusal{kExitFailed, {}};
+    PlanRefusal refusal{PlanRefusalKind::Failed, {}};
     for (const TarvaneTransferItemPlan& item : Items) {
         std::string sentence = WhyNameIsRefused(item, policy);
         if (!sentence.empty()) {
@@ -180,7 +180,7 @@ std::string LabelFor(const std::vector<PlanSource>& Sources) {
 
 } // namespace
 
-BuiltPlan BuildPlan(const TransferRequest& Request) {
+BuiltPlan BuildPlan(const TransferRequest& Request, const TrackLister& ListTracks) {
     std::vector<fs::path> operands = Request.Operands;
     fs::path given = Request.TargetDirectory.value_or(fs::path());
     if (!Request.TargetDirectory) {
@@ -191,7 +191,7 @@ BuiltPlan BuildPlan(const TransferRequest& Request) {
     if (Refused refusal = LookAtDestination(given, destination)) {
         return std::move(*refusal);
     }
-    auto found = FindSources(operands, Request.bMove);
+    auto found = FindSources(operands, Request.bMove, ListTracks);
     if (auto* refusal = std::get_if<PlanRefusal>(&found)) {
         return std::move(*refusal);
     }

@@ -4,11 +4,11 @@
 
 #include <filesystem>
 #include <string>
-#include <string_view>
 #include <variant>
 #include <vector>
 
-#include "plan_builder.h"
+#include "plan_refusal.h"
+#include "track_list.h"
 
 struct PlanSource {
     // What the engine gets: absolute, or a track's path as it was given.
@@ -25,13 +25,7 @@ struct PlanSource {
 
 // Looks each operand up and opens up whole CDs. Every missing operand is reported.
 std::variant<std::vector<PlanSource>, PlanRefusal>
-FindSources(const std::vector<std::filesystem::path>& Operands, bool bMove);
-
-// The absolute path without ".", and without doubled and trailing slashes. ".." stays where it is,
-// because it may follow a link. Such a path can never be taken for that of a CD track.
-std::filesystem::path FullPath(const std::filesystem::path& Given);
-
-// Whether Given, trailing slashes aside, ends in Name.
-bool EndsInComponent(const std::filesystem::path& Given, std::string_view Name);
+FindSources(const std::vector<std::filesystem::path>& Operands, bool bMove,
+            const TrackLister& ListTracks);
 
 bool IsCdPath(const std::filesystem::path& Path);

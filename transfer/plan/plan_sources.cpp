@@ -1,26 +1,19 @@
 #include "plan_sources.h"
 
 #include <cerrno>
-#include <string_view>
+#include <optional>
 #include <system_error>
 #include <utility>
 
 #include <sys/stat.h>
 
-#include "exit_status.h"
+#include "full_path.h"
 #include "quoted.h"
 #include "tarvanepane.h"
-#include "track_fetch.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-// Given without its trailing slashes; empty for "/".
-std::string_view WithoutTrailingSlashes(const fs::path& Given) {
-    const std::string_view text = Given.native();
-    return text.substr(0, text.find_last_not_of('/') + 1);
-}
 
 std::string SentenceForMissing(const fs::path& Operand, int Error) {
     std::error_code ec;
@@ -33,7 +26,8 @@ std::string SentenceForMissing(const fs::path& Operand, int Error) {
 
 class SourceFinder {
 public:
-    explicit SourceFinder(bool bMoveSources) : bMove(bMoveSources) {}
+    SourceFinder(bool bMoveSources, const TrackLister& TracksOf)
+        : bMove(bMoveSources), ListTracks(TracksOf) {}
 
     // False when it makes no sense to look at further operands.
     bool Add(const fs::path& Operand) {
@@ -41,12 +35,21 @@ public:
     }
 
     std::vector<PlanSource> Sources;
-    PlanRefusal Refusal;
+    std::optional<PlanRefusal> Refusal;
 
 private:
     bool RefuseUsage(std::string Sentence) {
-        Refusal = {kExitUsage, {std::move(Sentence)}};
+        Refusal = {PlanRefusalKind::WrongUsage, {std::move(Sentence)}};
         return false;
+    }
+
+    // Others may be missing too.
+    bool AddFailure(std::string Sentence) {
+        if (!Refusal) {
+            Refusal.emplace();
+        }
+        Refusal->Sentences.push_back(std::move(Sentence));
+        return true;
     }
 
     bool AddEntry(const fs::path& Operand) {
@@ -58,9 +61,7 @@ private:
         }
         struct stat status;
         if (stat(Operand.c_str(), &status) != 0) {
-            Refusal.ExitStatus = kExitFailed;
-            Refusal.Sentences.push_back(SentenceForMissing(Operand, errno));
-            return true;
+            return AddFailure(SentenceForMissing(Operand, errno));
         }
         PlanSource source;
         source.Path = FullPath(Operand);
@@ -93,21 +94,15 @@ private:
     }
 
     bool AddDisc(const std::string& Device) {
-        TrackList list;
-        std::string errorMessage;
-        int endStatus = kExitDone;
-        switch (FetchTrackList(Device, list, errorMessage, endStatus)) {
-        case TrackFetchResult::Fetched:
-            break;
-        case TrackFetchResult::Failed:
-            Refusal.ExitStatus = kExitFailed;
-            Refusal.Sentences.push_back(errorMessage);
-            return true;
-        case TrackFetchResult::Canceled:
-            Refusal = {endStatus, {}};
-            return false;
+        const auto result = ListTracks(Device);
+        if (const auto* failure = std::get_if<TrackListFailure>(&result)) {
+            if (failure->Reason.empty()) {
+                Refusal = {PlanRefusalKind::Canceled, {}};
+                return false;
+            }
+            return AddFailure(failure->Reason);
         }
-        for (const TrackListEntry& track : list.Tracks) {
+        for (const TrackListEntry& track : std::get<TrackList>(result).Tracks) {
             if (!track.bData) {
                 AddTrack(TrackPath(Device, track.Number), track.Number);
             }
@@ -116,41 +111,23 @@ private:
     }
 
     const bool bMove;
+    const TrackLister& ListTracks;
 };
 
 } // namespace
 
 std::variant<std::vector<PlanSource>, PlanRefusal>
-FindSources(const std::vector<fs::path>& Operands, bool bMove) {
-    SourceFinder finder(bMove);
+FindSources(const std::vector<fs::path>& Operands, bool bMove, const TrackLister& ListTracks) {
+    SourceFinder finder(bMove, ListTracks);
     for (const fs::path& operand : Operands) {
         if (!finder.Add(operand)) {
             break;
         }
     }
-    if (finder.Refusal.ExitStatus != kExitDone) {
-        return std::move(finder.Refusal);
+    if (finder.Refusal) {
+        return std::move(*finder.Refusal);
     }
     return std::move(finder.Sources);
-}
-
-fs::path FullPath(const fs::path& Given) {
-    std::error_code ec;
-    fs::path full = Given.is_absolute() ? fs::path("/") : fs::current_path(ec);
-    if (ec) {
-        return Given;
-    }
-    for (const fs::path& component : Given.relative_path()) {
-        if (!component.empty() && component != ".") {
-            full /= component;
-        }
-    }
-    return full;
-}
-
-bool EndsInComponent(const fs::path& Given, std::string_view Name) {
-    const std::string_view text = WithoutTrailingSlashes(Given);
-    return text.substr(text.rfind('/') + 1) == Name;
 }
 
 bool IsCdPath(const fs::path& Path) {

@@ -64,7 +64,7 @@ TEST_F(PlanChoices, FailNamesEveryTakenNameBeforeAnythingIsTouched) {
     WriteFile(Directory / "dest/b.txt", "old");
     TransferRequest request = Copy({"tree", "a.txt", "b.txt", "dest"});
     request.OnConflict = FileConflictChoice::Fail;
-    EXPECT_EQ(Refusal(request), Names({"1", "cannot create 'dest/a.txt': File exists",
+    EXPECT_EQ(Refusal(request), Names({"failed", "cannot create 'dest/a.txt': File exists",
                                        "cannot create 'dest/b.txt': File exists"}));
 }
 
@@ -72,7 +72,7 @@ TEST_F(PlanChoices, FailOnDirectoriesNamesTheTakenDirectory) {
     fs::create_directory("dest/tree");
     TransferRequest request = Copy({"tree", "dest"});
     request.OnDirectoryConflict = DirectoryConflictChoice::Fail;
-    EXPECT_EQ(Refusal(request), Names({"1", "cannot create 'dest/tree': File exists"}));
+    EXPECT_EQ(Refusal(request), Names({"failed", "cannot create 'dest/tree': File exists"}));
 }
 
 TEST_F(PlanChoices, AFileDoesNotTakeADirectorysPlaceUnasked) {
@@ -80,7 +80,7 @@ TEST_F(PlanChoices, AFileDoesNotTakeADirectorysPlaceUnasked) {
     request.bNoTargetDirectory = true;
     request.OnConflict = FileConflictChoice::Overwrite;
     EXPECT_EQ(Refusal(request),
-              Names({"1", "cannot overwrite directory 'dest' with non-directory"}));
+              Names({"failed", "cannot overwrite directory 'dest' with non-directory"}));
     request.OnConflict = FileConflictChoice::Ask;
     EXPECT_EQ(Ways(request), Names({"a.txt -> dest"}));
 }
@@ -89,7 +89,7 @@ TEST_F(PlanChoices, ADirectoryDoesNotTakeAFilesPlaceUnasked) {
     TransferRequest request = Copy({"tree", "a.txt"});
     request.OnConflict = FileConflictChoice::Overwrite;
     EXPECT_EQ(Refusal(request),
-              Names({"1", "cannot overwrite non-directory 'a.txt' with directory 'tree'"}));
+              Names({"failed", "cannot overwrite non-directory 'a.txt' with directory 'tree'"}));
     request.OnConflict = FileConflictChoice::Ask;
     EXPECT_EQ(Ways(request), Names({"tree -> a.txt"}));
 }
