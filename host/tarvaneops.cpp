@@ -1,5 +1,7 @@
 #include "tarvaneops.h"
 
+#include "file_identity.h"
+
 #include <array>
 #include <climits>
 #include <list>
@@ -17,19 +19,12 @@ namespace {
 // As many as the kernel follows before it says ELOOP.
 constexpr int kMaxLinks = 40;
 
-struct FileIdentity {
-    dev_t Device = 0;
-    ino_t Inode = 0;
-
-    bool operator==(const FileIdentity&) const = default;
-};
-
 std::optional<FileIdentity> IdentityOf(const fs::path& Path) {
     struct stat status {};
     if (::stat(Path.c_str(), &status) != 0) {
         return std::nullopt;
     }
-    return FileIdentity{status.st_dev, status.st_ino};
+    return IdentityOf(status);
 }
 
 // The absolute path without ".", ".." and trailing slashes, by its text alone. A relative path

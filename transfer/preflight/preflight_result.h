@@ -1,10 +1,8 @@
-// Looks through the sources of a plan, before its job starts, for what would end the job or
-// surprise its user. Nothing is changed.
+// What a look through the sources shares with whoever follows it, and what it comes to.
 
 #pragma once
 
 #include "preflight_findings.h"
-#include "tarvanetransfer.h"
 
 #include <atomic>
 #include <cstdint>
@@ -29,7 +27,3 @@ struct PreflightResult {
     // It was stopped early; the other members hold what was seen until then.
     bool bCanceled = false;
 };
-
-// Threads: any; one call at a time per Control, which may be read and written from others.
-// Errors: what cannot be looked at is a finding.
-PreflightResult RunPreflight(const TarvaneTransferPlan& Plan, PreflightControl& Control);

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "preflight.h"
+#include "preflight_result.h"
 #include "track_list.h"
 
 #include <cstdint>

@@ -5,7 +5,7 @@
 #include "access_rights.h"
 #include "directory_reader.h"
 #include "file_identity.h"
-#include "preflight.h"
+#include "preflight_result.h"
 
 #include <cstdint>
 #include <filesystem>
