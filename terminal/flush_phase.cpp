@@ -1,6 +1,5 @@
 #include "flush_phase.h"
 
-#include "exit_status.h"
 #include "progress_styles.h"
 
 #include <algorithm>
@@ -19,7 +18,7 @@ bool IsToEnd(LineConsole& Console, const ProgressOutput& Output) {
 }
 
 // Returns the last look: unfinished when the wait was ended.
-FlushProgress AwaitFlush(FlushWatch& Watch, LineConsole& Console, ProgressOutput& Output) {
+FlushProgress AwaitFlush(Flusher& Watch, LineConsole& Console, ProgressOutput& Output) {
     FlushProgress progress = Watch.Poll();
     while (!progress.bFinished && !IsToEnd(Console, Output)) {
         for (const KeyPress& key : Console.Wait(std::min(Console.UntilFrame(), kPause), -1)) {
@@ -40,7 +39,7 @@ FlushProgress AwaitFlush(FlushWatch& Watch, LineConsole& Console, ProgressOutput
 
 } // namespace
 
-void RunFlushPhase(FlushWatch& Watch, LineConsole& Console, ProgressOutput& Output,
+void RunFlushPhase(Flusher& Watch, LineConsole& Console, ProgressOutput& Output,
                    RunOutcome& Outcome) {
     if (IsToEnd(Console, Output)) {
         Outcome.bFlushed = false;
@@ -51,13 +50,12 @@ void RunFlushPhase(FlushWatch& Watch, LineConsole& Console, ProgressOutput& Outp
     Console.Clear();
     Outcome.bFlushed = progress.bFinished && progress.ErrorText.empty();
     if (!progress.bFinished) {
-        Outcome.ExitStatus = kExitBySignal + Console.End().Signal();
+        Outcome.EndSignal = Console.End().Signal();
         return;
     }
     Output.Flushing(progress);
     if (!progress.ErrorText.empty()) {
         Outcome.Result = RunResult::Failed;
         Outcome.Text = progress.ErrorText;
-        Outcome.ExitStatus = kExitFailed;
     }
 }

@@ -173,11 +173,11 @@ std::string FlushRecord(const FlushProgress& Progress) {
     return Dump(record);
 }
 
-std::string DoneRecord(const RunOutcome& Outcome) {
+std::string DoneRecord(const RunOutcome& Outcome, int ExitStatus) {
     Json record = Record("done");
     record["result"] = ResultName(Outcome.Result);
     Put(record, "status", Outcome.Text);
-    record["exit_status"] = Outcome.ExitStatus;
+    record["exit_status"] = ExitStatus;
     record["flushed"] =
         NumberOrNull(Outcome.bFlushed.has_value(), Outcome.bFlushed.value_or(false));
     return Dump(record);

@@ -55,4 +55,4 @@ std::string TotalsRecord(const PreflightResult& Result);
 std::string ProgressRecord(const ProgressView& View);
 std::string ConflictRecord(const AnsweredConflict& Answer);
 std::string FlushRecord(const FlushProgress& Progress);
-std::string DoneRecord(const RunOutcome& Outcome);
+std::string DoneRecord(const RunOutcome& Outcome, int ExitStatus);

@@ -41,10 +41,11 @@ public:
 
     int Run() {
         RunOutcome outcome = RunPhases();
-        Output->Ended(outcome);
+        const int exitStatus = ExitStatusOf(outcome);
+        Output->Ended(outcome, exitStatus);
         Console.Close();
         SayEnd(outcome);
-        return FinishOutputs(outcome.ExitStatus);
+        return FinishOutputs(exitStatus);
     }
 
 private:
@@ -59,7 +60,7 @@ private:
 
     const TransferRequest& Request;
     TarvaneTransferPlan Plan;
-    FlushWatch Flush;
+    Flusher Flush;
     LineConsole Console;
     std::unique_ptr<ProgressOutput> Output;
     // Standard output, unless the records go there.
@@ -91,7 +92,7 @@ RunOutcome LineFrontEnd::RunPhases() {
         }
     }
     if (Request.bDryRun) {
-        return {RunResult::Failed, "the look through the sources has no result", kExitFailed, {}};
+        return {.Result = RunResult::Failed, .Text = "the look through the sources has no result"};
     }
     SayWhatGoesWhere();
     SayThatTracksStay();

@@ -1,6 +1,5 @@
 #include "preflight_phase.h"
 
-#include "exit_status.h"
 #include "preflight_thread.h"
 #include "progress_styles.h"
 #include "size_text.h"
@@ -20,9 +19,12 @@ constexpr std::uint64_t kListedOnScreen = 5;
 constexpr std::chrono::milliseconds kDeadTime{700};
 
 RunOutcome CanceledOutcome(LineConsole& Console) {
-    const int status =
-        Console.End().IsAsked() ? kExitBySignal + Console.End().Signal() : kExitCanceled;
-    return {RunResult::Canceled, "Canceled before anything was touched.", status, {}};
+    RunOutcome outcome{.Result = RunResult::Canceled,
+                       .Text = "Canceled before anything was touched."};
+    if (Console.End().IsAsked()) {
+        outcome.EndSignal = Console.End().Signal();
+    }
+    return outcome;
 }
 
 bool HasEscape(const std::vector<KeyPress>& Keys) {
@@ -138,10 +140,7 @@ RunOutcome DryRunOutcome(const TransferRequest& Request, const PreflightResult& 
         text += " There is more: the look was ended early.";
     }
     const bool bFails = bRefused || Result.Findings.AnyStopsJob();
-    return {bFails ? RunResult::Failed : RunResult::Succeeded,
-            text,
-            bFails ? kExitFailed : kExitDone,
-            {}};
+    return {.Result = bFails ? RunResult::Failed : RunResult::Succeeded, .Text = text};
 }
 
 std::optional<RunOutcome> Judge(const TransferRequest& Request, const PreflightResult& Result,
@@ -162,11 +161,9 @@ std::optional<RunOutcome> Judge(const TransferRequest& Request, const PreflightR
         return std::nullopt;
     }
     if (bRefused) {
-        return RunOutcome{RunResult::Failed,
-                          "the move would remove entries that were not selected; pass "
-                          "--follow-links to allow it",
-                          kExitFailed,
-                          {}};
+        return RunOutcome{.Result = RunResult::Failed,
+                          .Text = "the move would remove entries that were not selected; pass "
+                                  "--follow-links to allow it"};
     }
     return std::nullopt;
 }

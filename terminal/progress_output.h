@@ -2,12 +2,12 @@
 
 #pragma once
 
-#include "flush_watch.h"
+#include "flusher.h"
 #include "preflight.h"
 #include "progress_watch.h"
+#include "run_outcome.h"
 #include "tarvanetransfer.h"
 
-#include <optional>
 #include <string>
 
 // One look at a running job.
@@ -26,22 +26,6 @@ struct AnsweredConflict {
     bool bByUser = false;
 };
 
-enum class RunResult {
-    Succeeded,
-    Failed,
-    Canceled,
-};
-
-// How the whole run has ended.
-struct RunOutcome {
-    RunResult Result = RunResult::Failed;
-    // The job's last text, or the reason why there was none.
-    std::string Text;
-    int ExitStatus = 0;
-    // Whether what was copied has reached the disks; nothing when that was not to be waited for.
-    std::optional<bool> bFlushed;
-};
-
 // Reports nothing: the style None. The others override what they report. Looking, Running and
 // Flushing are called ten times a second.
 class ProgressOutput {
@@ -56,7 +40,7 @@ public:
     virtual void Running(const ProgressView& /*View*/) {}
     virtual void Answered(const AnsweredConflict& /*Answer*/) {}
     virtual void Flushing(const FlushProgress& /*Progress*/) {}
-    virtual void Ended(const RunOutcome& /*Outcome*/) {}
+    virtual void Ended(const RunOutcome& /*Outcome*/, int /*ExitStatus*/) {}
     // Whether the reader of the output has gone away.
     virtual bool IsBroken() const { return false; }
     // Waits until everything is out. Returns the errno of the failure to write it, or 0.

@@ -133,7 +133,9 @@ public:
         Records.Pump();
     }
 
-    void Ended(const RunOutcome& Outcome) override { Records.Add(DoneRecord(Outcome)); }
+    void Ended(const RunOutcome& Outcome, int ExitStatus) override {
+        Records.Add(DoneRecord(Outcome, ExitStatus));
+    }
 
     bool IsBroken() const override { return Records.Error() == EPIPE; }
 

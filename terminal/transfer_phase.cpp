@@ -1,6 +1,5 @@
 #include "transfer_phase.h"
 
-#include "exit_status.h"
 #include "free_name.h"
 #include "progress_lines.h"
 
@@ -173,19 +172,17 @@ void TransferPhase::Resolve(const TarvaneTransferConflict& Conflict, Action Answ
 
 RunOutcome TransferPhase::Outcome() {
     const TarvaneTransferUiSnapshot snapshot = Session.Snapshot();
-    RunOutcome outcome{RunResult::Failed, snapshot.MessageText, kExitFailed, {}};
+    RunOutcome outcome{.Result = RunResult::Failed, .Text = snapshot.MessageText};
     if (snapshot.bSucceeded) {
         outcome.Result = RunResult::Succeeded;
-        outcome.ExitStatus = kExitDone;
     } else if (snapshot.bCanceled && FailSentence.empty()) {
         outcome.Result = RunResult::Canceled;
-        outcome.ExitStatus = kExitCanceled;
     } else if (snapshot.bCanceled) {
         outcome.Text = FailSentence;
     }
     // A signal that ends programs decides the status even when the job was faster.
     if (Console.End().IsAsked() && Console.End().Signal() != SIGINT) {
-        outcome.ExitStatus = kExitBySignal + Console.End().Signal();
+        outcome.EndSignal = Console.End().Signal();
     }
     return outcome;
 }

@@ -272,7 +272,7 @@ TEST(Documentation, ZshOffersTheParsersChoices) {
 
 TEST(Documentation, ThePageListsTheMembersOfEveryRecord) {
     const Words records{PreflightRecord({}), TotalsRecord({}), ProgressRecord({}),
-                        ConflictRecord({}),  FlushRecord({}),  DoneRecord({})};
+                        ConflictRecord({}),  FlushRecord({}),  DoneRecord({}, 0)};
     const std::string section = PageSection("JSON");
     WordSet events;
     for (const std::string& record : records) {

@@ -197,13 +197,15 @@ TEST(JsonProgress, ReportsAFlushThatFailed) {
 }
 
 TEST(JsonProgress, EndsWithTheResultOfTheRun) {
-    EXPECT_EQ(DoneRecord({RunResult::Succeeded, "Copied 2 item(s).", 0, true}),
-              R"({"event":"done","result":"succeeded","status":"Copied 2 item(s).",)"
-              R"("exit_status":0,"flushed":true})");
-    EXPECT_EQ(DoneRecord({RunResult::Failed, "No space.", 1, false}),
+    EXPECT_EQ(
+        DoneRecord({.Result = RunResult::Succeeded, .Text = "Copied 2 item(s).", .bFlushed = true},
+                   0),
+        R"({"event":"done","result":"succeeded","status":"Copied 2 item(s).",)"
+        R"("exit_status":0,"flushed":true})");
+    EXPECT_EQ(DoneRecord({.Result = RunResult::Failed, .Text = "No space.", .bFlushed = false}, 1),
               R"({"event":"done","result":"failed","status":"No space.","exit_status":1,)"
               R"("flushed":false})");
-    EXPECT_EQ(DoneRecord({RunResult::Canceled, "Copy canceled.", 143, {}}),
+    EXPECT_EQ(DoneRecord({.Result = RunResult::Canceled, .Text = "Copy canceled."}, 143),
               R"({"event":"done","result":"canceled","status":"Copy canceled.",)"
               R"("exit_status":143,"flushed":null})");
 }

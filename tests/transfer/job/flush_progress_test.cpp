@@ -1,7 +1,7 @@
 // What a flush says about how far it is. The kernel's figures are those of the test. Needs root for
 // the mounts.
 
-#include "flush_watch.h"
+#include "flusher.h"
 
 #include "fake_steady_clock.h"
 #include "fake_syncfs.h"
@@ -61,7 +61,7 @@ protected:
 };
 
 TEST_F(FlushProgressTest, CountsDownWhatThePageCacheHoldsWhereThereIsNoDevice) {
-    FlushWatch watch({Network.Path()});
+    Flusher watch({Network.Path()});
     SetPending(900, 100);
     watch.Start();
     EXPECT_EQ(watch.Poll().RemainingBytes, 1000 * kKilobyte);
@@ -76,7 +76,7 @@ TEST_F(FlushProgressTest, CountsDownWhatThePageCacheHoldsWhereThereIsNoDevice) {
 
 TEST_F(FlushProgressTest, CountsWhatTheDeviceHasWritten) {
     const fs::path device = DescribeDeviceOf(Stick);
-    FlushWatch watch({Stick.Path()});
+    Flusher watch({Stick.Path()});
     SetPending(1000, 0);
     watch.Start();
     EXPECT_EQ(watch.Poll().RemainingBytes, 1000 * kKilobyte);
@@ -89,7 +89,7 @@ TEST_F(FlushProgressTest, CountsWhatTheDeviceHasWritten) {
 
 TEST_F(FlushProgressTest, IsNotHeldUpByWhatOthersWriteMeanwhile) {
     const fs::path device = DescribeDeviceOf(Stick);
-    FlushWatch watch({Stick.Path()});
+    Flusher watch({Stick.Path()});
     SetPending(1000, 0);
     watch.Start();
     SetPending(5000, 0);
@@ -100,7 +100,7 @@ TEST_F(FlushProgressTest, IsNotHeldUpByWhatOthersWriteMeanwhile) {
 
 TEST_F(FlushProgressTest, NeverSaysMoreThanThePageCacheHolds) {
     DescribeDeviceOf(Stick);
-    FlushWatch watch({Stick.Path()});
+    Flusher watch({Stick.Path()});
     SetPending(1000, 0);
     watch.Start();
     SetPending(300, 0);
@@ -109,7 +109,7 @@ TEST_F(FlushProgressTest, NeverSaysMoreThanThePageCacheHolds) {
 
 TEST_F(FlushProgressTest, TellsTheRateOfTheLastSeconds) {
     const fs::path device = DescribeDeviceOf(Stick);
-    FlushWatch watch({Stick.Path()});
+    Flusher watch({Stick.Path()});
     SetPending(100000, 0);
     watch.Start();
     watch.Poll();
@@ -123,7 +123,7 @@ TEST_F(FlushProgressTest, TellsTheRateOfTheLastSeconds) {
 
 TEST_F(FlushProgressTest, KnowsNothingWhereTheKernelTellsNothing) {
     WriteFile(Room / "meminfo", "");
-    FlushWatch watch({Network.Path()});
+    Flusher watch({Network.Path()});
     watch.Start();
     EXPECT_EQ(watch.Poll().RemainingBytes, std::nullopt);
     EXPECT_EQ(watch.Poll().BytesPerSecond, 0U);

@@ -1,7 +1,7 @@
 // Pushing the page cache to the disk: how it ends. It runs in a process of its own. Needs root for
 // the mounts.
 
-#include "flush_watch.h"
+#include "flusher.h"
 
 #include "becomes_true.h"
 #include "fake_syncfs.h"
@@ -26,9 +26,9 @@ namespace {
 
 constexpr std::size_t kMegabyte = 1048576;
 
-class FlushWatchTest : public testing::Test {
+class FlusherTest : public testing::Test {
 protected:
-    static FlushProgress Finished(FlushWatch& Watch) {
+    static FlushProgress Finished(Flusher& Watch) {
         FlushProgress progress;
         EXPECT_TRUE(BecomesTrue("the flush is over", [&] {
             progress = Watch.Poll();
@@ -73,18 +73,18 @@ protected:
     FakeSyncfs Fake;
 };
 
-TEST_F(FlushWatchTest, HasNothingToDoWithoutDirectories) {
-    FlushWatch watch({});
+TEST_F(FlusherTest, HasNothingToDoWithoutDirectories) {
+    Flusher watch({});
     EXPECT_FALSE(watch.HasAnythingToFlush());
     watch.Start();
     EXPECT_TRUE(watch.Poll().bFinished);
     EXPECT_EQ(watch.Poll().ErrorText, "");
 }
 
-TEST_F(FlushWatchTest, BringsDataToTheDisk) {
+TEST_F(FlusherTest, BringsDataToTheDisk) {
     EnterPrivateMountNamespace();
     const ScopedMount disk = MountLoopDisk(Room / "disk", 8);
-    FlushWatch watch({disk.Path()});
+    Flusher watch({disk.Path()});
     EXPECT_TRUE(watch.HasAnythingToFlush());
     const std::string bytes = PatternBytes(1024);
     WriteFile(disk.Path() / "file", bytes);
@@ -97,22 +97,22 @@ TEST_F(FlushWatchTest, BringsDataToTheDisk) {
 }
 
 // The disk believes that it has room, but what holds it has none.
-TEST_F(FlushWatchTest, FindsThatTheDiskIsFullOnlyNow) {
+TEST_F(FlusherTest, FindsThatTheDiskIsFullOnlyNow) {
     EnterPrivateMountNamespace();
     const ScopedMount small = MountTmpfs(Room / "small", "size=3m");
     const ScopedMount disk = MountLoopDisk(small.Path() / "disk", 16);
-    FlushWatch watch({disk.Path() / "new"});
+    Flusher watch({disk.Path() / "new"});
     WriteFile(disk.Path() / "file", PatternBytes(8 * kMegabyte));
     watch.Start();
     ExpectWriteError(Finished(watch).ErrorText, disk.Path());
 }
 
 // The kernel has tried and failed while the job was still running.
-TEST_F(FlushWatchTest, FindsWhatHasFailedSinceItOpenedTheFileSystem) {
+TEST_F(FlusherTest, FindsWhatHasFailedSinceItOpenedTheFileSystem) {
     EnterPrivateMountNamespace();
     const ScopedMount small = MountTmpfs(Room / "small", "size=3m");
     const ScopedMount disk = MountLoopDisk(small.Path() / "disk", 16);
-    FlushWatch watch({disk.Path()});
+    Flusher watch({disk.Path()});
     WriteFile(disk.Path() / "file", PatternBytes(8 * kMegabyte));
     const int descriptor = ::open(disk.Path().c_str(), O_RDONLY);
     EXPECT_NE(::syncfs(descriptor), 0);
@@ -121,9 +121,9 @@ TEST_F(FlushWatchTest, FindsWhatHasFailedSinceItOpenedTheFileSystem) {
     ExpectWriteError(Finished(watch).ErrorText, disk.Path());
 }
 
-TEST_F(FlushWatchTest, GivesTheReasonOfAFailure) {
+TEST_F(FlusherTest, GivesTheReasonOfAFailure) {
     Fake.Syncfs = FakeSyncfs::FailWith(ENOSPC);
-    FlushWatch watch({Room.Path()});
+    Flusher watch({Room.Path()});
     watch.Start();
     const std::string text =
         "cannot write everything to '" + Room.Path().string() + "': No space left on device";
@@ -131,15 +131,15 @@ TEST_F(FlushWatchTest, GivesTheReasonOfAFailure) {
     EXPECT_EQ(watch.Poll().ErrorText, text);
 }
 
-TEST_F(FlushWatchTest, SaysThatItWasInterrupted) {
+TEST_F(FlusherTest, SaysThatItWasInterrupted) {
     Fake.Syncfs = [](int) { return ::raise(SIGKILL); };
-    FlushWatch watch({Room.Path()});
+    Flusher watch({Room.Path()});
     watch.Start();
     EXPECT_EQ(Finished(watch).ErrorText, "cannot write everything to '" + Room.Path().string() +
                                              "': the flush was interrupted");
 }
 
-TEST_F(FlushWatchTest, FlushesEachFileSystemOnce) {
+TEST_F(FlusherTest, FlushesEachFileSystemOnce) {
     EnterPrivateMountNamespace();
     const ScopedMount other = MountTmpfs(Room / "other", "size=1m");
     const fs::path log = Room / "log";
@@ -147,30 +147,30 @@ TEST_F(FlushWatchTest, FlushesEachFileSystemOnce) {
         const int descriptor = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
         return ::write(descriptor, "x", 1) == 1 ? 0 : -1;
     };
-    FlushWatch watch({Room / "a", Room / "b", other.Path(), Room / "c/d"});
+    Flusher watch({Room / "a", Room / "b", other.Path(), Room / "c/d"});
     watch.Start();
     EXPECT_EQ(Finished(watch).ErrorText, "");
     EXPECT_EQ(ReadFile(log), "xx");
 }
 
-TEST_F(FlushWatchTest, FlushesEverythingWhenTheDirectoryMustNotBeOpened) {
+TEST_F(FlusherTest, FlushesEverythingWhenTheDirectoryMustNotBeOpened) {
     const fs::path log = Room / "log";
     Fake.Sync = [log] { ::close(::open(log.c_str(), O_WRONLY | O_CREAT, 0600)); };
     fs::create_directory(Room / "locked");
     fs::permissions(Room / "locked", fs::perms::owner_write);
     fs::permissions(Room.Path(), fs::perms::all);
     const ActingAsNobody nobody;
-    FlushWatch watch({Room / "locked"});
+    Flusher watch({Room / "locked"});
     watch.Start();
     EXPECT_EQ(Finished(watch).ErrorText, "");
     EXPECT_TRUE(fs::exists(log));
 }
 
-TEST_F(FlushWatchTest, CanBeLeftWhileTheDiskKeepsItWaiting) {
+TEST_F(FlusherTest, CanBeLeftWhileTheDiskKeepsItWaiting) {
     Fake.Syncfs = FakeSyncfs::NeverEnd;
     std::vector<pid_t> children;
     {
-        FlushWatch watch({Room.Path()});
+        Flusher watch({Room.Path()});
         watch.Start();
         children = Children();
         EXPECT_FALSE(watch.Poll().bFinished);
@@ -183,9 +183,9 @@ TEST_F(FlushWatchTest, CanBeLeftWhileTheDiskKeepsItWaiting) {
     }));
 }
 
-TEST_F(FlushWatchTest, TakesNoSignalsFromTheTerminal) {
+TEST_F(FlusherTest, TakesNoSignalsFromTheTerminal) {
     Fake.Syncfs = FakeSyncfs::NeverEnd;
-    FlushWatch watch({Room.Path()});
+    Flusher watch({Room.Path()});
     watch.Start();
     ASSERT_EQ(Children().size(), 1U);
     const pid_t child = Children().front();
@@ -197,8 +197,8 @@ TEST_F(FlushWatchTest, TakesNoSignalsFromTheTerminal) {
     EXPECT_FALSE(watch.Poll().bFinished);
 }
 
-TEST_F(FlushWatchTest, LeavesTheSignalsOfTheProgramAsTheyWere) {
-    FlushWatch watch({Room.Path()});
+TEST_F(FlusherTest, LeavesTheSignalsOfTheProgramAsTheyWere) {
+    Flusher watch({Room.Path()});
     watch.Start();
     sigset_t blocked;
     ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
@@ -206,11 +206,11 @@ TEST_F(FlushWatchTest, LeavesTheSignalsOfTheProgramAsTheyWere) {
 }
 
 // Opened before or after the file system.
-TEST_F(FlushWatchTest, KeepsNoOutputOfTheProgramOpen) {
+TEST_F(FlusherTest, KeepsNoOutputOfTheProgramOpen) {
     Fake.Syncfs = FakeSyncfs::NeverEnd;
     std::array<std::array<int, 2>, 2> pipes{};
     ASSERT_EQ(::pipe2(pipes[0].data(), O_NONBLOCK), 0);
-    FlushWatch watch({Room.Path()});
+    Flusher watch({Room.Path()});
     ASSERT_EQ(::pipe2(pipes[1].data(), O_NONBLOCK), 0);
     watch.Start();
     for (const auto& [reading, writing] : pipes) {

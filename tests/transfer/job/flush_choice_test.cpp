@@ -1,6 +1,6 @@
 // Which file systems are flushed after a job. Needs root for the mounts.
 
-#include "flush_watch.h"
+#include "flusher.h"
 #include "mounts.h"
 #include "temporary_directory.h"
 #include "transfer_fixture.h"

@@ -1,4 +1,4 @@
-#include "flush_watch.h"
+#include "flusher.h"
 
 #include "block_device.h"
 #include "full_path.h"
@@ -92,7 +92,7 @@ std::vector<fs::path> DirectoriesToFlush(const TarvaneTransferPlan& Plan, FlushC
     return chosen;
 }
 
-FlushWatch::FlushWatch(const std::vector<fs::path>& Directories) {
+Flusher::Flusher(const std::vector<fs::path>& Directories) {
     std::set<dev_t> known;
     for (const fs::path& wanted : Directories) {
         Target target;
@@ -108,7 +108,7 @@ FlushWatch::FlushWatch(const std::vector<fs::path>& Directories) {
     }
 }
 
-FlushWatch::~FlushWatch() {
+Flusher::~Flusher() {
     for (const Target& target : Targets) {
         if (target.Process > 0) {
             ::kill(target.Process, SIGKILL);
@@ -120,7 +120,7 @@ FlushWatch::~FlushWatch() {
     }
 }
 
-void FlushWatch::Start() {
+void Flusher::Start() {
     PendingBytesAtStart = PendingBytes().value_or(0);
     for (Target& target : Targets) {
         target.WrittenBytesAtStart = BytesWrittenTo(target.DeviceDirectory).value_or(0);
@@ -131,7 +131,7 @@ void FlushWatch::Start() {
     }
 }
 
-FlushProgress FlushWatch::Poll() {
+FlushProgress Flusher::Poll() {
     NoteEnds();
     FlushProgress progress;
     progress.bFinished = std::all_of(Targets.begin(), Targets.end(),
@@ -149,7 +149,7 @@ FlushProgress FlushWatch::Poll() {
     return progress;
 }
 
-void FlushWatch::NoteEnds() {
+void Flusher::NoteEnds() {
     for (Target& target : Targets) {
         int status = 0;
         if (target.Process < 0 || ::waitpid(target.Process, &status, WNOHANG) != target.Process) {
@@ -165,7 +165,7 @@ void FlushWatch::NoteEnds() {
 }
 
 // The first one stands for all.
-void FlushWatch::NoteError(const Target& Flushed, const std::string& Reason) {
+void Flusher::NoteError(const Target& Flushed, const std::string& Reason) {
     if (ErrorText.empty()) {
         ErrorText =
             "cannot write everything to " + Quoted(Flushed.Directory.native()) + ": " + Reason;
@@ -173,7 +173,7 @@ void FlushWatch::NoteError(const Target& Flushed, const std::string& Reason) {
 }
 
 // By the devices' own counters or, without a device, by what has left the page cache.
-std::uint64_t FlushWatch::WrittenBytes(std::uint64_t Pending) const {
+std::uint64_t Flusher::WrittenBytes(std::uint64_t Pending) const {
     std::uint64_t written = 0;
     bool bCounted = false;
     for (const Target& target : Targets) {
@@ -185,7 +185,7 @@ std::uint64_t FlushWatch::WrittenBytes(std::uint64_t Pending) const {
     return bCounted ? written : PendingBytesAtStart - std::min(PendingBytesAtStart, Pending);
 }
 
-std::uint64_t FlushWatch::SampleRate(std::uint64_t Written) {
+std::uint64_t Flusher::SampleRate(std::uint64_t Written) {
     const Clock::time_point now = Clock::now();
     Samples.emplace_back(now, Written);
     while (Samples.front().first < now - kRateWindow) {

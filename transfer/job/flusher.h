@@ -35,15 +35,15 @@ std::vector<std::filesystem::path> DirectoriesToFlush(const TarvaneTransferPlan&
 // interrupt a thread that waits for a disk, and a program ends only with all of its threads.
 //
 // Threads: one at a time.
-class FlushWatch {
+class Flusher {
 public:
     // Opens the file systems of Directories. Comes before the job: the kernel reports a failed
     // write only to those who had the file system open when it failed.
-    explicit FlushWatch(const std::vector<std::filesystem::path>& Directories);
+    explicit Flusher(const std::vector<std::filesystem::path>& Directories);
     // Leaves an unfinished flush to the kernel and returns at once.
-    ~FlushWatch();
-    FlushWatch(const FlushWatch&) = delete;
-    FlushWatch& operator=(const FlushWatch&) = delete;
+    ~Flusher();
+    Flusher(const Flusher&) = delete;
+    Flusher& operator=(const Flusher&) = delete;
 
     bool HasAnythingToFlush() const { return !Targets.empty(); }
 

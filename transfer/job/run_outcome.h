@@ -1,0 +1,23 @@
+// How a run has ended: the job, and what comes before and after it.
+
+#pragma once
+
+#include <optional>
+#include <string>
+
+enum class RunResult {
+    Succeeded,
+    Failed,
+    Canceled,
+};
+
+struct RunOutcome {
+    RunResult Result = RunResult::Failed;
+    // The job's last text, or the reason why there was no job.
+    std::string Text;
+    // The signal that the run was ended by, SIGINT for Esc too; nothing when it came to its own
+    // end.
+    std::optional<int> EndSignal = {};
+    // Whether what was copied has reached the disks; nothing when that was not to be waited for.
+    std::optional<bool> bFlushed = {};
+};
