@@ -14,8 +14,8 @@ public:
         sigfillset(&all);
         pthread_sigmask(SIG_SETMASK, &all, &Before);
     }
-    // Blocks one more: SIGTTOU or SIGTTIN, so that the system does not stop the program for touching
-    // the terminal from the background.
+    // Blocks one more: SIGTTOU or SIGTTIN, so that the system does not stop the program for
+    // touching the terminal from the background.
     explicit SignalsBlocked(int Signal) {
         sigset_t one;
         sigemptyset(&one);

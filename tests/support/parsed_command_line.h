@@ -23,14 +23,18 @@ inline CommandLine Parse(Words Arguments) {
 }
 
 // The request, or a default one after a failed expectation.
-inline TransferRequest Request(const Words& Arguments) {
+inline LineRequest WholeRequest(const Words& Arguments) {
     const CommandLine line = Parse(Arguments);
-    const auto* request = std::get_if<TransferRequest>(&line);
+    const auto* request = std::get_if<LineRequest>(&line);
     if (const auto* error = std::get_if<UsageError>(&line)) {
         ADD_FAILURE() << error->Sentence;
     }
     EXPECT_NE(request, nullptr);
-    return request != nullptr ? *request : TransferRequest{};
+    return request != nullptr ? *request : LineRequest{};
+}
+
+inline TransferRequest Request(const Words& Arguments) {
+    return WholeRequest(Arguments).Transfer;
 }
 
 // The usage sentence, or an empty text after a failed expectation.

@@ -9,12 +9,14 @@ enum class RunResult {
     Succeeded,
     Failed,
     Canceled,
+    // Nothing was begun: the request contradicts itself, or cannot be carried out here.
+    WrongUsage,
 };
 
 struct RunOutcome {
     RunResult Result = RunResult::Failed;
     // The job's last text, or the reason why there was no job.
-    std::string Text;
+    std::string Text = {};
     // The signal that the run was ended by, SIGINT for Esc too; nothing when it came to its own
     // end.
     std::optional<int> EndSignal = {};

@@ -1,4 +1,4 @@
-// What the user asked `tarvane copy` or `tarvane move` to do, as the command line gave it.
+// What the user asks to be copied or moved, and how.
 
 #pragma once
 
@@ -7,14 +7,6 @@
 #include <vector>
 
 #include "conflict_choices.h"
-
-enum class ProgressStyle {
-    Auto,
-    Live,
-    Lines,
-    Json,
-    None,
-};
 
 enum class FlushChoice {
     Auto,
@@ -32,10 +24,6 @@ struct TransferRequest {
     FileConflictChoice OnConflict = FileConflictChoice::Ask;
     // Merge unless it is given or OnConflict asks.
     std::optional<DirectoryConflictChoice> OnDirectoryConflict;
-    ProgressStyle Progress = ProgressStyle::Auto;
-    double IntervalSeconds = 5.0;
-    bool bQuiet = false;
-    bool bVerbose = false;
     FlushChoice Flush = FlushChoice::Auto;
     bool bPreflight = true;
     bool bDryRun = false;

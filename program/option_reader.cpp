@@ -142,19 +142,19 @@ int OptionReader::Read(int Argc, char** Argv) {
 void OptionReader::Apply(int Code, bool bLong) {
     switch (Code) {
     case 'i':
-        Request.OnConflict = FileConflictChoice::Ask;
+        Request.Transfer.OnConflict = FileConflictChoice::Ask;
         break;
     case 'f':
-        Request.OnConflict = FileConflictChoice::Overwrite;
+        Request.Transfer.OnConflict = FileConflictChoice::Overwrite;
         break;
     case 'n':
-        Request.OnConflict = FileConflictChoice::Skip;
+        Request.Transfer.OnConflict = FileConflictChoice::Skip;
         break;
     case 'u':
-        Request.OnConflict = FileConflictChoice::Older;
+        Request.Transfer.OnConflict = FileConflictChoice::Older;
         break;
     case 'T':
-        Request.bNoTargetDirectory = true;
+        Request.Transfer.bNoTargetDirectory = true;
         break;
     case 'r':
     case 'R':
@@ -166,13 +166,13 @@ void OptionReader::Apply(int Code, bool bLong) {
         Request.bQuiet = Code == 'q';
         break;
     case kNoPreflight:
-        Request.bPreflight = false;
+        Request.Transfer.bPreflight = false;
         break;
     case kDryRun:
-        Request.bDryRun = true;
+        Request.Transfer.bDryRun = true;
         break;
     case kFollowLinks:
-        Request.bFollowLinks = true;
+        Request.Transfer.bFollowLinks = true;
         break;
     default:
         ApplyWithText(Code);
@@ -185,11 +185,11 @@ void OptionReader::ApplyWithText(int Code) {
         ReadTargetDirectory();
         break;
     case kOnConflict:
-        ReadChoice<FileConflictChoice>(Code, kFileChoices, Request.OnConflict);
+        ReadChoice<FileConflictChoice>(Code, kFileChoices, Request.Transfer.OnConflict);
         break;
     case kOnDirectoryConflict:
         ReadChoice<DirectoryConflictChoice>(Code, kDirectoryChoices,
-                                            Request.OnDirectoryConflict.emplace());
+                                            Request.Transfer.OnDirectoryConflict.emplace());
         break;
     case kProgress:
         ReadChoice<ProgressStyle>(Code, kProgressStyles, Request.Progress);
@@ -198,7 +198,7 @@ void OptionReader::ApplyWithText(int Code) {
         ReadInterval();
         break;
     case kFlush:
-        ReadChoice<FlushChoice>(Code, kFlushChoices, Request.Flush);
+        ReadChoice<FlushChoice>(Code, kFlushChoices, Request.Transfer.Flush);
         break;
     case kHelp:
         Answer = InformationText{kHelpText};
@@ -210,15 +210,15 @@ void OptionReader::ApplyWithText(int Code) {
 }
 
 void OptionReader::ReadTargetDirectory() {
-    if (Request.TargetDirectory) {
+    if (Request.Transfer.TargetDirectory) {
         Refuse("multiple target directories specified");
         return;
     }
-    Request.TargetDirectory = optarg;
+    Request.Transfer.TargetDirectory = optarg;
 }
 
 void OptionReader::AcceptRecursive(int Code, bool bLong) {
-    if (Request.bMove) {
+    if (Request.Transfer.bMove) {
         Refuse(bLong ? "unrecognized option '--recursive'"
                      : "invalid option -- " + Quoted(std::string(1, static_cast<char>(Code))));
     }

@@ -35,8 +35,8 @@ int Answer(const UsageError& Mistake) {
     return kExitUsage;
 }
 
-int Answer(const TransferRequest& Request) {
-    return RunLineFrontEnd(Request);
+int Answer(const LineRequest& Request) {
+    return ExitStatusOf(RunLineFrontEnd(Request, ExitStatusOf));
 }
 
 int Run(int Argc, char** Argv) {

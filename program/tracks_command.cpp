@@ -219,10 +219,10 @@ int RunTracksCommand(int Argc, char** Argv) {
     }
     TrackList list;
     std::string errorMessage;
-    int endStatus = kExitDone;
-    switch (FetchTrackList(device, list, errorMessage, endStatus)) {
+    int endSignal = 0;
+    switch (FetchTrackList(device, list, errorMessage, endSignal)) {
     case TrackFetchResult::Canceled:
-        return endStatus;
+        return kExitBySignal + endSignal;
     case TrackFetchResult::Failed:
         return Fail(errorMessage);
     case TrackFetchResult::Fetched:

@@ -46,9 +46,9 @@ CommandLine ParseTransfer(bool bMove, int Argc, char** Argv) {
     if (reader.Answer) {
         return *reader.Answer;
     }
-    TransferRequest request = std::move(reader.Request);
-    request.Operands.assign(Argv + firstOperand, Argv + Argc);
-    if (const std::optional<UsageError> mistake = FindOperandMistake(request)) {
+    LineRequest request = std::move(reader.Request);
+    request.Transfer.Operands.assign(Argv + firstOperand, Argv + Argc);
+    if (const std::optional<UsageError> mistake = FindOperandMistake(request.Transfer)) {
         return *mistake;
     }
     return request;
@@ -75,19 +75,4 @@ CommandLine ParseCommandLine(int Argc, char** Argv) {
     }
     return UsageError{"unknown command " + Quoted(command) +
                       "; the commands are copy, move and tracks"};
-}
-
-std::string SentenceIfNobodyCanBeAsked(const TransferRequest& Request) {
-    if (Request.bDryRun) {
-        return {};
-    }
-    const std::string reason = "nobody can be asked about taken names without a terminal; pass ";
-    if (Request.OnConflict == FileConflictChoice::Ask) {
-        return reason + "--on-conflict=overwrite, skip or another choice";
-    }
-    if (ChosenForDirectories(Request.OnConflict, Request.OnDirectoryConflict) ==
-        DirectoryConflictChoice::Ask) {
-        return reason + "--on-directory-conflict=merge, skip or fail";
-    }
-    return {};
 }

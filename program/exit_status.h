@@ -23,6 +23,8 @@ inline int ExitStatusOf(const RunOutcome& Outcome) {
         return kExitFailed;
     case RunResult::Canceled:
         return kExitCanceled;
+    case RunResult::WrongUsage:
+        return kExitUsage;
     }
     return kExitFailed;
 }

@@ -18,20 +18,21 @@ std::string Information(const Words& Arguments) {
 }
 
 TEST(CommandLineParser, CopyWithoutOptionsAsksAndLooksFirst) {
-    const TransferRequest request = Request({"copy", "a", "b"});
+    const LineRequest line = WholeRequest({"copy", "a", "b"});
+    const TransferRequest& request = line.Transfer;
     EXPECT_FALSE(request.bMove);
     EXPECT_EQ(request.OnConflict, FileConflictChoice::Ask);
     EXPECT_FALSE(request.OnDirectoryConflict.has_value());
     EXPECT_FALSE(request.TargetDirectory.has_value());
     EXPECT_FALSE(request.bNoTargetDirectory);
-    EXPECT_EQ(request.Progress, ProgressStyle::Auto);
-    EXPECT_EQ(request.IntervalSeconds, 5.0);
+    EXPECT_EQ(line.Progress, ProgressStyle::Auto);
+    EXPECT_EQ(line.IntervalSeconds, 5.0);
     EXPECT_EQ(request.Flush, FlushChoice::Auto);
     EXPECT_TRUE(request.bPreflight);
     EXPECT_FALSE(request.bDryRun);
     EXPECT_FALSE(request.bFollowLinks);
-    EXPECT_FALSE(request.bQuiet);
-    EXPECT_FALSE(request.bVerbose);
+    EXPECT_FALSE(line.bQuiet);
+    EXPECT_FALSE(line.bVerbose);
 }
 
 TEST(CommandLineParser, MoveMoves) {

@@ -55,7 +55,7 @@ TEST(Options, KnowsEveryChoiceForDirectories) {
 
 TEST(Options, KnowsEveryProgressStyle) {
     const auto style = [](const std::string& Name) {
-        return Request({"copy", "--progress", Name, "a", "b"}).Progress;
+        return WholeRequest({"copy", "--progress", Name, "a", "b"}).Progress;
     };
     EXPECT_EQ(style("auto"), ProgressStyle::Auto);
     EXPECT_EQ(style("live"), ProgressStyle::Live);
@@ -88,27 +88,27 @@ TEST(Options, ReadsTheTargetDirectoryInEveryForm) {
 TEST(Options, ReadsTheFlags) {
     EXPECT_TRUE(Request({"copy", "-T", "a", "b"}).bNoTargetDirectory);
     EXPECT_TRUE(Request({"copy", "--no-target-directory", "a", "b"}).bNoTargetDirectory);
-    EXPECT_TRUE(Request({"copy", "-v", "a", "b"}).bVerbose);
-    EXPECT_TRUE(Request({"copy", "--verbose", "a", "b"}).bVerbose);
-    EXPECT_TRUE(Request({"copy", "-q", "a", "b"}).bQuiet);
-    EXPECT_TRUE(Request({"copy", "--quiet", "a", "b"}).bQuiet);
+    EXPECT_TRUE(WholeRequest({"copy", "-v", "a", "b"}).bVerbose);
+    EXPECT_TRUE(WholeRequest({"copy", "--verbose", "a", "b"}).bVerbose);
+    EXPECT_TRUE(WholeRequest({"copy", "-q", "a", "b"}).bQuiet);
+    EXPECT_TRUE(WholeRequest({"copy", "--quiet", "a", "b"}).bQuiet);
     EXPECT_FALSE(Request({"copy", "--no-preflight", "a", "b"}).bPreflight);
     EXPECT_TRUE(Request({"copy", "--dry-run", "a", "b"}).bDryRun);
     EXPECT_TRUE(Request({"copy", "--follow-links", "a", "b"}).bFollowLinks);
 }
 
 TEST(Options, QuietAndVerboseCancelEachOther) {
-    const TransferRequest verbose = Request({"copy", "-q", "-v", "a", "b"});
+    const LineRequest verbose = WholeRequest({"copy", "-q", "-v", "a", "b"});
     EXPECT_TRUE(verbose.bVerbose);
     EXPECT_FALSE(verbose.bQuiet);
-    const TransferRequest quiet = Request({"copy", "-vq", "a", "b"});
+    const LineRequest quiet = WholeRequest({"copy", "-vq", "a", "b"});
     EXPECT_FALSE(quiet.bVerbose);
     EXPECT_TRUE(quiet.bQuiet);
 }
 
 TEST(Options, ReadsIntervals) {
     const auto interval = [](const std::string& Text) {
-        return Request({"copy", "--interval=" + Text, "a", "b"}).IntervalSeconds;
+        return WholeRequest({"copy", "--interval=" + Text, "a", "b"}).IntervalSeconds;
     };
     EXPECT_EQ(interval("0.1"), 0.1);
     EXPECT_EQ(interval("2"), 2.0);
@@ -125,7 +125,7 @@ TEST(Options, RefusesIntervalsThatAreNoSuchNumber) {
 }
 
 TEST(Options, LongOptionsMayBeShortened) {
-    EXPECT_TRUE(Request({"copy", "--verb", "a", "b"}).bVerbose);
+    EXPECT_TRUE(WholeRequest({"copy", "--verb", "a", "b"}).bVerbose);
     EXPECT_EQ(FileChoice({"--on-c=fail"}), FileConflictChoice::Fail);
 }
 

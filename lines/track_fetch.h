@@ -18,7 +18,7 @@ enum class TrackFetchResult {
 // On a terminal it says on standard error that it waits when that takes more than a moment.
 //
 // Requires: an interface thread, and that no other thread was started yet.
-// Errors: ErrorMessage as ReadTrackList gives it. When canceled, OutExitStatus is what the program
-// should end with: 130 for Esc and Ctrl-C, otherwise 128 + the signal's number.
+// Errors: ErrorMessage as ReadTrackList gives it. When canceled, OutEndSignal is the signal that
+// the program should end by, SIGINT for Esc too.
 TrackFetchResult FetchTrackList(const std::string& Device, TrackList& Out,
-                                std::string& ErrorMessage, int& OutExitStatus);
+                                std::string& ErrorMessage, int& OutEndSignal);

@@ -7,7 +7,6 @@
 #include <unistd.h>
 #include <utility>
 
-#include "exit_status.h"
 #include "terminal_modes.h"
 
 namespace {
@@ -31,10 +30,10 @@ bool CanAskHere() {
     return isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
 }
 
-LineConsole::LineConsole()
-    : Signals(std::in_place), Errors(STDERR_FILENO), NextFrame(Clock::now() + kFirstFrameAfter),
-      bOutputTerminal(Device.IsOutputTerminal()), bCanRedraw(CanRedrawHere()),
-      bCanAsk(CanAskHere()) {}
+LineConsole::LineConsole(ExitStatusFunction ExitStatusForOutcome)
+    : ExitStatusOf(ExitStatusForOutcome), Signals(std::in_place), Errors(STDERR_FILENO),
+      NextFrame(Clock::now() + kFirstFrameAfter), bOutputTerminal(Device.IsOutputTerminal()),
+      bCanRedraw(CanRedrawHere()), bCanAsk(CanAskHere()) {}
 
 void LineConsole::TakeKeys(bool bTake) {
     if (bTakesKeys == bTake) {
@@ -231,5 +230,5 @@ void LineConsole::LeaveNow() {
     if (!PartingSentence.empty()) {
         PrintMessage(PartingSentence);
     }
-    _exit(kExitBySignal + Ending.Signal());
+    _exit(ExitStatusOf({.Result = RunResult::Canceled, .EndSignal = Ending.Signal()}));
 }

@@ -2,10 +2,11 @@
 
 #pragma once
 
-#include "transfer_request.h"
+#include "exit_status_function.h"
+#include "line_request.h"
 
-// Carries the request out and returns the program's exit status. Progress and messages go to
+// Carries the request out and returns how that has ended. Progress and messages go to
 // standard error; JSON Lines, the lines of -v and the totals of a dry run to standard output.
 //
 // Requires: the only thread of the program.
-int RunLineFrontEnd(const TransferRequest& Request);
+RunOutcome RunLineFrontEnd(const LineRequest& Request, ExitStatusFunction ExitStatusOf);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "end_request.h"
+#include "exit_status_function.h"
 #include "key_press.h"
 #include "line_writer.h"
 #include "live_block.h"
@@ -28,7 +29,8 @@ class LineConsole {
 public:
     using Clock = std::chrono::steady_clock;
 
-    LineConsole();
+    // ExitStatusForOutcome tells what the program is to exit with when it has to leave at once.
+    explicit LineConsole(ExitStatusFunction ExitStatusForOutcome);
 
     bool CanAsk() const { return bCanAsk; }
     bool CanRedraw() const { return bCanRedraw; }
@@ -88,6 +90,7 @@ private:
     void ShowPlain(const std::vector<ScreenLine>& Lines);
     [[noreturn]] void LeaveNow();
 
+    ExitStatusFunction ExitStatusOf;
     std::optional<SignalInbox> Signals;
     TerminalDevice Device;
     BlockDrawer Drawer;

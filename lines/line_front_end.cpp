@@ -1,8 +1,6 @@
 #include "line_front_end.h"
 
-#include "command_line.h"
 #include "completion_bell.h"
-#include "exit_status.h"
 #include "flush_phase.h"
 #include "line_console.h"
 #include "plan_builder.h"
@@ -34,18 +32,20 @@ void PrintSentence(const std::string& Sentence) {
 // One transfer from its plan to its last line.
 class LineFrontEnd {
 public:
-    LineFrontEnd(const TransferRequest& UserRequest, TarvaneTransferPlan UserPlan)
-        : Request(UserRequest), Plan(std::move(UserPlan)),
-          Flush(DirectoriesToFlush(Plan, Request.bDryRun ? FlushChoice::Never : Request.Flush)),
-          Output(MakeOutput()), Results(STDOUT_FILENO) {}
+    LineFrontEnd(const LineRequest& UserRequest, TarvaneTransferPlan UserPlan,
+                 ExitStatusFunction ExitStatusForOutcome)
+        : Request(UserRequest), Transfer(Request.Transfer), ExitStatusOf(ExitStatusForOutcome),
+          Plan(std::move(UserPlan)),
+          Flush(DirectoriesToFlush(Plan, Transfer.bDryRun ? FlushChoice::Never : Transfer.Flush)),
+          Console(ExitStatusOf), Output(MakeOutput()), Results(STDOUT_FILENO) {}
 
-    int Run() {
+    RunOutcome Run() {
         RunOutcome outcome = RunPhases();
-        const int exitStatus = ExitStatusOf(outcome);
-        Output->Ended(outcome, exitStatus);
+        Output->Ended(outcome, ExitStatusOf(outcome));
         Console.Close();
         SayEnd(outcome);
-        return FinishOutputs(exitStatus);
+        FinishOutputs(outcome);
+        return outcome;
     }
 
 private:
@@ -56,9 +56,11 @@ private:
     void SayThatTracksStay();
     void SayDone(const std::string& Text);
     void SayEnd(const RunOutcome& Outcome);
-    int FinishOutputs(int ExitStatus);
+    void FinishOutputs(RunOutcome& Outcome);
 
-    const TransferRequest& Request;
+    const LineRequest& Request;
+    const TransferRequest& Transfer;
+    ExitStatusFunction ExitStatusOf;
     TarvaneTransferPlan Plan;
     Flusher Flush;
     LineConsole Console;
@@ -86,17 +88,17 @@ std::unique_ptr<ProgressOutput> LineFrontEnd::MakeOutput() {
 }
 
 RunOutcome LineFrontEnd::RunPhases() {
-    if (Request.bPreflight || Request.bDryRun) {
-        if (std::optional<RunOutcome> end = RunPreflightPhase(Request, Plan, Console, *Output)) {
+    if (Transfer.bPreflight || Transfer.bDryRun) {
+        if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, Console, *Output)) {
             return *end;
         }
     }
-    if (Request.bDryRun) {
+    if (Transfer.bDryRun) {
         return {.Result = RunResult::Failed, .Text = "the look through the sources has no result"};
     }
     SayWhatGoesWhere();
     SayThatTracksStay();
-    RunOutcome outcome = TransferPhase(Request, std::move(Plan), Console, *Output).Run();
+    RunOutcome outcome = TransferPhase(Transfer, std::move(Plan), Console, *Output).Run();
     if (outcome.Result == RunResult::Succeeded && Flush.HasAnythingToFlush()) {
         SayDone(outcome.Text);
         RunFlushPhase(Flush, Console, *Output, outcome);
@@ -133,7 +135,7 @@ void LineFrontEnd::SayThatTracksStay() {
 }
 
 void LineFrontEnd::SayEnd(const RunOutcome& Outcome) {
-    if (Request.bDryRun && Outcome.Result != RunResult::Canceled) {
+    if (Transfer.bDryRun && Outcome.Result != RunResult::Canceled) {
         if (!IsJson()) {
             Results.Add(Outcome.Text);
         }
@@ -153,7 +155,7 @@ void LineFrontEnd::SayEnd(const RunOutcome& Outcome) {
     }
 }
 
-int LineFrontEnd::FinishOutputs(int ExitStatus) {
+void LineFrontEnd::FinishOutputs(RunOutcome& Outcome) {
     const int recordsError = Output->Finish();
     Results.Finish();
     Console.Finish();
@@ -162,29 +164,29 @@ int LineFrontEnd::FinishOutputs(int ExitStatus) {
     }
     const int error = recordsError != 0 ? recordsError : Results.Error();
     if (error == EPIPE) {
-        return kExitBySignal + SIGPIPE;
-    }
-    if (error != 0) {
+        Outcome.EndSignal = SIGPIPE;
+    } else if (error != 0) {
         PrintSentence(std::string("write error: ") + std::strerror(error));
-        return ExitStatus == kExitDone ? kExitFailed : ExitStatus;
+        if (Outcome.Result == RunResult::Succeeded) {
+            Outcome.Result = RunResult::Failed;
+        }
     }
-    return ExitStatus;
 }
 
 // Why the request cannot be carried out here; empty when it can.
-std::string WhyNotHere(const TransferRequest& Request) {
+std::string WhyNotHere(const LineRequest& Request) {
     if (Request.Progress == ProgressStyle::Live && !CanRedrawHere()) {
         return "--progress=live needs a terminal that can redraw lines on standard error; pass "
                "--progress=lines or another style";
     }
-    return CanAskHere() ? std::string() : SentenceIfNobodyCanBeAsked(Request);
+    return CanAskHere() ? std::string() : SentenceIfNobodyCanBeAsked(Request.Transfer);
 }
 
 std::variant<TrackList, TrackListFailure> WaitForTracks(const std::string& Device,
-                                                        int& OutEndStatus) {
+                                                        int& OutEndSignal) {
     TrackList list;
     std::string reason;
-    switch (FetchTrackList(Device, list, reason, OutEndStatus)) {
+    switch (FetchTrackList(Device, list, reason, OutEndSignal)) {
     case TrackFetchResult::Fetched:
         return list;
     case TrackFetchResult::Failed:
@@ -195,34 +197,35 @@ std::variant<TrackList, TrackListFailure> WaitForTracks(const std::string& Devic
     return TrackListFailure{};
 }
 
-int ExitStatusOf(PlanRefusalKind Kind, int EndStatus) {
+RunOutcome OutcomeOf(PlanRefusalKind Kind, int EndSignal) {
     switch (Kind) {
     case PlanRefusalKind::WrongUsage:
-        return kExitUsage;
+        return {.Result = RunResult::WrongUsage};
     case PlanRefusalKind::Failed:
-        return kExitFailed;
+        return {.Result = RunResult::Failed};
     case PlanRefusalKind::Canceled:
         break;
     }
-    return EndStatus;
+    return {.Result = RunResult::Canceled, .EndSignal = EndSignal};
 }
 
 } // namespace
 
-int RunLineFrontEnd(const TransferRequest& Request) {
+RunOutcome RunLineFrontEnd(const LineRequest& Request, ExitStatusFunction ExitStatusOf) {
     if (const std::string reason = WhyNotHere(Request); !reason.empty()) {
         PrintSentence(reason);
-        return kExitUsage;
+        return {.Result = RunResult::WrongUsage, .Text = reason};
     }
-    int endStatus = kExitDone;
-    BuiltPlan built = BuildPlan(Request, [&endStatus](const std::string& Device) {
-        return WaitForTracks(Device, endStatus);
+    int endSignal = 0;
+    BuiltPlan built = BuildPlan(Request.Transfer, [&endSignal](const std::string& Device) {
+        return WaitForTracks(Device, endSignal);
     });
     if (const auto* refusal = std::get_if<PlanRefusal>(&built)) {
         for (const std::string& sentence : refusal->Sentences) {
             PrintSentence(sentence);
         }
-        return ExitStatusOf(refusal->Kind, endStatus);
+        return OutcomeOf(refusal->Kind, endSignal);
     }
-    return LineFrontEnd(Request, std::get<TarvaneTransferPlan>(std::move(built))).Run();
+    return LineFrontEnd(Request, std::get<TarvaneTransferPlan>(std::move(built)), ExitStatusOf)
+        .Run();
 }

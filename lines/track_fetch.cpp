@@ -1,6 +1,5 @@
 #include "track_fetch.h"
 
-#include "exit_status.h"
 #include "signal_inbox.h"
 #include "signals_blocked.h"
 #include "terminal_device.h"
@@ -84,7 +83,7 @@ std::string ReadReply(int Pipe) {
     return reply;
 }
 
-// Returns 0, or the exit status of a program that a signal ends.
+// Returns 0, or the signal that ends the program.
 int TakeSignals(SignalInbox& Signals, TerminalDevice& Terminal) {
     while (const std::optional<int> signal = Signals.Take()) {
         switch (*signal) {
@@ -92,7 +91,7 @@ int TakeSignals(SignalInbox& Signals, TerminalDevice& Terminal) {
         case SIGTERM:
         case SIGHUP:
         case SIGQUIT:
-            return kExitBySignal + *signal;
+            return *signal;
         case SIGTSTP:
             Terminal.LeaveKeyMode();
             Signals.StopBy(SIGTSTP);
@@ -115,7 +114,7 @@ bool TakeEscape(TerminalDevice& Terminal) {
     return bEscape;
 }
 
-// Returns 0 when the reply has come, otherwise the exit status of a canceled wait.
+// Returns 0 when the reply has come, otherwise the signal that has canceled the wait.
 int WaitForReply(int Pipe) {
     SignalInbox signals;
     TerminalDevice terminal;
@@ -128,11 +127,11 @@ int WaitForReply(int Pipe) {
             terminal.Write("tarvane: waiting for the drive, Esc cancels\r\n");
             timeout = -1;
         }
-        if (const int status = TakeSignals(signals, terminal); status != 0) {
-            return status;
+        if (const int end = TakeSignals(signals, terminal); end != 0) {
+            return end;
         }
         if (events[2].revents != 0 && TakeEscape(terminal)) {
-            return kExitCanceled;
+            return SIGINT;
         }
         if (events[0].revents != 0) {
             return 0;
@@ -154,14 +153,14 @@ bool TakeReply(const std::string& Reply, std::vector<TrackListEntry>& Out,
 } // namespace
 
 TrackFetchResult FetchTrackList(const std::string& Device, TrackList& Out,
-                                std::string& ErrorMessage, int& OutExitStatus) {
+                                std::string& ErrorMessage, int& OutEndSignal) {
     Reader reader;
     if (!StartReader(Device, reader)) {
         ErrorMessage = std::string("cannot start reading the drive: ") + std::strerror(errno);
         return TrackFetchResult::Failed;
     }
-    OutExitStatus = WaitForReply(reader.Pipe);
-    if (OutExitStatus != 0) {
+    OutEndSignal = WaitForReply(reader.Pipe);
+    if (OutEndSignal != 0) {
         close(reader.Pipe);
         // Nobody waits for its end, which the drive may hold up.
         kill(reader.Child, SIGKILL);

@@ -15,14 +15,14 @@ using NamedChoices = std::span<const std::pair<const char*, Choice>>;
 // Reads the options in their order, the last one of a kind deciding; the first mistake ends it.
 class OptionReader {
 public:
-    explicit OptionReader(bool bMove) { Request.bMove = bMove; }
+    explicit OptionReader(bool bMove) { Request.Transfer.bMove = bMove; }
 
     // Argv[0] is the command. Returns the index of the first operand; operands are moved behind
     // the options for it.
     int Read(int Argc, char** Argv);
 
     // Without the operands.
-    TransferRequest Request;
+    LineRequest Request;
     // The answer to --help or --version, or a mistake. Request then counts for nothing.
     std::optional<CommandLine> Answer;
 

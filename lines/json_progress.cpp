@@ -95,6 +95,8 @@ const char* ResultName(RunResult Result) {
         return "failed";
     case RunResult::Canceled:
         return "canceled";
+    case RunResult::WrongUsage:
+        break;
     }
     return "failed";
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <variant>
 
-#include "transfer_request.h"
+#include "line_request.h"
 
 // What --help and --version answer: a text for standard output; the program then ends with
 // kExitDone.
@@ -20,14 +20,10 @@ struct UsageError {
     std::string Sentence;
 };
 
-using CommandLine = std::variant<TransferRequest, InformationText, UsageError>;
+using CommandLine = std::variant<LineRequest, InformationText, UsageError>;
 
 // Reads the program's whole argument vector, of which Argv[1] is the command. Operands stay the
 // bytes they are. The file system is not looked at.
 //
 // Requires: no other thread that reads arguments; options and operands in Argv change places.
 CommandLine ParseCommandLine(int Argc, char** Argv);
-
-// Why a request cannot run where nobody can be asked: the sentence names the option to pass. Empty
-// when the request asks nothing.
-std::string SentenceIfNobodyCanBeAsked(const TransferRequest& Request);

@@ -1,0 +1,16 @@
+#include "line_request.h"
+
+std::string SentenceIfNobodyCanBeAsked(const TransferRequest& Request) {
+    if (Request.bDryRun) {
+        return {};
+    }
+    const std::string reason = "nobody can be asked about taken names without a terminal; pass ";
+    if (Request.OnConflict == FileConflictChoice::Ask) {
+        return reason + "--on-conflict=overwrite, skip or another choice";
+    }
+    if (ChosenForDirectories(Request.OnConflict, Request.OnDirectoryConflict) ==
+        DirectoryConflictChoice::Ask) {
+        return reason + "--on-directory-conflict=merge, skip or fail";
+    }
+    return {};
+}
