@@ -12,24 +12,11 @@
 #include <vector>
 
 #include "conflict_choices.h"
+#include "conflict_desk.h"
 #include "key_press.h"
 #include "live_block.h"
 #include "tarvanetransfer.h"
 #include "text_field.h"
-#include "transfer_request.h"
-
-// What to do. Resolve the conflict with Action and RenamePath, and let the conflict policy remember
-// the rest for later names. Action is never one of the engine's own "all" answers: those would
-// remove whole directories later without a question.
-struct ConflictAnswer {
-    TarvaneTransferConflictAction Action = TarvaneTransferConflictAction::Cancel;
-    // The full new path with Rename, else empty.
-    std::string RenamePath;
-    std::optional<FileConflictChoice> ForAllFiles;
-    std::optional<DirectoryConflictChoice> ForAllDirectories;
-
-    bool operator==(const ConflictAnswer&) const = default;
-};
 
 // What the question needs to know about the disk.
 struct RenameAdvice {

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "conflict_desk.h"
 #include "flusher.h"
 #include "preflight.h"
 #include "progress_watch.h"
@@ -16,14 +17,6 @@ struct ProgressView {
     // The label of the stage.
     std::string Stage;
     ProgressClaims Claims;
-};
-
-// A conflict that was answered, by the user or by a choice from the command line.
-struct AnsweredConflict {
-    TarvaneTransferConflict Conflict;
-    TarvaneTransferConflictAction Action = TarvaneTransferConflictAction::Cancel;
-    std::string RenamePath;
-    bool bByUser = false;
 };
 
 // Reports nothing: the style None. The others override what they report. Looking, Running and

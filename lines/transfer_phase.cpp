@@ -11,10 +11,6 @@ namespace {
 
 using Action = TarvaneTransferConflictAction;
 
-// The job tells nobody that it waits for an answer. It is looked at often after an answer, when the
-// next taken name is likely to come soon, and then less and less often.
-constexpr std::chrono::microseconds kShortestPause{200};
-constexpr std::chrono::microseconds kLongestPause{20000};
 // Whoever has answered within this time is still looking at the screen.
 constexpr std::chrono::seconds kStillAttentive{2};
 
@@ -22,16 +18,16 @@ constexpr std::chrono::seconds kStillAttentive{2};
 
 TransferPhase::TransferPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
                              LineConsole& UserConsole, ProgressOutput& UserOutput)
-    : Console(UserConsole), Output(UserOutput),
-      Policy(Request.OnConflict, Request.OnDirectoryConflict), ConflictPause(kShortestPause),
-      bKeysBefore(UserConsole.TakesKeys()), Session(std::move(Plan)) {}
+    : Console(UserConsole), Output(UserOutput), bKeysBefore(UserConsole.TakesKeys()),
+      Session(std::move(Plan)),
+      Desk(Session.GetJob(), ConflictPolicy(Request.OnConflict, Request.OnDirectoryConflict)) {}
 
 RunOutcome TransferPhase::Run() {
     Console.SetPartingSentence("left before the transfer has stopped; partial files may remain");
     while (!Session.IsOver()) {
         Heed(Console.Wait(Timeout(), Session.OverFd()));
         HeedEnd();
-        AttendConflict();
+        AttendDesk();
         if (Console.TakeStatusRequest()) {
             const ProgressView view = Look();
             Console.PrintLine(ProgressLine(view.Snapshot, view.Claims));
@@ -67,7 +63,7 @@ void TransferPhase::ShowFrame() {
 }
 
 std::chrono::microseconds TransferPhase::Timeout() const {
-    return Question ? Console.UntilFrame() : std::min(Console.UntilFrame(), ConflictPause);
+    return Question ? Console.UntilFrame() : std::min(Console.UntilFrame(), Desk.Pause());
 }
 
 void TransferPhase::Heed(const std::vector<KeyPress>& Keys) {
@@ -95,36 +91,17 @@ void TransferPhase::HeedEnd() {
     }
 }
 
-void TransferPhase::AttendConflict() {
-    TarvaneTransferConflict conflict;
-    if (!Session.GetPendingConflict(conflict)) {
+void TransferPhase::AttendDesk() {
+    Report(Desk.Attend());
+    if (!Desk.OpenQuestion()) {
         CloseQuestion();
-        ConflictPause = std::min(ConflictPause * 2, kLongestPause);
-        return;
-    }
-    if (!Question) {
-        Decide(conflict);
+    } else if (!Question) {
+        Ask();
     }
 }
 
-void TransferPhase::Decide(const TarvaneTransferConflict& Conflict) {
-    const ConflictDecision decision = Policy.Decide(Conflict);
-    switch (decision.Outcome) {
-    case ConflictDecision::Verdict::Answer:
-        Resolve(Conflict, decision.Action, decision.RenamePath, false);
-        break;
-    case ConflictDecision::Verdict::AskUser:
-        Ask(Conflict);
-        break;
-    case ConflictDecision::Verdict::Fail:
-        FailSentence = decision.Sentence;
-        Resolve(Conflict, Action::Cancel, {}, false);
-        break;
-    }
-}
-
-void TransferPhase::Ask(const TarvaneTransferConflict& Conflict) {
-    const std::string destination = Conflict.DestinationPath;
+void TransferPhase::Ask() {
+    const std::string destination = Desk.OpenQuestion()->Conflict.DestinationPath;
     RenameAdvice advice;
     advice.ProposeFreePath = [destination] {
         return FreeNameBeside(destination).value_or(std::filesystem::path()).native();
@@ -132,8 +109,8 @@ void TransferPhase::Ask(const TarvaneTransferConflict& Conflict) {
     advice.Refusal = [](const std::string& Path) { return RenameRefusal(Path); };
     const Clock::time_point now = Clock::now();
     const bool bAttentive = now - AnsweredAt < kStillAttentive;
-    Asked = Conflict;
-    Question.emplace(Conflict, std::move(advice),
+    QuestionId = Desk.OpenQuestion()->Id;
+    Question.emplace(Desk.OpenQuestion()->Conflict, std::move(advice),
                      now + (bAttentive ? kNextQuestionDeadTime : kQuestionDeadTime));
     Console.TakeKeys(true);
     Console.HurryFrame();
@@ -146,13 +123,7 @@ void TransferPhase::TakeAnswer(const ConflictAnswer& Answer) {
     if (Answer.Action == Action::Cancel) {
         Console.End().Interrupt();
     }
-    if (Answer.ForAllFiles) {
-        Policy.RememberForAll(*Answer.ForAllFiles);
-    }
-    if (Answer.ForAllDirectories) {
-        Policy.RememberForAll(*Answer.ForAllDirectories);
-    }
-    Resolve(Asked, Answer.Action, Answer.RenamePath, true);
+    Report(Desk.Answer(QuestionId, Answer));
 }
 
 void TransferPhase::CloseQuestion() {
@@ -162,12 +133,10 @@ void TransferPhase::CloseQuestion() {
     }
 }
 
-void TransferPhase::Resolve(const TarvaneTransferConflict& Conflict, Action Answer,
-                            const std::string& RenamePath, bool bByUser) {
-    if (Session.ResolveConflict(Answer, RenamePath)) {
-        Output.Answered({Conflict, Answer, RenamePath, bByUser});
+void TransferPhase::Report(const AnsweredConflict* Answered) {
+    if (Answered != nullptr) {
+        Output.Answered(*Answered);
     }
-    ConflictPause = kShortestPause;
 }
 
 RunOutcome TransferPhase::Outcome() {
@@ -175,10 +144,10 @@ RunOutcome TransferPhase::Outcome() {
     RunOutcome outcome{.Result = RunResult::Failed, .Text = snapshot.MessageText};
     if (snapshot.bSucceeded) {
         outcome.Result = RunResult::Succeeded;
-    } else if (snapshot.bCanceled && FailSentence.empty()) {
+    } else if (snapshot.bCanceled && Desk.FailSentence().empty()) {
         outcome.Result = RunResult::Canceled;
     } else if (snapshot.bCanceled) {
-        outcome.Text = FailSentence;
+        outcome.Text = Desk.FailSentence();
     }
     // A signal that ends programs decides the status even when the job was faster.
     if (Console.End().IsAsked() && Console.End().Signal() != SIGINT) {

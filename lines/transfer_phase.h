@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "conflict_policy.h"
+#include "conflict_desk.h"
 #include "conflict_question.h"
 #include "line_console.h"
 #include "progress_output.h"
@@ -13,7 +13,6 @@
 
 #include <chrono>
 #include <optional>
-#include <string>
 
 // Runs the plan to its end.
 class TransferPhase {
@@ -32,27 +31,21 @@ private:
     void HeedEnd();
     std::chrono::microseconds Timeout() const;
 
-    void AttendConflict();
-    void Decide(const TarvaneTransferConflict& Conflict);
-    void Ask(const TarvaneTransferConflict& Conflict);
+    void AttendDesk();
+    void Ask();
     void TakeAnswer(const ConflictAnswer& Answer);
     void CloseQuestion();
-    void Resolve(const TarvaneTransferConflict& Conflict, TarvaneTransferConflictAction Action,
-                 const std::string& RenamePath, bool bByUser);
+    void Report(const AnsweredConflict* Answered);
 
     RunOutcome Outcome();
 
     LineConsole& Console;
     ProgressOutput& Output;
-    ConflictPolicy Policy;
     ProgressWatch Watch;
-    TarvaneTransferConflict Asked;
     std::optional<ConflictQuestion> Question;
+    std::uint64_t QuestionId = 0;
     Clock::time_point AnsweredAt;
-    // How long to wait before the next look for a conflict.
-    std::chrono::microseconds ConflictPause;
-    // Why a choice from the command line has ended the job.
-    std::string FailSentence;
     bool bKeysBefore;
     TransferSession Session;
+    ConflictDesk Desk;
 };

@@ -28,6 +28,7 @@ public:
     // Becomes readable when the session is over; for poll. It may be -1, which poll ignores.
     int OverFd() const { return OverEvent; }
 
+    TarvaneTransferJob& GetJob() { return *Job; }
     TarvaneTransferUiSnapshot Snapshot() const { return Job->MakeUiSnapshot(); }
     // The label of the stage, as job lists show it.
     std::string StageLabel() const { return Job->MakeJobSnapshot().State; }

@@ -1,0 +1,253 @@
+// A real worker asks; the desk is the interface's side.
+
+#include "conflict_desk.h"
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "becomes_true.h"
+
+namespace {
+
+using Action = TarvaneTransferConflictAction;
+using Kind = TarvaneTransferConflictKind;
+using std::chrono::microseconds;
+
+TarvaneTransferConflict ConflictAbout(const std::string& Name, Kind OfKind = Kind::File) {
+    TarvaneTransferConflict conflict;
+    conflict.Kind = OfKind;
+    conflict.SourcePath = "/from/" + Name;
+    conflict.DestinationPath = "/to/" + Name;
+    conflict.bSourceDirectory = conflict.bDestinationDirectory = OfKind == Kind::Directory;
+    return conflict;
+}
+
+// What the worker was told, or that it was told to stop.
+struct Told {
+    bool bGoOn = false;
+    Action Answer = Action::CompareByContent;
+    std::string RenamePath;
+
+    bool operator==(const Told&) const = default;
+};
+
+const Told kCanceled{.bGoOn = false, .Answer = Action::Cancel, .RenamePath = ""};
+
+class ConflictDeskTest : public testing::Test {
+protected:
+    ~ConflictDeskTest() override {
+        Job.RequestCancel();
+        if (Worker.joinable()) {
+            Worker.join();
+        }
+    }
+
+    ConflictDesk DeskWith(FileConflictChoice ForFiles,
+                          std::optional<DirectoryConflictChoice> ForDirectories = {}) {
+        return {Job, ConflictPolicy(ForFiles, ForDirectories)};
+    }
+
+    // Asks about these names on a thread of its own.
+    void WorkOn(std::vector<TarvaneTransferConflict> Conflicts) {
+        Worker = std::thread([this, conflicts = std::move(Conflicts)] {
+            for (const TarvaneTransferConflict& conflict : conflicts) {
+                Told told;
+                told.bGoOn = Job.WaitForConflict(conflict, told.Answer, told.RenamePath);
+                Heard.push_back(told);
+            }
+        });
+    }
+
+    // What the worker has heard when it is through.
+    std::vector<Told> AllHeard() {
+        Worker.join();
+        return Heard;
+    }
+
+    void WaitUntilPending() {
+        EXPECT_TRUE(BecomesTrue("a conflict is posted", [this] {
+            TarvaneTransferConflict ignored;
+            return Job.GetPendingConflict(ignored);
+        }));
+    }
+
+    // Attends until a question is open.
+    static void OpenOne(ConflictDesk& Desk) {
+        EXPECT_TRUE(BecomesTrue("a question is open", [&Desk] {
+            Desk.Attend();
+            return Desk.OpenQuestion().has_value();
+        }));
+    }
+
+    TarvaneTransferJob Job{false, 1, ""};
+    std::thread Worker;
+    std::vector<Told> Heard;
+};
+
+TEST_F(ConflictDeskTest, HasNothingToSayWhileNothingIsTaken) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Ask);
+    EXPECT_EQ(desk.Attend(), nullptr);
+    EXPECT_FALSE(desk.OpenQuestion().has_value());
+    EXPECT_EQ(desk.AnsweredCount(), 0U);
+    EXPECT_EQ(desk.FailSentence(), "");
+}
+
+TEST_F(ConflictDeskTest, ResolvesWhatThePolicyDecides) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Overwrite);
+    WorkOn({ConflictAbout("a")});
+    WaitUntilPending();
+    const AnsweredConflict* answered = desk.Attend();
+    ASSERT_NE(answered, nullptr);
+    EXPECT_EQ(answered->Conflict.DestinationPath, "/to/a");
+    EXPECT_EQ(answered->Action, Action::Overwrite);
+    EXPECT_EQ(answered->RenamePath, "");
+    EXPECT_FALSE(answered->bByUser);
+    EXPECT_FALSE(desk.OpenQuestion().has_value());
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{{true, Action::Overwrite, ""}}));
+}
+
+TEST_F(ConflictDeskTest, HandsOutAQuestionWhereAPersonIsNeeded) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Ask);
+    WorkOn({ConflictAbout("a")});
+    WaitUntilPending();
+    EXPECT_EQ(desk.Attend(), nullptr);
+    ASSERT_TRUE(desk.OpenQuestion().has_value());
+    const ConflictDesk::Question question = *desk.OpenQuestion();
+    EXPECT_EQ(question.Conflict.DestinationPath, "/to/a");
+    EXPECT_EQ(desk.Attend(), nullptr);
+    ASSERT_TRUE(desk.OpenQuestion().has_value());
+    EXPECT_EQ(desk.OpenQuestion()->Id, question.Id);
+    const AnsweredConflict* answered =
+        desk.Answer(question.Id, {.Action = Action::Rename, .RenamePath = "/to/b"});
+    ASSERT_NE(answered, nullptr);
+    EXPECT_EQ(answered->Conflict.SourcePath, "/from/a");
+    EXPECT_EQ(answered->Action, Action::Rename);
+    EXPECT_EQ(answered->RenamePath, "/to/b");
+    EXPECT_TRUE(answered->bByUser);
+    EXPECT_FALSE(desk.OpenQuestion().has_value());
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{{true, Action::Rename, "/to/b"}}));
+}
+
+TEST_F(ConflictDeskTest, RemembersAnswersForAllFilesAndForAllDirectories) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Ask);
+    WorkOn({ConflictAbout("a"), ConflictAbout("d", Kind::Directory), ConflictAbout("b"),
+            ConflictAbout("e", Kind::Directory)});
+    OpenOne(desk);
+    desk.Answer(desk.OpenQuestion()->Id,
+                {.Action = Action::Overwrite, .ForAllFiles = FileConflictChoice::Overwrite});
+    OpenOne(desk);
+    EXPECT_EQ(desk.OpenQuestion()->Conflict.DestinationPath, "/to/d");
+    desk.Answer(desk.OpenQuestion()->Id,
+                {.Action = Action::Merge, .ForAllDirectories = DirectoryConflictChoice::Merge});
+    EXPECT_TRUE(BecomesTrue("all are answered", [&desk] {
+        desk.Attend();
+        return desk.AnsweredCount() == 4;
+    }));
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{{true, Action::Overwrite, ""},
+                                             {true, Action::Merge, ""},
+                                             {true, Action::Overwrite, ""},
+                                             {true, Action::Merge, ""}}));
+    EXPECT_TRUE(desk.Answered()[0].bByUser);
+    EXPECT_TRUE(desk.Answered()[1].bByUser);
+    EXPECT_FALSE(desk.Answered()[2].bByUser);
+    EXPECT_FALSE(desk.Answered()[3].bByUser);
+}
+
+// As when the same job is shown in two places.
+TEST_F(ConflictDeskTest, AnAnswerThatComesTooLateDoesNotHitTheNextQuestion) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Ask);
+    WorkOn({ConflictAbout("a"), ConflictAbout("precious")});
+    OpenOne(desk);
+    const std::uint64_t first = desk.OpenQuestion()->Id;
+    EXPECT_NE(desk.Answer(first, {.Action = Action::Skip}), nullptr);
+    EXPECT_EQ(desk.Answer(first, {.Action = Action::Overwrite}), nullptr);
+    OpenOne(desk);
+    EXPECT_NE(desk.OpenQuestion()->Id, first);
+    const ConflictAnswer late{.Action = Action::Overwrite,
+                              .RenamePath = "",
+                              .ForAllFiles = FileConflictChoice::Overwrite,
+                              .ForAllDirectories = DirectoryConflictChoice::Merge};
+    EXPECT_EQ(desk.Answer(first, late), nullptr);
+    EXPECT_TRUE(desk.OpenQuestion().has_value());
+    EXPECT_EQ(desk.AnsweredCount(), 1U);
+    desk.Answer(desk.OpenQuestion()->Id, {.Action = Action::Skip});
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{{true, Action::Skip, ""}, {true, Action::Skip, ""}}));
+}
+
+TEST_F(ConflictDeskTest, ALateAnswerForAllIsNotRemembered) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Ask);
+    WorkOn({ConflictAbout("a"), ConflictAbout("b")});
+    OpenOne(desk);
+    const std::uint64_t first = desk.OpenQuestion()->Id;
+    desk.Answer(first, {.Action = Action::Skip});
+    desk.Answer(first, {.Action = Action::Overwrite, .ForAllFiles = FileConflictChoice::Overwrite});
+    OpenOne(desk);
+    EXPECT_EQ(desk.OpenQuestion()->Conflict.DestinationPath, "/to/b");
+}
+
+TEST_F(ConflictDeskTest, ClosesTheQuestionWhenTheJobIsCanceled) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Ask);
+    WorkOn({ConflictAbout("a")});
+    OpenOne(desk);
+    const std::uint64_t id = desk.OpenQuestion()->Id;
+    Job.RequestCancel();
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{kCanceled}));
+    EXPECT_EQ(desk.Answer(id, {.Action = Action::Overwrite}), nullptr);
+    EXPECT_EQ(desk.Attend(), nullptr);
+    EXPECT_FALSE(desk.OpenQuestion().has_value());
+    EXPECT_EQ(desk.AnsweredCount(), 0U);
+}
+
+TEST_F(ConflictDeskTest, CancelsTheJobWhereAChoiceFails) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Fail);
+    WorkOn({ConflictAbout("a")});
+    WaitUntilPending();
+    const AnsweredConflict* answered = desk.Attend();
+    ASSERT_NE(answered, nullptr);
+    EXPECT_EQ(answered->Action, Action::Cancel);
+    EXPECT_FALSE(answered->bByUser);
+    EXPECT_EQ(desk.FailSentence(), "cannot create '/to/a': File exists");
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{kCanceled}));
+}
+
+TEST_F(ConflictDeskTest, LooksOftenAfterAnAnswerAndThenLessAndLess) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Skip);
+    EXPECT_EQ(desk.Pause(), microseconds(200));
+    desk.Attend();
+    EXPECT_EQ(desk.Pause(), microseconds(400));
+    for (int looks = 0; looks < 20; ++looks) {
+        desk.Attend();
+    }
+    EXPECT_EQ(desk.Pause(), microseconds(20000));
+    WorkOn({ConflictAbout("a")});
+    WaitUntilPending();
+    desk.Attend();
+    EXPECT_EQ(desk.Pause(), microseconds(200));
+    Worker.join();
+}
+
+TEST_F(ConflictDeskTest, KeepsTheLatestAnswersAndCountsAll) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Overwrite);
+    std::vector<TarvaneTransferConflict> conflicts;
+    for (std::size_t i = 0; i < ConflictDesk::kKeptAnswers + 2; ++i) {
+        conflicts.push_back(ConflictAbout(std::to_string(i)));
+    }
+    WorkOn(conflicts);
+    EXPECT_TRUE(BecomesTrue("all are answered", [&desk] {
+        for (int looks = 0; looks < 1000; ++looks) {
+            desk.Attend();
+        }
+        return desk.AnsweredCount() == ConflictDesk::kKeptAnswers + 2;
+    }));
+    EXPECT_EQ(AllHeard().size(), ConflictDesk::kKeptAnswers + 2);
+    ASSERT_EQ(desk.Answered().size(), ConflictDesk::kKeptAnswers);
+    EXPECT_EQ(desk.Answered().front().Conflict.SourcePath, "/from/2");
+    EXPECT_EQ(desk.Answered().back().Conflict.SourcePath, "/from/1001");
+}
+
+} // namespace

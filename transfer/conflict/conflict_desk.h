@@ -1,0 +1,96 @@
+// Where the taken names of one job are dealt with, whoever draws the questions.
+
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+
+#include "conflict_choices.h"
+#include "conflict_policy.h"
+#include "tarvanetransfer.h"
+
+// What somebody answers. Action is never one of the engine's own "all" answers: those would remove
+// whole directories later without a question.
+struct ConflictAnswer {
+    TarvaneTransferConflictAction Action = TarvaneTransferConflictAction::Cancel;
+    // The full new path with Rename, else empty.
+    std::string RenamePath = {};
+    // For the later names.
+    std::optional<FileConflictChoice> ForAllFiles = {};
+    std::optional<DirectoryConflictChoice> ForAllDirectories = {};
+
+    bool operator==(const ConflictAnswer&) const = default;
+};
+
+// A conflict and the answer that it got, from the user or from a choice made beforehand.
+struct AnsweredConflict {
+    TarvaneTransferConflict Conflict;
+    TarvaneTransferConflictAction Action = TarvaneTransferConflictAction::Cancel;
+    std::string RenamePath;
+    bool bByUser = false;
+};
+
+// Looks for the job's conflicts, lets the policy decide, and hands out a question where a person is
+// needed. It is the only one that resolves them.
+//
+// Threads: one, the interface's.
+class ConflictDesk {
+public:
+    // A conflict that waits for a person.
+    struct Question {
+        // Different for every question of this desk.
+        std::uint64_t Id = 0;
+        TarvaneTransferConflict Conflict;
+    };
+
+    static constexpr std::size_t kKeptAnswers = 1000;
+
+    // The job must outlive the desk.
+    ConflictDesk(TarvaneTransferJob& JobToServe, ConflictPolicy ChosenPolicy)
+        : Job(JobToServe), Policy(ChosenPolicy) {}
+
+    // Looks at the job: decides a conflict, opens its question, or closes that of a conflict that
+    // is gone because the job was canceled. Returns the conflict if one was resolved; the pointer
+    // is good until the next call.
+    const AnsweredConflict* Attend();
+
+    // How long to wait before the next look. The job tells nobody that it waits, so it is looked at
+    // often after an answer, when the next taken name is likely to come soon, and then less and
+    // less often.
+    std::chrono::microseconds Pause() const { return CurrentPause; }
+
+    const std::optional<Question>& OpenQuestion() const { return Open; }
+
+    // Answers the question with this Id and remembers what is for all. Returns as Attend does:
+    // nothing when that question is not open any more, because somebody else was faster or the job
+    // was canceled.
+    const AnsweredConflict* Answer(std::uint64_t QuestionId, const ConflictAnswer& Given);
+
+    // The latest kKeptAnswers of what was asked and answered, the oldest first, and the number of
+    // all.
+    const std::deque<AnsweredConflict>& Answered() const { return LatestAnswers; }
+    std::uint64_t AnsweredCount() const { return AllAnswers; }
+
+    // Why a choice has ended the job: one sentence without a capital, a period or a line end, not
+    // cleaned for a screen. Empty when none has.
+    const std::string& FailSentence() const { return WhyFailed; }
+
+private:
+    const AnsweredConflict* Decide(const TarvaneTransferConflict& Conflict);
+    const AnsweredConflict* Resolve(AnsweredConflict Answer);
+
+    TarvaneTransferJob& Job;
+    ConflictPolicy Policy;
+    std::optional<Question> Open;
+    std::uint64_t LastId = 0;
+    std::chrono::microseconds CurrentPause = kShortestPause;
+    std::deque<AnsweredConflict> LatestAnswers;
+    std::uint64_t AllAnswers = 0;
+    std::string WhyFailed;
+
+    static constexpr std::chrono::microseconds kShortestPause{200};
+    static constexpr std::chrono::microseconds kLongestPause{20000};
+};
