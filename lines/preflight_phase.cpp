@@ -1,10 +1,9 @@
 #include "preflight_phase.h"
 
 #include "preflight_thread.h"
+#include "preflight_verdict.h"
 #include "progress_styles.h"
-#include "size_text.h"
 
-#include <map>
 #include <string>
 
 namespace {
@@ -58,25 +57,6 @@ bool AwaitLook(PreflightThread& Look, LineConsole& Console, ProgressOutput& Outp
     return true;
 }
 
-void ListFindings(const PreflightResult& Result, LineConsole& Console) {
-    const std::uint64_t listed =
-        Console.CanAsk() ? kListedOnScreen : PreflightFindings::kKeptPerKind;
-    std::map<PreflightFindingKind, std::uint64_t> shown;
-    for (const PreflightFinding& finding : Result.Findings.Kept()) {
-        if (shown[finding.Kind]++ < listed) {
-            Console.PrintMessage(DescribeFinding(finding));
-        }
-    }
-    std::uint64_t more = 0;
-    for (const auto& [kind, count] : shown) {
-        const std::uint64_t all = Result.Findings.Count(kind);
-        more += all > listed ? all - listed : 0;
-    }
-    if (more > 0) {
-        Console.PrintMessage("and " + std::to_string(more) + " more of these");
-    }
-}
-
 // Enter alone does not go on.
 std::optional<bool> AnswerOf(const KeyPress& Key) {
     if (Key.Code == KeyCode::Escape || Key.Code == KeyCode::Enter || Key.Text == "n") {
@@ -113,59 +93,14 @@ std::optional<bool> AwaitAnswer(LineConsole& Console, const std::string& Questio
     return std::nullopt;
 }
 
-bool AskWhetherToGoOn(const std::string& Verb, LineConsole& Console, bool bKeysBefore) {
+bool AskWhetherToGoOn(const std::string& Question, LineConsole& Console) {
+    const bool bKeysBefore = Console.TakesKeys();
     Console.TakeKeys(true);
     Console.HurryFrame();
-    const std::string question = "Go on with the " + Verb + "?";
-    const bool bYes = AwaitAnswer(Console, question).value_or(false);
+    const bool bYes = AwaitAnswer(Console, Question).value_or(false);
     Console.TakeKeys(bKeysBefore);
-    Console.PrintLine(question + (bYes ? " yes" : " no"));
+    Console.PrintLine(Question + (bYes ? " yes" : " no"));
     return bYes;
-}
-
-std::string CountText(std::uint64_t Entries, std::uint64_t Bytes) {
-    return std::to_string(Entries) + (Entries == 1 ? " entry, " : " entries, ") +
-           SizeTextWithBytes(Bytes);
-}
-
-RunOutcome DryRunOutcome(const TransferRequest& Request, const PreflightResult& Result,
-                         bool bRefused) {
-    std::string text = std::string("Would ") + (Request.bMove ? "move " : "copy ") +
-                       CountText(Result.Entries, Result.Bytes) + ".";
-    if (Result.CopiedEntries != Result.Entries || Result.CopiedBytes != Result.Bytes) {
-        text +=
-            " Really to be copied: " + CountText(Result.CopiedEntries, Result.CopiedBytes) + ".";
-    }
-    if (Result.bCanceled) {
-        text += " There is more: the look was ended early.";
-    }
-    const bool bFails = bRefused || Result.Findings.AnyStopsJob();
-    return {.Result = bFails ? RunResult::Failed : RunResult::Succeeded, .Text = text};
-}
-
-std::optional<RunOutcome> Judge(const TransferRequest& Request, const PreflightResult& Result,
-                                LineConsole& Console, bool bKeysBefore) {
-    const bool bRefused = Result.bRemovesUnselected && !Request.bFollowLinks;
-    if (Request.bDryRun) {
-        return DryRunOutcome(Request, Result, bRefused);
-    }
-    const std::uint64_t allowed =
-        Request.bFollowLinks
-            ? Result.Findings.Count(PreflightFindingKind::LinkToDirectory) +
-                  Result.Findings.Count(PreflightFindingKind::LinkToDirectoryOnMove)
-            : 0;
-    if (Console.CanAsk() && Result.Findings.Count() > allowed) {
-        if (!AskWhetherToGoOn(Request.bMove ? "move" : "copy", Console, bKeysBefore)) {
-            return CanceledOutcome(Console);
-        }
-        return std::nullopt;
-    }
-    if (bRefused) {
-        return RunOutcome{.Result = RunResult::Failed,
-                          .Text = "the move would remove entries that were not selected; pass "
-                                  "--follow-links to allow it"};
-    }
-    return std::nullopt;
 }
 
 } // namespace
@@ -187,7 +122,23 @@ std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
         Console.PrintMessage("cannot look through the sources: " + look.Failure());
         return std::nullopt;
     }
-    ListFindings(look.Result(), Console);
-    Output.Looked(look.Result());
-    return Judge(Request, look.Result(), Console, Console.TakesKeys());
+    const PreflightResult& result = look.Result();
+    const std::uint64_t listed =
+        Console.CanAsk() ? kListedOnScreen : PreflightFindings::kKeptPerKind;
+    for (const std::string& sentence : DescribeFindings(result.Findings, listed)) {
+        Console.PrintMessage(sentence);
+    }
+    Output.Looked(result);
+    const PreflightVerdict verdict = JudgePreflight(Request, result, Console.CanAsk());
+    switch (verdict.Decision) {
+    case PreflightVerdict::Kind::GoOn:
+        break;
+    case PreflightVerdict::Kind::Ask:
+        return AskWhetherToGoOn(verdict.Question, Console)
+                   ? std::nullopt
+                   : std::optional(CanceledOutcome(Console));
+    case PreflightVerdict::Kind::Stop:
+        return verdict.Outcome;
+    }
+    return std::nullopt;
 }

@@ -3,6 +3,7 @@
 #include "quoted.h"
 #include "size_text.h"
 
+#include <map>
 #include <numeric>
 #include <utility>
 
@@ -122,4 +123,20 @@ std::string DescribeFinding(const PreflightFinding& Finding) {
         return "the job will stop at " + path + ", which is a data track";
     }
     return "";
+}
+
+std::vector<std::string> DescribeFindings(const PreflightFindings& Findings,
+                                          std::uint64_t KeptPerKind) {
+    std::vector<std::string> sentences;
+    std::map<PreflightFindingKind, std::uint64_t> seen;
+    for (const PreflightFinding& finding : Findings.Kept()) {
+        if (seen[finding.Kind]++ < KeptPerKind) {
+            sentences.push_back(DescribeFinding(finding));
+        }
+    }
+    const std::uint64_t more = Findings.Count() - sentences.size();
+    if (more > 0) {
+        sentences.push_back("and " + std::to_string(more) + " more of these");
+    }
+    return sentences;
 }

@@ -83,3 +83,7 @@ std::string_view PreflightFindingName(PreflightFindingKind Kind);
 // One sentence for the user without a capital, a period or a line end. The path's bytes are in it
 // as they are, so it is not fit for a screen before it is cleaned.
 std::string DescribeFinding(const PreflightFinding& Finding);
+
+// The sentences of at most KeptPerKind findings of each kind, and how many more there are.
+std::vector<std::string> DescribeFindings(const PreflightFindings& Findings,
+                                          std::uint64_t KeptPerKind);
