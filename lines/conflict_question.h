@@ -11,10 +11,11 @@
 #include <string>
 #include <vector>
 
+#include "block_drawer.h"
+#include "block_layout.h"
 #include "conflict_choices.h"
 #include "conflict_desk.h"
 #include "key_press.h"
-#include "live_block.h"
 #include "tarvanetransfer.h"
 #include "text_field.h"
 

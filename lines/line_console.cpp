@@ -7,6 +7,7 @@
 #include <unistd.h>
 #include <utility>
 
+#include "screen_text.h"
 #include "terminal_modes.h"
 
 namespace {

@@ -2,11 +2,11 @@
 
 #pragma once
 
+#include "block_drawer.h"
 #include "end_request.h"
 #include "exit_status_function.h"
 #include "key_press.h"
 #include "line_writer.h"
-#include "live_block.h"
 #include "signal_inbox.h"
 #include "terminal_device.h"
 

@@ -6,6 +6,7 @@
 #include "plan_builder.h"
 #include "preflight_phase.h"
 #include "progress_styles.h"
+#include "screen_text.h"
 #include "tarvanepane.h"
 #include "track_fetch.h"
 #include "transfer_phase.h"

@@ -1,7 +1,9 @@
 #include "progress_styles.h"
 
 #include "json_progress.h"
+#include "live_block.h"
 #include "progress_lines.h"
+#include "screen_text.h"
 #include "size_text.h"
 
 #include <cerrno>

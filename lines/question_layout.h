@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "live_block.h"
+#include "block_layout.h"
 #include "tarvanetransfer.h"
 
 // How much the parts of the question matter where the window is too small.

@@ -9,15 +9,6 @@
 #include <string_view>
 #include <vector>
 
-// One line of a block. Its text is clean and fits the width that it was made for.
-struct ScreenLine {
-    std::string Text;
-    // Says what could be lost; shown with emphasis where the terminal has any.
-    bool bWarning = false;
-
-    bool operator==(const ScreenLine&) const = default;
-};
-
 // Chooses the user's character set, or C.UTF-8 where that is no UTF-8 or not installed. Only
 // LC_CTYPE changes. Call it once at the start; without it all but ASCII shows as U+FFFD.
 // Errors: false when the machine has no UTF-8 locale at all.

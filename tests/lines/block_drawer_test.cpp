@@ -1,6 +1,6 @@
 // What the drawer's bytes leave on a screen, and how many they are.
 
-#include "live_block.h"
+#include "block_drawer.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "live_block.h"
 #include "plain_screen.h"
 #include "screen_text.h"
 

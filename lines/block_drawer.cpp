@@ -1,0 +1,115 @@
+#include "block_drawer.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "screen_text.h"
+
+namespace {
+
+constexpr std::string_view kEraseToEndOfLine = "\x1B[K";
+constexpr std::string_view kEraseBelow = "\x1B[J";
+
+std::string Up(int Rows) {
+    return Rows > 0 ? "\x1B[" + std::to_string(Rows) + "A" : "";
+}
+
+// The rows that text takes in a window of so many columns that has rewrapped it.
+int RowsOf(const std::string& Text, int Columns) {
+    return static_cast<int>(WrapAtColumns(Text, Columns).size());
+}
+
+std::string Rendered(const ScreenLine& Line) {
+    return Line.bWarning ? EmphasizeWarning(Line.Text) : Line.Text;
+}
+
+} // namespace
+
+std::string BlockDrawer::Draw(const std::vector<ScreenLine>& Lines, TerminalSize Size,
+                              const std::optional<BlockCursor>& Cursor) {
+    if (Lines.empty()) {
+        return Erase(Size);
+    }
+    const BlockCursor cursor = Cursor.value_or(BlockCursor{Lines.size() - 1, {}});
+    const bool bSameShape = Size == ShownSize && Lines.size() == Shown.size();
+    if (bSameShape && Lines == Shown && cursor == ShownCursor) {
+        return {};
+    }
+    std::string bytes = bSameShape ? DrawChanges(Lines) : DrawAll(Lines, Size);
+    bytes += Up(static_cast<int>(Lines.size() - 1 - cursor.Line)) + "\r" + cursor.Prefix;
+    Shown = Lines;
+    ShownSize = Size;
+    ShownCursor = cursor;
+    return bytes;
+}
+
+std::string BlockDrawer::Erase(TerminalSize Size) {
+    if (Shown.empty()) {
+        return {};
+    }
+    std::string bytes = GoToTop(Size);
+    bytes += kEraseBelow;
+    Forget();
+    return bytes;
+}
+
+std::string BlockDrawer::Abandon() {
+    if (Shown.empty()) {
+        return {};
+    }
+    const std::size_t below = Shown.size() - ShownCursor.Line;
+    Forget();
+    std::string bytes;
+    for (std::size_t i = 0; i < below; ++i) {
+        bytes += "\r\n";
+    }
+    return bytes;
+}
+
+void BlockDrawer::Forget() {
+    Shown.clear();
+    ShownCursor = {};
+}
+
+// From where the cursor stands to the start of the first line, in a window that may have been made
+// narrower since.
+std::string BlockDrawer::GoToTop(TerminalSize Size) const {
+    const int columns = std::max(1, Size.Columns);
+    int rows = RowsOf(ShownCursor.Prefix, columns) - 1;
+    for (std::size_t i = 0; i < ShownCursor.Line; ++i) {
+        rows += RowsOf(Shown[i].Text, columns);
+    }
+    return Up(rows) + "\r";
+}
+
+std::string BlockDrawer::DrawAll(const std::vector<ScreenLine>& Lines, TerminalSize Size) const {
+    std::string bytes = GoToTop(Size);
+    bytes += kEraseBelow;
+    for (std::size_t i = 0; i < Lines.size(); ++i) {
+        bytes += (i == 0 ? "" : "\r\n") + Rendered(Lines[i]);
+    }
+    return bytes;
+}
+
+// Ends on the last line, like DrawAll.
+std::string BlockDrawer::DrawChanges(const std::vector<ScreenLine>& Lines) const {
+    std::string bytes;
+    std::size_t at = ShownCursor.Line;
+    const auto goTo = [&bytes, &at](std::size_t Line) {
+        bytes += Up(static_cast<int>(at) - static_cast<int>(Line));
+        for (; at < Line; ++at) {
+            bytes += "\n";
+        }
+        at = Line;
+    };
+    for (std::size_t i = 0; i < Lines.size(); ++i) {
+        if (Lines[i] != Shown[i]) {
+            goTo(i);
+            bytes += "\r" + Rendered(Lines[i]);
+            const bool bShorter = DisplayWidth(Lines[i].Text) < DisplayWidth(Shown[i].Text);
+            bytes += bShorter ? kEraseToEndOfLine : "";
+        }
+    }
+    goTo(Lines.size() - 1);
+    return bytes;
+}
