@@ -1,6 +1,7 @@
 #include "signal_inbox.h"
 
 #include <cerrno>
+#include <ctime>
 #include <sys/signalfd.h>
 #include <system_error>
 #include <unistd.h>
@@ -54,4 +55,9 @@ void SignalInbox::StopBy(int StopSignal) {
     raise(StopSignal);
     pthread_sigmask(SIG_UNBLOCK, &only, &before);
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    // What has continued it is known by now and must not come a second time.
+    sigemptyset(&only);
+    sigaddset(&only, SIGCONT);
+    constexpr timespec kAtOnce{};
+    sigtimedwait(&only, nullptr, &kAtOnce);
 }

@@ -11,13 +11,7 @@
 #include <string_view>
 
 #include "key_press.h"
-
-struct TerminalSize {
-    int Columns = 80;
-    int Rows = 24;
-
-    bool operator==(const TerminalSize&) const = default;
-};
+#include "terminal.h"
 
 // Whether a block of lines can be redrawn in place on the terminal that TERM names: not when it is
 // missing, empty or "dumb".

@@ -1,0 +1,138 @@
+#include "interface_loop.h"
+
+#include <algorithm>
+#include <csignal>
+#include <utility>
+
+namespace {
+
+constexpr std::chrono::milliseconds kFrameTime{100};
+// What is over by then shows nothing but its last line.
+constexpr std::chrono::milliseconds kFirstFrameAfter{40};
+
+} // namespace
+
+InterfaceLoop::InterfaceLoop(Terminal& TerminalToUse, LoopSurface& SurfaceToUse)
+    : Screen(TerminalToUse), Surface(SurfaceToUse), NextFrame(Screen.Now() + kFirstFrameAfter) {}
+
+void InterfaceLoop::Run(Activity& Current) {
+    EnsureKeyMode();
+    while (!Current.IsOver()) {
+        if (!Current.NeedsAnswer() || !CallForAnswer()) {
+            DrawWhenDue(Current);
+        }
+        TakeEvents(Current);
+    }
+}
+
+void InterfaceLoop::TakeEvents(Activity& Current) {
+    const auto timeout = std::min(UntilFrame(), Current.LongestWait());
+    const Terminal::Events events = Screen.Wait(timeout, Current.Descriptor());
+    const bool bReaderGone = !Surface.Pump();
+    for (const int signal : events.Signals) {
+        TakeSignal(signal);
+    }
+    NoticeClosedTerminal(bReaderGone);
+    for (const KeyPress& key : events.Keys) {
+        Current.TakeKey(key);
+        HurryFrame();
+    }
+    if (std::exchange(bStatusRequested, false)) {
+        Surface.PrintLine(Current.StatusText());
+    }
+    if (End.MustLeave(Screen.Now())) {
+        Surface.Leave(End.Signal());
+    }
+}
+
+void InterfaceLoop::TakeSignal(int Signal) {
+    switch (Signal) {
+    case SIGINT:
+        End.Interrupt();
+        break;
+    case SIGTERM:
+    case SIGHUP:
+        End.Terminate(Signal, Screen.Now());
+        break;
+    case SIGQUIT:
+        End.Quit(Signal);
+        break;
+    case SIGTSTP:
+        Stop(SIGTSTP);
+        break;
+    case SIGCONT:
+        Resume();
+        break;
+    case SIGUSR1:
+        bStatusRequested = true;
+        break;
+    default:
+        // SIGWINCH: what is shown is laid out anew.
+        break;
+    }
+    HurryFrame();
+}
+
+void InterfaceLoop::Stop(int StopSignal) {
+    if (Screen.IsForeground()) {
+        Surface.Clear();
+    }
+    Screen.LeaveKeyMode();
+    Screen.StopBy(StopSignal);
+    Resume();
+    HurryFrame();
+}
+
+// Whatever stood on the screen, the shell has written below it since.
+void InterfaceLoop::Resume() {
+    Surface.Abandon();
+    Screen.LeaveKeyMode();
+    EnsureKeyMode();
+}
+
+void InterfaceLoop::EnsureKeyMode() {
+    if (Screen.IsOutputTerminal() && !Screen.TakesKeys()) {
+        Screen.EnterKeyMode();
+    }
+}
+
+void InterfaceLoop::NoticeClosedTerminal(bool bReaderGone) {
+    if (bClosed || !(bReaderGone || Screen.IsClosed())) {
+        return;
+    }
+    bClosed = true;
+    if (!Screen.IsOutputTerminal()) {
+        End.Terminate(SIGPIPE, Screen.Now());
+    } else if (Screen.Receives(SIGHUP)) {
+        End.Terminate(SIGHUP, Screen.Now());
+    }
+}
+
+// True when the process was stopped: the screen is drawn only after what has come meanwhile.
+bool InterfaceLoop::CallForAnswer() {
+    if (bClosed) {
+        End.Terminate(SIGHUP, Screen.Now());
+        return false;
+    }
+    if (Screen.IsForeground()) {
+        return false;
+    }
+    Stop(SIGTTIN);
+    return true;
+}
+
+void InterfaceLoop::DrawWhenDue(Activity& Current) {
+    const Terminal::TimePoint now = Screen.Now();
+    if (!Surface.TakeFrameRequest() && now < NextFrame) {
+        return;
+    }
+    NextFrame = now + kFrameTime;
+    // It was in the background before.
+    EnsureKeyMode();
+    Current.Draw();
+}
+
+std::chrono::microseconds InterfaceLoop::UntilFrame() const {
+    const auto left = std::chrono::ceil<std::chrono::microseconds>(NextFrame - Screen.Now());
+    return std::max(left, std::chrono::microseconds(0));
+}

@@ -1,0 +1,61 @@
+#include "system_terminal.h"
+
+#include <array>
+#include <poll.h>
+#include <unistd.h>
+
+#include "terminal_modes.h"
+
+namespace {
+
+timespec ToTimespec(std::chrono::microseconds Time) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(Time);
+    return {seconds.count(), std::chrono::nanoseconds(Time - seconds).count()};
+}
+
+} // namespace
+
+bool CanRedrawHere() {
+    return isatty(STDERR_FILENO) != 0 && TerminalCanRedraw();
+}
+
+bool CanAskHere() {
+    return isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
+}
+
+SystemTerminal::SystemTerminal()
+    : Signals(std::in_place), bOutputTerminal(Device.IsOutputTerminal()),
+      bCanRedraw(CanRedrawHere()), bCanAsk(CanAskHere()) {}
+
+Terminal::Events SystemTerminal::Wait(std::chrono::microseconds Timeout, int Descriptor) {
+    std::array<pollfd, 3> ready{
+        {{Signals->Fd(), POLLIN, 0}, {Device.KeyFd(), POLLIN, 0}, {Descriptor, POLLIN, 0}}};
+    const timespec timeout = ToTimespec(Timeout);
+    ppoll(ready.data(), ready.size(), &timeout, nullptr);
+    Events events;
+    while (const std::optional<int> signal = Signals->Take()) {
+        events.Signals.push_back(*signal);
+    }
+    if (ready[1].revents != 0) {
+        while (std::optional<KeyPress> key = Device.TakeKey()) {
+            events.Keys.push_back(std::move(*key));
+        }
+    }
+    return events;
+}
+
+void SystemTerminal::Write(std::string_view Bytes) {
+    if (!Bytes.empty() && !IsClosed()) {
+        Device.Write(Bytes);
+    }
+}
+
+void SystemTerminal::Close() {
+    Device.LeaveKeyMode();
+    Signals.reset();
+}
+
+void SystemTerminal::Exit(int Status) {
+    RestoreTerminalNow();
+    _exit(Status);
+}
