@@ -6,18 +6,17 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
-#include <memory>
 #include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 #include <utility>
 
+#include "crash_stack.h"
 #include "signals_blocked.h"
 
 namespace {
 
 constexpr std::array kCrashSignals = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT};
-constexpr std::size_t kCrashStackBytes = 65536;
 
 // The terminal and its modes from before. Written only while gModesChanged is false, so that a
 // signal handler never reads half of it.
@@ -79,30 +78,6 @@ void RestoreOnEveryEnd() {
     }
 }
 
-class CrashStack {
-public:
-    CrashStack() {
-        stack_t now{};
-        if (sigaltstack(nullptr, &now) != 0 || (now.ss_flags & SS_DISABLE) == 0) {
-            return;
-        }
-        Bytes = std::make_unique<std::byte[]>(kCrashStackBytes);
-        const stack_t ours{.ss_sp = Bytes.get(), .ss_flags = 0, .ss_size = kCrashStackBytes};
-        sigaltstack(&ours, nullptr);
-    }
-    ~CrashStack() {
-        if (Bytes != nullptr) {
-            const stack_t none{.ss_sp = nullptr, .ss_flags = SS_DISABLE, .ss_size = 0};
-            sigaltstack(&none, nullptr);
-        }
-    }
-    CrashStack(const CrashStack&) = delete;
-    CrashStack& operator=(const CrashStack&) = delete;
-
-private:
-    std::unique_ptr<std::byte[]> Bytes;
-};
-
 } // namespace
 
 bool OwnsTerminal(int Descriptor) {
@@ -135,8 +110,4 @@ void RestoreTerminalNow() {
         SetModes(gTerminal, gModesBefore);
     }
     gModesChanged = false;
-}
-
-void ArmCrashStack() {
-    thread_local const CrashStack stack;
 }

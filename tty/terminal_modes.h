@@ -17,7 +17,3 @@ bool EnterKeyModes(int Descriptor);
 // may be called in a signal handler and before _exit. std::exit, std::terminate and a crash call it
 // by themselves.
 void RestoreTerminalNow();
-
-// Lets the calling thread restore the terminal even when its stack has overflowed. EnterKeyModes
-// does it for its own thread.
-void ArmCrashStack();

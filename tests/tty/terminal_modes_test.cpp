@@ -17,6 +17,7 @@
 
 #include <gtest/gtest.h>
 
+#include "crash_stack.h"
 #include "forked_in_terminal.h"
 
 namespace {
