@@ -19,6 +19,7 @@
 
 #include "crash_stack.h"
 #include "forked_in_terminal.h"
+#include "signals_blocked.h"
 
 namespace {
 
@@ -183,6 +184,14 @@ TEST(TerminalRestore, HappensOnAFault) {
 
 TEST(TerminalRestore, HappensOnAFaultOfAnotherThread) {
     const int status = StatusOfRestoringEnd([] { std::thread(WriteToNowhere).join(); });
+    EXPECT_TRUE(EndedByFault(status, SIGSEGV));
+}
+
+TEST(TerminalRestore, HappensOnAFaultOfAThreadWithoutSignals) {
+    const int status = StatusOfRestoringEnd([] {
+        const SignalsBlocked blocked;
+        std::thread(WriteToNowhere).join();
+    });
     EXPECT_TRUE(EndedByFault(status, SIGSEGV));
 }
 
