@@ -17,9 +17,9 @@
 
 #include <gtest/gtest.h>
 
-#include "crash_stack.h"
 #include "forked_in_terminal.h"
 #include "signals_blocked.h"
+#include "worker_thread.h"
 
 namespace {
 
@@ -203,13 +203,9 @@ TEST(TerminalRestore, HappensWhenTheStackOverflows) {
     EXPECT_TRUE(EndedByFault(StatusOfRestoringEnd([] { FillStack(0); }), SIGSEGV));
 }
 
-TEST(TerminalRestore, HappensWhenAnArmedThreadsStackOverflows) {
-    const int status = StatusOfRestoringEnd([] {
-        std::thread([] {
-            ArmCrashStack();
-            FillStack(0);
-        }).join();
-    });
+TEST(TerminalRestore, HappensWhenAWorkersStackOverflows) {
+    const int status =
+        StatusOfRestoringEnd([] { const WorkerThread worker([] { FillStack(0); }); });
     EXPECT_TRUE(EndedByFault(status, SIGSEGV));
 }
 
