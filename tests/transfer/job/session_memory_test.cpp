@@ -1,0 +1,39 @@
+// A session that gets no memory.
+
+#include "transfer_session.h"
+
+#include "failing_allocation.h"
+#include "file_tree.h"
+#include "open_descriptors.h"
+#include "temporary_directory.h"
+
+#include <new>
+#include <optional>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+TEST(TransferSession, LeavesNothingBehindWhenMemoryRunsOut) {
+    constexpr std::size_t kMostAllocations = 200;
+    const TemporaryDirectory directory;
+    WriteFile(directory / "a.txt", "new");
+    TarvaneTransferPlan plan;
+    plan.Items.resize(1);
+    plan.Items[0].SourcePath = directory / "a.txt";
+    plan.Items[0].DestinationPath = directory / "b.txt";
+    const auto before = OpenDescriptors();
+    std::size_t allowed = 0;
+    for (bool bFailed = true; bFailed && allowed < kMostAllocations; ++allowed) {
+        TarvaneTransferPlan copy = plan;
+        std::optional<TransferSession> session;
+        const FailingAllocation limit(allowed);
+        try {
+            session.emplace(std::move(copy));
+        } catch (const std::bad_alloc&) {}
+        bFailed = limit.Failed();
+    }
+    EXPECT_GT(allowed, 1U);
+    EXPECT_LT(allowed, kMostAllocations);
+    EXPECT_EQ(OpenDescriptors(), before);
+    EXPECT_TRUE(CollectActiveTarvaneTransferJobSnapshots().empty());
+}
