@@ -126,7 +126,7 @@ std::string ProgressRecord(const ProgressView& View) {
     const TarvaneTransferUiSnapshot& snapshot = View.Snapshot;
     const bool bCounted = snapshot.TotalItems > 0;
     Json record = Record("progress");
-    Put(record, "stage", View.Stage);
+    Put(record, "stage", View.StageLabel());
     Put(record, "status", snapshot.MessageText);
     PutOrNull(record, "path", ShownPath(snapshot));
     record["percent"] = NumberOrNull(bCounted || snapshot.bFinished, View.Claims.Percent);

@@ -9,13 +9,14 @@
 #include "run_outcome.h"
 #include "tarvanetransfer.h"
 
+#include <functional>
 #include <string>
 
 // One look at a running job.
 struct ProgressView {
     TarvaneTransferUiSnapshot Snapshot;
-    // The label of the stage.
-    std::string Stage;
+    // Asks for the label of the stage, which costs more than the rest of the view.
+    std::function<std::string()> StageLabel;
     ProgressClaims Claims;
 };
 

@@ -20,7 +20,7 @@ TransferPhase::TransferPhase(const TransferRequest& Request, TarvaneTransferPlan
                              LineConsole& UserConsole, ProgressOutput& UserOutput)
     : Console(UserConsole), Output(UserOutput), bKeysBefore(UserConsole.TakesKeys()),
       Session(std::move(Plan)),
-      Desk(Session.GetJob(), ConflictPolicy(Request.OnConflict, Request.OnDirectoryConflict)) {}
+      Desk(Session.Job(), ConflictPolicy(Request.OnConflict, Request.OnDirectoryConflict)) {}
 
 RunOutcome TransferPhase::Run() {
     Console.SetPartingSentence("left before the transfer has stopped; partial files may remain");
@@ -44,9 +44,10 @@ RunOutcome TransferPhase::Run() {
 }
 
 ProgressView TransferPhase::Look() {
-    const TarvaneTransferUiSnapshot snapshot = Session.Snapshot();
+    const TarvaneTransferUiSnapshot snapshot = Session.Job().MakeUiSnapshot();
     const bool bWaiting = Question.has_value();
-    return {snapshot, Session.StageLabel(), Watch.Observe(snapshot, bWaiting, Clock::now())};
+    return {snapshot, [this] { return Session.Job().MakeJobSnapshot().State; },
+            Watch.Observe(snapshot, bWaiting, Clock::now())};
 }
 
 void TransferPhase::ShowFrame() {
@@ -85,8 +86,8 @@ void TransferPhase::HeedEnd() {
     if (Output.IsBroken() && !Console.End().IsAsked()) {
         Console.End().Terminate(SIGPIPE, Clock::now());
     }
-    if (Console.End().IsAsked() && !Session.IsCancelRequested()) {
-        Session.RequestCancel();
+    if (Console.End().IsAsked() && !Session.Job().IsCancelRequested()) {
+        Session.Job().RequestCancel();
         Console.HurryFrame();
     }
 }
@@ -140,7 +141,7 @@ void TransferPhase::Report(const AnsweredConflict* Answered) {
 }
 
 RunOutcome TransferPhase::Outcome() {
-    const TarvaneTransferUiSnapshot snapshot = Session.Snapshot();
+    const TarvaneTransferUiSnapshot snapshot = Session.Job().MakeUiSnapshot();
     RunOutcome outcome{.Result = RunResult::Failed, .Text = snapshot.MessageText};
     if (snapshot.bSucceeded) {
         outcome.Result = RunResult::Succeeded;

@@ -6,7 +6,7 @@ namespace {
 
 ProgressView RunningView() {
     ProgressView view;
-    view.Stage = "Copying";
+    view.StageLabel = [] { return "Copying"; };
     view.Claims.Percent = 12;
     view.Snapshot.MessageText = "Copying items";
     view.Snapshot.PathText = "Current: /x/a.bin";
@@ -52,7 +52,7 @@ TEST(JsonProgress, ReportsTheNumbersOfARunningJob) {
 
 TEST(JsonProgress, ReportsNullForWhatIsNotKnownYet) {
     ProgressView view;
-    view.Stage = "Preparing";
+    view.StageLabel = [] { return "Preparing"; };
     view.Snapshot.MessageText = "Scanning transfer contents";
     view.Snapshot.PathText = "Current: Waiting...";
     view.Snapshot.ElapsedSeconds = 0.25;
@@ -66,6 +66,7 @@ TEST(JsonProgress, ReportsNullForWhatIsNotKnownYet) {
 
 TEST(JsonProgress, ReportsThePercentageOfAJobThatEndedUncounted) {
     ProgressView view;
+    view.StageLabel = [] { return "Failed"; };
     view.Snapshot.bFinished = true;
     EXPECT_NE(ProgressRecord(view).find(R"("percent":0,)"), std::string::npos);
 }

@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <optional>
-#include <string>
 
 // Runs one plan on a thread of its own while a front end polls, answers and cancels the job.
 //
@@ -29,21 +28,7 @@ public:
     // worker could not be started.
     int OverFd() const { return Worker ? Worker->OverFd() : -1; }
 
-    TarvaneTransferJob\& GetJob() { return *Running; }
-    TarvaneTransferUiSnapshot Snapshot() const { return Running->MakeUiSnapshot(); }
-    // The label of the stage, as job lists show it.
-    std::string StageLabel() const { return Running->MakeJobSnapshot().State; }
-    bool IsMove() const { return Running->IsMove(); }
-    void RequestCancel() { Running->RequestCancel(); }
-    bool IsCancelRequested() const { return Running->IsCancelRequested(); }
-
-    // As in the job: the conflict that waits for an answer, and the answer.
-    bool GetPendingConflict(TarvaneTransferConflict& OutConflict) const {
-        return Running->GetPendingConflict(OutConflict);
-    }
-    bool ResolveConflict(TarvaneTransferConflictAction Action, const std::string& RenamePath) {
-        return Running->ResolveConflict(Action, RenamePath);
-    }
+    TarvaneTransferJob& Job() { return *Running; }
 
 private:
     const std::shared_ptr<TarvaneTransferJob> Running;

@@ -56,20 +56,20 @@ protected:
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (!session.IsOver() && std::chrono::steady_clock::now() < limit) {
             TarvaneTransferConflict conflict;
-            if (!session.GetPendingConflict(conflict)) {
+            if (!session.Job().GetPendingConflict(conflict)) {
                 std::this_thread::yield();
                 continue;
             }
             const ConflictDecision decision = policy.Decide(conflict);
             if (decision.Outcome != ConflictDecision::Verdict::Answer) {
                 result.Sentence = decision.Sentence;
-                session.RequestCancel();
-            } else if (session.ResolveConflict(decision.Action, decision.RenamePath)) {
+                session.Job().RequestCancel();
+            } else if (session.Job().ResolveConflict(decision.Action, decision.RenamePath)) {
                 ++result.Answers;
             }
         }
         EXPECT_TRUE(session.IsOver()) << "waited for the end of the job";
-        result.Message = session.Snapshot().MessageText;
+        result.Message = session.Job().MakeUiSnapshot().MessageText;
         return result;
     }
 
