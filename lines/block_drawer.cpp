@@ -105,7 +105,7 @@ std::string BlockDrawer::DrawChanges(const std::vector<ScreenLine>& Lines) const
     for (std::size_t i = 0; i < Lines.size(); ++i) {
         if (Lines[i] != Shown[i]) {
             goTo(i);
-            bytes += "\r" + Rendered(Lines[i]);
+            bytes += '\r' + Rendered(Lines[i]);
             const bool bShorter = DisplayWidth(Lines[i].Text) < DisplayWidth(Shown[i].Text);
             bytes += bShorter ? kEraseToEndOfLine : "";
         }

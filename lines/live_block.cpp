@@ -26,7 +26,7 @@ std::string BarText(int Percent, int Width) {
         return percentage;
     }
     const int filled = cells * Percent / 100;
-    return "[" + std::string(static_cast<std::size_t>(filled), '#') +
+    return '[' + std::string(static_cast<std::size_t>(filled), '#') +
            std::string(static_cast<std::size_t>(cells - filled), '.') + "] " + percentage;
 }
 

@@ -96,7 +96,7 @@ std::string SentenceForUnknownLongOption(std::string_view Argument) {
     std::string possibilities;
     for (const option& entry : kLongOptions) {
         if (entry.name != nullptr && std::string_view(entry.name).starts_with(name)) {
-            possibilities += " " + Quoted("--" + std::string(entry.name));
+            possibilities += ' ' + Quoted("--" + std::string(entry.name));
         }
     }
     if (possibilities.empty()) {

@@ -156,8 +156,8 @@ bool ParseArguments(int Argc, char** Argv, TracksRequest& Out) {
                                               {nullptr, 0, nullptr, 0}}};
     // The system's messages begin with the first argument.
     std::string programName = "tarvane";
-    std::vector<char*> arguments(Argv, Argv + Argc + 1);
-    arguments[0] = programName.data();
+    std::vector<char*> arguments{programName.data()};
+    arguments.insert(arguments.end(), Argv + 1, Argv + Argc + 1);
     // Begins anew, whoever has read options before.
     optind = 0;
     for (int name;

@@ -6,5 +6,5 @@
 #include <string_view>
 
 inline std::string Quoted(std::string_view Text) {
-    return "'" + std::string(Text) + "'";
+    return '\'' + std::string(Text) + '\'';
 }

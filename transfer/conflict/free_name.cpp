@@ -51,7 +51,7 @@ std::string_view ShortenedTo(std::string_view Text, std::size_t Bytes) {
 }
 
 std::string NumberedName(const NameParts& Parts, int Number) {
-    const std::string number = "-" + std::to_string(Number);
+    const std::string number = '-' + std::to_string(Number);
     // An extension that leaves no room for a stem is not worth keeping.
     const bool bKeepExtension = Parts.Extension.size() + number.size() < kLongestName;
     const std::string extension(bKeepExtension ? Parts.Extension : std::string_view());
