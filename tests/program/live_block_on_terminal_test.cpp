@@ -39,8 +39,7 @@ protected:
         setting.Environment.emplace_back("PS1", "prompt> ");
         Start(setting);
         ASSERT_TRUE(Program->ShowsText("prompt>"));
-        Program->Type(std::string(TARVANE_PROGRAM) +
-                      " copy --no-preflight --flush=never big.bin disk\r");
+        Program->Type("'" TARVANE_PROGRAM "' copy --no-preflight --flush=never big.bin disk\r");
         ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
     }
 

@@ -73,7 +73,9 @@ protected:
     ProgramInTerminal::Setting FailingFlush(const std::string& Milliseconds) const {
         ProgramInTerminal::Setting setting = Setting({"copy", "--flush=always", "file", "copied"});
         setting.Columns = 200;
-        setting.Environment.emplace_back("LD_PRELOAD", FAILING_SYNCFS_LIBRARY);
+        // The dynamic linker cannot take a path with a blank in it, as the build's may have.
+        std::filesystem::create_symlink(FAILING_SYNCFS_LIBRARY, Root / "failing_syncfs.so");
+        setting.Environment.emplace_back("LD_PRELOAD", Root / "failing_syncfs.so");
         setting.Environment.emplace_back("FAILING_SYNCFS_MS", Milliseconds);
         setting.Environment.emplace_back("ASAN_OPTIONS", "verify_asan_link_order=0");
         return setting;

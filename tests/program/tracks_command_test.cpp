@@ -210,8 +210,8 @@ TEST_F(TracksCommand, ExplainsItself) {
 TEST_F(TracksCommand, FailsWhenTheListCannotBeWritten) {
     Drives.Describe(TwoTracks());
     const ProgramResult result =
-        RunProgram({"/bin/sh", "-c", std::string(TARVANE_PROGRAM) + " tracks >/dev/full"},
-                   Directory.Path(), Drives.Environment());
+        RunProgram({"/bin/sh", "-c", "'" TARVANE_PROGRAM "' tracks >/dev/full"}, Directory.Path(),
+                   Drives.Environment());
     EXPECT_EQ(result.Errors, "tarvane: cannot write the list: No space left on device\n");
     EXPECT_EQ(result.Status, 1);
 }

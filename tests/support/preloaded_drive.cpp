@@ -8,6 +8,8 @@
 #include <fstream>
 
 PreloadedDrives::PreloadedDrives() {
+    // The dynamic linker cannot take a path with a blank in it, as the build's may have.
+    std::filesystem::create_symlink(DRIVE_PRELOAD_LIBRARY, Directory / "drives.so");
     Describe(std::vector<FakeDrive>{});
 }
 
@@ -31,7 +33,7 @@ std::vector<std::pair<std::string, std::string>> PreloadedDrives::Environment() 
     // The address sanitizer insists on being loaded first, though only the calls of drives come
     // between it and the program.
     const char* options = std::getenv("ASAN_OPTIONS");
-    return {{"LD_PRELOAD", DRIVE_PRELOAD_LIBRARY},
+    return {{"LD_PRELOAD", Directory / "drives.so"},
             {"TEST_DRIVES", (Directory / "description").string()},
             {"ASAN_OPTIONS",
              (options == nullptr ? "" : std::string(options) + ":") + "verify_asan_link_order=0"}};
