@@ -55,12 +55,16 @@ TEST(ProgramInTerminal, KeepsWhatScrolledOffTheTop) {
 }
 
 TEST(ProgramInTerminal, SeesChangedTerminalSettings) {
-    ProgramInTerminal program(Shell("read -r _; stty -icanon -echo; echo changed; read -r _"));
-    const termios before = program.Settings();
-    EXPECT_TRUE(SameTerminalSettings(before, program.Settings()));
-    program.Type("\r");
+    ProgramInTerminal program(Shell("stty -icanon -echo; echo changed; read -r _"));
     ASSERT_TRUE(program.ShowsText("changed"));
-    EXPECT_FALSE(SameTerminalSettings(before, program.Settings()));
+    EXPECT_FALSE(SameTerminalSettings(program.SettingsAtFirst(), program.Settings()));
+}
+
+TEST(ProgramInTerminal, SeesTerminalSettingsThatWereChangedBack) {
+    ProgramInTerminal program(
+        Shell("old=$(stty -g); stty -icanon -echo; stty \"$old\"; echo back; read -r _"));
+    ASSERT_TRUE(program.ShowsText("back"));
+    EXPECT_TRUE(SameTerminalSettings(program.SettingsAtFirst(), program.Settings()));
 }
 
 } // namespace

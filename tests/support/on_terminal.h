@@ -32,7 +32,6 @@ protected:
     void Start(std::vector<std::string> Arguments) { Start(Setting(std::move(Arguments))); }
     void Start(const ProgramInTerminal::Setting& Wanted) {
         Program = std::make_unique<ProgramInTerminal>(Wanted);
-        Before = Program->Settings();
     }
 
     // A question ignores keys for a moment, so that what was typed before cannot answer it.
@@ -43,7 +42,7 @@ protected:
     }
 
     void ExpectRestoredTerminal() const {
-        EXPECT_TRUE(SameTerminalSettings(Before, Program->Settings()));
+        EXPECT_TRUE(SameTerminalSettings(Program->SettingsAtFirst(), Program->Settings()));
         const std::string& output = Program->Output();
         const std::size_t hidden = output.rfind("\x1b[?25l");
         if (hidden != std::string::npos) {
@@ -53,5 +52,4 @@ protected:
 
     TemporaryDirectory Root;
     std::unique_ptr<ProgramInTerminal> Program;
-    termios Before{};
 };

@@ -14,6 +14,7 @@
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utmp.h>
 
 namespace {
 
@@ -97,18 +98,35 @@ ProgramInTerminal::ProgramInTerminal(const Setting& Wanted)
     vterm_screen_enable_altscreen(Cells, 1);
     vterm_screen_reset(Cells, 1);
 
+    try {
+        StartProgram(Wanted);
+    } catch (...) {
+        HangUp();
+        vterm_free(Emulator);
+        throw;
+    }
+}
+
+void ProgramInTerminal::StartProgram(const Setting& Wanted) {
     winsize size{};
     size.ws_col = static_cast<unsigned short>(Columns);
     size.ws_row = static_cast<unsigned short>(Rows);
-    Child = forkpty(&Terminal, nullptr, nullptr, &size);
-    if (Child < 0) {
-        vterm_free(Emulator);
-        ThrowSystemError("forkpty");
-    }
-    if (Child == 0) {
-        BecomeProgram(Wanted);
+    int inside = -1;
+    if (openpty(&Terminal, &inside, nullptr, nullptr, &size) != 0) {
+        ThrowSystemError("openpty");
     }
     fcntl(Terminal, F_SETFD, FD_CLOEXEC);
+    // The program may change them as soon as it runs.
+    AtFirst = Settings();
+    Child = fork();
+    if (Child == 0) {
+        login_tty(inside);
+        BecomeProgram(Wanted);
+    }
+    close(inside);
+    if (Child < 0) {
+        ThrowSystemError("fork");
+    }
 }
 
 ProgramInTerminal::~ProgramInTerminal() {

@@ -61,12 +61,14 @@ public:
     // Everything that came out, byte for byte.
     const std::string& Output() const { return Received; }
 
-    // The terminal's own settings, to be compared before and after.
+    // The terminal's own settings: now, and before the program started.
     termios Settings() const;
+    const termios& SettingsAtFirst() const { return AtFirst; }
 
     pid_t ProcessId() const { return Child; }
 
 private:
+    void StartProgram(const Setting& Wanted);
     bool ReadOnce(double Seconds);
     bool HasExited();
     template <typename Condition>
@@ -77,6 +79,7 @@ private:
     int Columns;
     int Rows;
     int Terminal = -1;
+    termios AtFirst{};
     pid_t Child = -1;
     bool bExited = false;
     // As a shell shows it: 128 + the signal's number for a program that a signal ended.
