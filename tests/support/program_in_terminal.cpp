@@ -234,6 +234,13 @@ testing::AssertionResult ProgramInTerminal::ShowsNoText(const std::string& Text,
     return testing::AssertionFailure() << "still \"" << Text << "\" on:\n" << Screen();
 }
 
+testing::AssertionResult ProgramInTerminal::ShowsScreen(const std::string& Whole, double Seconds) {
+    if (WaitUntil(Seconds, [&] { return Screen() == Whole; })) {
+        return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure() << "not:\n" << Whole << "but:\n" << HistoryAndScreen();
+}
+
 testing::AssertionResult ProgramInTerminal::ExitsWith(int Status, double Seconds) {
     if (!WaitUntil(Seconds, [&] { return HasExited(); })) {
         return testing::AssertionFailure() << "still running; screen:\n" << HistoryAndScreen();

@@ -48,6 +48,9 @@ public:
     // Each waits until its condition holds and fails with the screen after Seconds.
     testing::AssertionResult ShowsText(const std::string& Text, double Seconds = 20.0);
     testing::AssertionResult ShowsNoText(const std::string& Text, double Seconds = 20.0);
+    // The whole screen, as Screen gives it. What a program draws at once can arrive in pieces, so a
+    // text that has come says nothing about what stands behind it.
+    testing::AssertionResult ShowsScreen(const std::string& Whole, double Seconds = 20.0);
     testing::AssertionResult ExitsWith(int Status, double Seconds = 30.0);
 
     // Reads the terminal for that long, for what must not happen.
