@@ -90,11 +90,14 @@ TEST_F(FileQuestion, IsDeafForAMomentButToEscape) {
 TEST_F(FileQuestion, ComparesNothingThatHasNoSize) {
     TarvaneTransferConflict conflict = FileConflict();
     conflict.bSourceHasSize = false;
-    ConflictQuestion question = Ask(conflict);
-    EXPECT_EQ(question.Handle(Letter('b'), kLive), std::nullopt);
-    EXPECT_NE(ShownText(question).find("There is nothing to compare: one of them has no size.\n"),
-              std::string::npos);
-    EXPECT_EQ(question.Handle(Letter('B'), kLive), std::nullopt);
+    for (const char key : std::string("bB")) {
+        ConflictQuestion question = Ask(conflict);
+        EXPECT_EQ(question.Handle(Letter(key), kLive), std::nullopt) << key;
+        EXPECT_NE(
+            ShownText(question).find("There is nothing to compare: one of them has no size.\n"),
+            std::string::npos)
+            << key;
+    }
 }
 
 TEST_F(FileQuestion, RemovesADirectoryOnlyAfterASecondKey) {

@@ -59,6 +59,22 @@ TEST(ProgramInTerminal, SeesChangedTerminalSettings) {
     EXPECT_FALSE(SameTerminalSettings(program.SettingsAtFirst(), program.Settings()));
 }
 
+TEST(ProgramInTerminal, SeesHowTheProgramLeavesTheScreen) {
+    // An emphasis, a color, a ground, a hidden cursor and the alternate screen, and their ends.
+    const std::vector<std::pair<std::string, std::string>> changes = {
+        {"[1m", "[22m"}, {"[7m", "[m"},      {"[31m", "[39m"},
+        {"[44m", "[m"},  {"[?25l", "[?25h"}, {"[?1049h", "[?1049l"}};
+    for (const auto& [change, end] : changes) {
+        ProgramInTerminal program(Shell("printf 'a\\033" + change + "b'; read -r _; printf '\\033" +
+                                        end + "c'; read -r _"));
+        ASSERT_TRUE(program.ShowsText("b")) << change;
+        EXPECT_FALSE(program.DrawsAsAtFirst()) << change;
+        program.Type("\r");
+        ASSERT_TRUE(program.ShowsText("c")) << change;
+        EXPECT_TRUE(program.DrawsAsAtFirst()) << change;
+    }
+}
+
 TEST(ProgramInTerminal, SeesTerminalSettingsThatWereChangedBack) {
     ProgramInTerminal program(
         Shell("old=$(stty -g); stty -icanon -echo; stty \"$old\"; echo back; read -r _"));

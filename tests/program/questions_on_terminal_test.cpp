@@ -165,11 +165,17 @@ TEST_F(QuestionsOnTerminal, RemovingAWholeDirectoryTakesASecondKey) {
     WriteFile(Root / "into/cover.jpg/inside", "precious");
     StartCopy();
     AnswerQuestion("Overwriting removes this whole directory with all in it.", "o");
-    Program->Watch(0.5);
+    ASSERT_TRUE(Program->ShowsText("Remove the directory?"));
     EXPECT_EQ(InTo("cover.jpg/inside"), "precious");
     Program->Type(kEsc);
-    Program->Watch(0.3);
+    ASSERT_TRUE(Program->ShowsText("Esc cancel the transfer"));
     EXPECT_EQ(InTo("cover.jpg/inside"), "precious");
+    Program->Type("o");
+    ASSERT_TRUE(Program->ShowsText("Remove the directory?"));
+    Program->Type("y");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(InTo("cover.jpg"), std::string(48230, 'n'));
+    ExpectRestoredTerminal();
 }
 
 TEST_F(QuestionsOnTerminal, FitASmallWindow) {

@@ -93,7 +93,7 @@ ProgramInTerminal::ProgramInTerminal(const Setting& Wanted)
       Cells(vterm_obtain_screen(Emulator)) {
     vterm_set_utf8(Emulator, 1);
     static constexpr VTermScreenCallbacks kCallbacks = {
-        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, KeepScrolledLine, nullptr};
+        nullptr, nullptr, nullptr, KeepProperty, nullptr, nullptr, KeepScrolledLine, nullptr};
     vterm_screen_set_callbacks(Cells, &kCallbacks, this);
     vterm_screen_enable_altscreen(Cells, 1);
     vterm_screen_reset(Cells, 1);
@@ -280,6 +280,33 @@ std::string ProgramInTerminal::Screen() const {
 
 std::string ProgramInTerminal::HistoryAndScreen() const {
     return History + Screen();
+}
+
+bool ProgramInTerminal::DrawsAsAtFirst() const {
+    const VTermState* state = vterm_obtain_state(Emulator);
+    bool bEmphasis = false;
+    for (const VTermAttr attribute : {VTERM_ATTR_BOLD, VTERM_ATTR_UNDERLINE, VTERM_ATTR_ITALIC,
+                                      VTERM_ATTR_BLINK, VTERM_ATTR_REVERSE, VTERM_ATTR_STRIKE}) {
+        VTermValue value{};
+        vterm_state_get_penattr(state, attribute, &value);
+        bEmphasis = bEmphasis || value.boolean != 0;
+    }
+    VTermValue text{};
+    VTermValue ground{};
+    vterm_state_get_penattr(state, VTERM_ATTR_FOREGROUND, &text);
+    vterm_state_get_penattr(state, VTERM_ATTR_BACKGROUND, &ground);
+    return !bEmphasis && VTERM_COLOR_IS_DEFAULT_FG(&text.color) &&
+           VTERM_COLOR_IS_DEFAULT_BG(&ground.color) && bCursorVisible && !bAlternateScreen;
+}
+
+int ProgramInTerminal::KeepProperty(VTermProp Property, VTermValue* Value, void* Self) {
+    auto& self = *static_cast<ProgramInTerminal*>(Self);
+    if (Property == VTERM_PROP_CURSORVISIBLE) {
+        self.bCursorVisible = Value->boolean != 0;
+    } else if (Property == VTERM_PROP_ALTSCREEN) {
+        self.bAlternateScreen = Value->boolean != 0;
+    }
+    return 1;
 }
 
 int ProgramInTerminal::KeepScrolledLine(int Columns, const VTermScreenCell* Cells, void* Self) {

@@ -68,6 +68,10 @@ public:
     termios Settings() const;
     const termios& SettingsAtFirst() const { return AtFirst; }
 
+    // Whether what comes next is drawn as a shell expects it: without emphasis, at a visible
+    // cursor, and not on the alternate screen.
+    bool DrawsAsAtFirst() const;
+
     pid_t ProcessId() const { return Child; }
 
 private:
@@ -77,6 +81,7 @@ private:
     template <typename Condition>
     bool WaitUntil(double Seconds, Condition Holds);
     std::string RowText(int Row) const;
+    static int KeepProperty(VTermProp Property, VTermValue* Value, void* Self);
     static int KeepScrolledLine(int Columns, const VTermScreenCell* Cells, void* Self);
 
     int Columns;
@@ -87,6 +92,8 @@ private:
     bool bExited = false;
     // As a shell shows it: 128 + the signal's number for a program that a signal ended.
     int ExitStatus = -1;
+    bool bCursorVisible = true;
+    bool bAlternateScreen = false;
     VTerm* Emulator;
     VTermScreen* Cells;
     std::string Received;
