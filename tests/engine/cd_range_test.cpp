@@ -3,14 +3,14 @@
 #include "tarvanetransfer.cpp"
 
 #include "fake_drive.h"
+#include "link_names.h"
 
 #include <gtest/gtest.h>
 
 #include <optional>
 
-// The names that the linker gives to the host's function and to what replaces it.
-int RealTrackFromPath(const std::string& Path) asm("__real_" TRACK_FROM_PATH_SYMBOL);
-int WrappedTrackFromPath(const std::string& Path) asm("__wrap_" TRACK_FROM_PATH_SYMBOL);
+int RealTrackFromPath(const std::string& Path) REAL(TarvaneCddaTrackFromPath);
+int WrappedTrackFromPath(const std::string& Path) WRAPPED(TarvaneCddaTrackFromPath);
 
 namespace {
 

@@ -1,5 +1,6 @@
 #include "engine_hooks.h"
 
+#include "link_names.h"
 #include "ring_sound.h"
 #include "tarvaneops.h"
 #include "tarvanepane.h"
@@ -27,12 +28,8 @@ EngineHooks::~EngineHooks() {
     gHooks = nullptr;
 }
 
-// Each pair below carries the names that the linker gives to a function and to what replaces it.
-
-bool RealIsCddaPath(const std::string& Path) asm("__real__Z17TarvaneIsCddaPathRKNSt7__cxx1112basic_"
-                                                 "stringIcSt11char_traitsIcESaIcEEE");
-bool WrappedIsCddaPath(const std::string& Path) asm(
-    "__wrap__Z17TarvaneIsCddaPathRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE");
+bool RealIsCddaPath(const std::string& Path) REAL(TarvaneIsCddaPath);
+bool WrappedIsCddaPath(const std::string& Path) WRAPPED(TarvaneIsCddaPath);
 
 bool WrappedIsCddaPath(const std::string& Path) {
     if (gHooks != nullptr && gHooks->PathMet) {
@@ -42,9 +39,9 @@ bool WrappedIsCddaPath(const std::string& Path) {
 }
 
 bool RealPathsEquivalent(const fs::path& First, const fs::path& Second) noexcept
-    asm("__real__Z28TarvanePathsEquivalentOrSameRKNSt10filesystem7__cxx114pathES3_");
+    REAL(TarvanePathsEquivalentOrSame);
 bool WrappedPathsEquivalent(const fs::path& First, const fs::path& Second) noexcept
-    asm("__wrap__Z28TarvanePathsEquivalentOrSameRKNSt10filesystem7__cxx114pathES3_");
+    WRAPPED(TarvanePathsEquivalentOrSame);
 
 bool WrappedPathsEquivalent(const fs::path& First, const fs::path& Second) noexcept {
     const bool same = RealPathsEquivalent(First, Second);
@@ -55,7 +52,7 @@ bool WrappedPathsEquivalent(const fs::path& First, const fs::path& Second) noexc
 }
 
 // Nobody wants to hear the tests, so the real one is left out.
-void WrappedPlaySound() noexcept asm("__wrap__Z32PlayTarvaneTransferCompleteSoundv");
+void WrappedPlaySound() noexcept WRAPPED(PlayTarvaneTransferCompleteSound);
 
 void WrappedPlaySound() noexcept {
     if (gHooks != nullptr && gHooks->SoundPlayed) {
@@ -64,9 +61,9 @@ void WrappedPlaySound() noexcept {
 }
 
 fs::file_status RealStatus(const fs::path& Path, std::error_code& OutError) noexcept
-    asm("__real__ZNSt10filesystem6statusERKNS_7__cxx114pathERSt10error_code");
+    REAL(FileStatus);
 fs::file_status WrappedStatus(const fs::path& Path, std::error_code& OutError) noexcept
-    asm("__wrap__ZNSt10filesystem6statusERKNS_7__cxx114pathERSt10error_code");
+    WRAPPED(FileStatus);
 
 fs::file_status WrappedStatus(const fs::path& Path, std::error_code& OutError) noexcept {
     if ((OutError = Ask(&EngineHooks::Status, Path))) {
@@ -75,10 +72,8 @@ fs::file_status WrappedStatus(const fs::path& Path, std::error_code& OutError) n
     return RealStatus(Path, OutError);
 }
 
-fs::file_status
-RealThrowingStatus(const fs::path& Path) asm("__real__ZNSt10filesystem6statusERKNS_7__cxx114pathE");
-fs::file_status WrappedThrowingStatus(const fs::path& Path) asm(
-    "__wrap__ZNSt10filesystem6statusERKNS_7__cxx114pathE");
+fs::file_status RealThrowingStatus(const fs::path& Path) REAL(FileStatusOrThrow);
+fs::file_status WrappedThrowingStatus(const fs::path& Path) WRAPPED(FileStatusOrThrow);
 
 fs::file_status WrappedThrowingStatus(const fs::path& Path) {
     if (const std::error_code error = Ask(&EngineHooks::ThrowingStatus, Path)) {
@@ -88,9 +83,9 @@ fs::file_status WrappedThrowingStatus(const fs::path& Path) {
 }
 
 fs::file_status RealSymlinkStatus(const fs::path& Path, std::error_code& OutError) noexcept
-    asm("__real__ZNSt10filesystem14symlink_statusERKNS_7__cxx114pathERSt10error_code");
+    REAL(SymlinkStatus);
 fs::file_status WrappedSymlinkStatus(const fs::path& Path, std::error_code& OutError) noexcept
-    asm("__wrap__ZNSt10filesystem14symlink_statusERKNS_7__cxx114pathERSt10error_code");
+    WRAPPED(SymlinkStatus);
 
 fs::file_status WrappedSymlinkStatus(const fs::path& Path, std::error_code& OutError) noexcept {
     if ((OutError = Ask(&EngineHooks::SymlinkStatus, Path))) {
@@ -100,9 +95,9 @@ fs::file_status WrappedSymlinkStatus(const fs::path& Path, std::error_code& OutE
 }
 
 std::uintmax_t RealFileSize(const fs::path& Path, std::error_code& OutError) noexcept
-    asm("__real__ZNSt10filesystem9file_sizeERKNS_7__cxx114pathERSt10error_code");
+    REAL(FileSize);
 std::uintmax_t WrappedFileSize(const fs::path& Path, std::error_code& OutError) noexcept
-    asm("__wrap__ZNSt10filesystem9file_sizeERKNS_7__cxx114pathERSt10error_code");
+    WRAPPED(FileSize);
 
 std::uintmax_t WrappedFileSize(const fs::path& Path, std::error_code& OutError) noexcept {
     if ((OutError = Ask(&EngineHooks::FileSize, Path))) {
@@ -112,9 +107,9 @@ std::uintmax_t WrappedFileSize(const fs::path& Path, std::error_code& OutError) 
 }
 
 void RealRename(const fs::path& From, const fs::path& To, std::error_code& OutError) noexcept
-    asm("__real__ZNSt10filesystem6renameERKNS_7__cxx114pathES3_RSt10error_code");
+    REAL(Rename);
 void WrappedRename(const fs::path& From, const fs::path& To, std::error_code& OutError) noexcept
-    asm("__wrap__ZNSt10filesystem6renameERKNS_7__cxx114pathES3_RSt10error_code");
+    WRAPPED(Rename);
 
 void WrappedRename(const fs::path& From, const fs::path& To, std::error_code& OutError) noexcept {
     if (!(OutError = Ask(&EngineHooks::Rename, From))) {
@@ -125,10 +120,8 @@ void WrappedRename(const fs::path& From, const fs::path& To, std::error_code& Ou
 using Iterator = fs::directory_iterator;
 using RecursiveIterator = fs::recursive_directory_iterator;
 
-Iterator& RealAdvance(Iterator* It, std::error_code& OutError) asm(
-    "__real__ZNSt10filesystem7__cxx1118directory_iterator9incrementERSt10error_code");
-Iterator& WrappedAdvance(Iterator* It, std::error_code& OutError) asm(
-    "__wrap__ZNSt10filesystem7__cxx1118directory_iterator9incrementERSt10error_code");
+Iterator& RealAdvance(Iterator* It, std::error_code& OutError) REAL(NextEntry);
+Iterator& WrappedAdvance(Iterator* It, std::error_code& OutError) WRAPPED(NextEntry);
 
 // A listing that fails has no further entries, as with the library's own errors.
 Iterator& WrappedAdvance(Iterator* It, std::error_code& OutError) {
@@ -139,10 +132,10 @@ Iterator& WrappedAdvance(Iterator* It, std::error_code& OutError) {
     return RealAdvance(It, OutError);
 }
 
-RecursiveIterator& RealAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError) asm(
-    "__real__ZNSt10filesystem7__cxx1128recursive_directory_iterator9incrementERSt10error_code");
-RecursiveIterator& WrappedAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError) asm(
-    "__wrap__ZNSt10filesystem7__cxx1128recursive_directory_iterator9incrementERSt10error_code");
+RecursiveIterator& RealAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError)
+    REAL(NextEntryBelow);
+RecursiveIterator& WrappedAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError)
+    WRAPPED(NextEntryBelow);
 
 RecursiveIterator& WrappedAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError) {
     if (const std::error_code error = Ask(&EngineHooks::AdvanceRecursively, (*It)->path())) {

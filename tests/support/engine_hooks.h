@@ -2,8 +2,8 @@
 // system gives on demand. All of them sit at the link: the engine's calls of the host and of the
 // file-system library reach a hook first.
 //
-// Requires: the executable wraps the symbols in ENGINE_HOOK_SYMBOLS of tests/engine/CMakeLists.txt,
-// and links engine_hooks.cpp and tarvane_host.
+// Requires: the executable wraps ENGINE_HOOKS of tests/engine/CMakeLists.txt, and links
+// engine_hooks.cpp and tarvane_host.
 
 #pragma once
 

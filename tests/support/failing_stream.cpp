@@ -1,5 +1,7 @@
 #include "failing_stream.h"
 
+#include "link_names.h"
+
 #include <ostream>
 
 namespace {
@@ -14,13 +16,12 @@ bool FailsNow(FailingStream::Call Call) {
 
 } // namespace
 
-// The names that the linker gives to the calls and to what replaces them.
-std::ostream& RealWrite(std::ostream* Out, const char* Bytes,
-                        std::streamsize Size) asm("__real__ZNSo5writeEPKcl");
-std::ostream& WrappedWrite(std::ostream* Out, const char* Bytes,
-                           std::streamsize Size) asm("__wrap__ZNSo5writeEPKcl");
-std::ostream& RealFlush(std::ostream* Out) asm("__real__ZNSo5flushEv");
-std::ostream& WrappedFlush(std::ostream* Out) asm("__wrap__ZNSo5flushEv");
+std::ostream& RealWrite(std::ostream* Out, const char* Bytes, std::streamsize Size)
+    REAL(StreamWrite);
+std::ostream& WrappedWrite(std::ostream* Out, const char* Bytes, std::streamsize Size)
+    WRAPPED(StreamWrite);
+std::ostream& RealFlush(std::ostream* Out) REAL(StreamFlush);
+std::ostream& WrappedFlush(std::ostream* Out) WRAPPED(StreamFlush);
 
 std::ostream& WrappedWrite(std::ostream* Out, const char* Bytes, std::streamsize Size) {
     if (FailsNow(FailingStream::Call::Write)) {

@@ -1,8 +1,7 @@
 // Output streams that fail on demand, where no file system can make them: small writes stay in the
 // stream's buffer, so that a full disk is noticed at the first large one only.
 //
-// Requires: the executable wraps _ZNSo5writeEPKcl (write) and _ZNSo5flushEv (flush), and links
-// failing_stream.cpp.
+// Requires: the executable wraps StreamWrite and StreamFlush, and links failing_stream.cpp.
 
 #pragma once
 

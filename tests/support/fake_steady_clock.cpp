@@ -1,5 +1,7 @@
 #include "fake_steady_clock.h"
 
+#include "link_names.h"
+
 #include <atomic>
 #include <cstdint>
 
@@ -17,9 +19,8 @@ SteadyTime HeldTime() {
 
 } // namespace
 
-// The names that the linker gives to the clock and to what replaces it.
-SteadyTime RealSteadyClockNow() noexcept asm("__real__ZNSt6chrono3_V212steady_clock3nowEv");
-SteadyTime WrappedSteadyClockNow() noexcept asm("__wrap__ZNSt6chrono3_V212steady_clock3nowEv");
+SteadyTime RealSteadyClockNow() noexcept REAL(SteadyClockNow);
+SteadyTime WrappedSteadyClockNow() noexcept WRAPPED(SteadyClockNow);
 
 SteadyTime WrappedSteadyClockNow() noexcept {
     if (!gHeld) {

@@ -1,6 +1,6 @@
 // A steady clock that stands still until a test moves it.
 //
-// Requires: the executable wraps _ZNSt6chrono3_V212steady_clock3nowEv and links
+// Requires: the executable wraps SteadyClockNow and links
 // fake_steady_clock.cpp. Without an object of this class the real clock answers.
 
 #pragma once

@@ -1,5 +1,7 @@
 #include "scripted_wait.h"
 
+#include "link_names.h"
+
 #include <condition_variable>
 #include <mutex>
 #include <stdexcept>
@@ -10,11 +12,10 @@ thread_local ScriptedWait* gScript = nullptr;
 
 } // namespace
 
-// The names that the linker gives to a wait and to what replaces it.
-void RealWait(std::condition_variable* Condition, std::unique_lock<std::mutex>& Lock) asm(
-    "__real__ZNSt18condition_variable4waitERSt11unique_lockISt5mutexE");
-void WrappedWait(std::condition_variable* Condition, std::unique_lock<std::mutex>& Lock) asm(
-    "__wrap__ZNSt18condition_variable4waitERSt11unique_lockISt5mutexE");
+void RealWait(std::condition_variable* Condition, std::unique_lock<std::mutex>& Lock)
+    REAL(ConditionWait);
+void WrappedWait(std::condition_variable* Condition, std::unique_lock<std::mutex>& Lock)
+    WRAPPED(ConditionWait);
 
 void WrappedWait(std::condition_variable* Condition, std::unique_lock<std::mutex>& Lock) {
     if (gScript == nullptr) {

@@ -1,7 +1,7 @@
 // Plays the interface on the worker's own thread while the worker waits for an answer.
 //
-// Requires: the executable wraps _ZNSt18condition_variable4waitERSt11unique_lockISt5mutexE and
-// links scripted_wait.cpp. Threads without an object of this class wait for real.
+// Requires: the executable wraps ConditionWait and links scripted_wait.cpp. Threads without an
+// object of this class wait for real.
 
 #pragma once
 

@@ -2,6 +2,7 @@
 
 #include "becomes_true.h"
 #include "file_tree.h"
+#include "link_names.h"
 #include "temporary_directory.h"
 
 #include <functional>
@@ -23,27 +24,23 @@ bool gThreadsFail = false;
 
 } // namespace
 
-// What the mangled names are of: RunTarvaneTransferJob, and the part of std::thread that starts
-// one.
-extern "C" {
-void __real__Z21RunTarvaneTransferJobRKSt10shared_ptrI18TarvaneTransferJobE19TarvaneTransferPlan(
-    const Job& Running, TarvaneTransferPlan Plan);
-void __wrap__Z21RunTarvaneTransferJobRKSt10shared_ptrI18TarvaneTransferJobE19TarvaneTransferPlan(
-    const Job& Running, TarvaneTransferPlan Plan);
-void __real__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
-    std::thread* Self, std::unique_ptr<std::thread::_State> State, void (*Depend)());
-void __wrap__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
-    std::thread* Self, std::unique_ptr<std::thread::_State> State, void (*Depend)());
+void RealRunJob(const Job& Running, TarvaneTransferPlan Plan) REAL(RunTarvaneTransferJob);
+void WrappedRunJob(const Job& Running, TarvaneTransferPlan Plan) WRAPPED(RunTarvaneTransferJob);
 
-void __wrap__Z21RunTarvaneTransferJobRKSt10shared_ptrI18TarvaneTransferJobE19TarvaneTransferPlan(
-    const Job& Running, TarvaneTransferPlan Plan) {
+void WrappedRunJob(const Job& Running, TarvaneTransferPlan Plan) {
     if (gEngine) {
         gEngine(Running);
         return;
     }
-    __real__Z21RunTarvaneTransferJobRKSt10shared_ptrI18TarvaneTransferJobE19TarvaneTransferPlan(
-        Running, std::move(Plan));
+    RealRunJob(Running, std::move(Plan));
 }
+
+// What the mangled name is of: the part of std::thread that starts one.
+extern "C" {
+void __real__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
+    std::thread* Self, std::unique_ptr<std::thread::_State> State, void (*Depend)());
+void __wrap__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
+    std::thread* Self, std::unique_ptr<std::thread::_State> State, void (*Depend)());
 
 void __wrap__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
     std::thread* Self, std::unique_ptr<std::thread::_State> State, void (*Depend)()) {
