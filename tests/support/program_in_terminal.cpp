@@ -92,9 +92,14 @@ ProgramInTerminal::ProgramInTerminal(const Setting& Wanted)
     : Columns(Wanted.Columns), Rows(Wanted.Rows), Emulator(vterm_new(Wanted.Rows, Wanted.Columns)),
       Cells(vterm_obtain_screen(Emulator)) {
     vterm_set_utf8(Emulator, 1);
-    static constexpr VTermScreenCallbacks kCallbacks = {
-        nullptr, nullptr, nullptr, KeepProperty, nullptr, nullptr, KeepScrolledLine, nullptr};
-    vterm_screen_set_callbacks(Cells, &kCallbacks, this);
+    // Newer emulators have more callbacks.
+    static const VTermScreenCallbacks callbacks = [] {
+        VTermScreenCallbacks wanted{};
+        wanted.settermprop = KeepProperty;
+        wanted.sb_pushline = KeepScrolledLine;
+        return wanted;
+    }();
+    vterm_screen_set_callbacks(Cells, &callbacks, this);
     vterm_screen_enable_altscreen(Cells, 1);
     vterm_screen_reset(Cells, 1);
 

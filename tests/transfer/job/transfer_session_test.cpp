@@ -3,12 +3,12 @@
 #include "becomes_true.h"
 #include "file_tree.h"
 #include "link_names.h"
+#include "no_room_for_threads.h"
 #include "temporary_directory.h"
 
 #include <functional>
 #include <poll.h>
 #include <stdexcept>
-#include <system_error>
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,6 @@ using Job = std::shared_ptr<TarvaneTransferJob>;
 
 // Runs in the place of the engine when it is set.
 std::function<void(const Job&)> gEngine;
-bool gThreadsFail = false;
 
 } // namespace
 
@@ -35,30 +34,12 @@ void WrappedRunJob(const Job& Running, TarvaneTransferPlan Plan) {
     RealRunJob(Running, std::move(Plan));
 }
 
-// What the mangled name is of: the part of std::thread that starts one.
-extern "C" {
-void __real__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
-    std::thread* Self, std::unique_ptr<std::thread::_State> State, void (*Depend)());
-void __wrap__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
-    std::thread* Self, std::unique_ptr<std::thread::_State> State, void (*Depend)());
-
-void __wrap__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
-    std::thread* Self, std::unique_ptr<std::thread::_State> State, void (*Depend)()) {
-    if (gThreadsFail) {
-        throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
-    }
-    __real__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(
-        Self, std::move(State), Depend);
-}
-}
-
 namespace {
 
 class TransferSessionTest : public testing::Test {
 protected:
     TransferSessionTest() {
         gEngine = nullptr;
-        gThreadsFail = false;
         WriteFile(Directory / "a.txt", "new");
     }
 
@@ -162,7 +143,7 @@ TEST_F(TransferSessionTest, KeepsTheOutcomeOfAJobThatHasFinishedBeforeTheExcepti
 }
 
 TEST_F(TransferSessionTest, FailsTheJobWhenNoThreadCanBeStarted) {
-    gThreadsFail = true;
+    const NoRoomForThreads noThreads;
     TransferSession session(PlanTo("b.txt"));
     EXPECT_TRUE(session.IsOver());
     EXPECT_FALSE(session.Job().MakeUiSnapshot().bSucceeded);
