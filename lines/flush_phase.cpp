@@ -2,6 +2,8 @@
 
 #include "progress_styles.h"
 
+#include "progress_texts.h"
+
 #include <algorithm>
 #include <csignal>
 

@@ -4,6 +4,7 @@
 #include "preflight_verdict.h"
 #include "progress_styles.h"
 
+#include "progress_texts.h"
 #include <string>
 
 namespace {
@@ -48,7 +49,7 @@ bool AwaitLook(PreflightThread& Look, LineConsole& Console, ProgressOutput& Outp
             return false;
         }
         if (Console.TakeStatusRequest()) {
-            Console.PrintLine(LookText(Look.EntriesSeen()));
+            Console.PrintLine(PreflightText(Look.EntriesSeen()));
         }
         if (Console.TakeFrame()) {
             Output.Looking(Look.EntriesSeen());

@@ -2,9 +2,8 @@
 
 #include "json_progress.h"
 #include "live_block.h"
-#include "progress_lines.h"
+#include "progress_texts.h"
 #include "screen_text.h"
-#include "size_text.h"
 
 #include <cerrno>
 #include <unistd.h>
@@ -18,19 +17,6 @@ bool LineClock::TakeDue() {
     return true;
 }
 
-std::string LookText(std::uint64_t EntriesSeen) {
-    return "Looking through the sources: " + std::to_string(EntriesSeen) + " entries.";
-}
-
-std::string FlushText(const FlushProgress& Progress) {
-    std::string text = "Writing to the disk: ";
-    text += Progress.RemainingBytes ? SizeText(*Progress.RemainingBytes) + " left" : "waiting";
-    if (Progress.BytesPerSecond > 0) {
-        text += " | Rate " + SizeText(Progress.BytesPerSecond) + "/s";
-    }
-    return text;
-}
-
 namespace {
 
 class LiveOutput : public ProgressOutput {
@@ -38,7 +24,7 @@ public:
     explicit LiveOutput(LineConsole& Screen) : Console(Screen) {}
 
     void Looking(std::uint64_t EntriesSeen) override {
-        ShowTexts({LookText(EntriesSeen), "Press Esc to skip this, Ctrl-C to cancel."});
+        ShowTexts({PreflightText(EntriesSeen), "Press Esc to skip this, Ctrl-C to cancel."});
     }
 
     void Running(const ProgressView& View) override {
@@ -76,7 +62,7 @@ class LinesOutput : public ProgressOutput {
 public:
     LinesOutput(LineConsole& Log, const LineClock& Clock) : Console(Log), Lines(Clock) {}
 
-    void Looking(std::uint64_t EntriesSeen) override { PrintWhenDue(LookText(EntriesSeen)); }
+    void Looking(std::uint64_t EntriesSeen) override { PrintWhenDue(PreflightText(EntriesSeen)); }
 
     void Running(const ProgressView& View) override {
         if (View.Snapshot.bCancelRequested && !bCancelSaid) {
@@ -84,7 +70,7 @@ public:
             Console.PrintLine(View.Snapshot.HintText);
         }
         if (!View.Snapshot.bFinished) {
-            PrintWhenDue(ProgressLine(View.Snapshot, View.Claims));
+            PrintWhenDue(JobText(View.Snapshot, View.Claims));
         }
     }
 

@@ -31,8 +31,3 @@ std::unique_ptr<ProgressOutput> MakeLiveOutput(LineConsole& Console);
 std::unique_ptr<ProgressOutput> MakeLinesOutput(LineConsole& Console, double IntervalSeconds);
 // Records on standard output.
 std::unique_ptr<ProgressOutput> MakeJsonOutput(double IntervalSeconds);
-
-// What a flush still has to do, in words: "Writing to the disk: 1.5 MB left | Rate 6.0 MB/s".
-std::string FlushText(const FlushProgress& Progress);
-// How far the look before the start is, in words.
-std::string LookText(std::uint64_t EntriesSeen);

@@ -1,7 +1,7 @@
 #include "transfer_phase.h"
 
 #include "free_name.h"
-#include "progress_lines.h"
+#include "progress_texts.h"
 
 #include <algorithm>
 #include <csignal>
@@ -30,7 +30,7 @@ RunOutcome TransferPhase::Run() {
         AttendDesk();
         if (Console.TakeStatusRequest()) {
             const ProgressView view = Look();
-            Console.PrintLine(ProgressLine(view.Snapshot, view.Claims));
+            Console.PrintLine(JobText(view.Snapshot, view.Claims));
         }
         if (Console.TakeFrame()) {
             ShowFrame();

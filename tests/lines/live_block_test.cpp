@@ -1,5 +1,7 @@
 #include "live_block.h"
 
+#include "progress_texts.h"
+
 #include <string>
 #include <vector>
 

@@ -43,17 +43,3 @@ int ProgressWatch::StalledSeconds(const TarvaneTransferUiSnapshot& Snapshot, boo
     const auto still = std::chrono::duration_cast<std::chrono::seconds>(Now - LastAdvance).count();
     return still < kStallSeconds ? 0 : static_cast<int>(still);
 }
-
-std::string StalledText(const ProgressClaims& Claims) {
-    if (Claims.StalledSeconds == 0) {
-        return {};
-    }
-    return "Stalled: nothing copied for " + std::to_string(Claims.StalledSeconds) + " s.";
-}
-
-std::string MoreThanCountedText(const ProgressClaims& Claims) {
-    if (!Claims.bMoreThanCounted) {
-        return {};
-    }
-    return "More was copied than was counted, so the totals are too low.";
-}

@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <string>
 
 #include "tarvanetransfer.h"
 
@@ -38,7 +37,3 @@ private:
     bool bCopying = false;
     Clock::time_point LastAdvance;
 };
-
-// The claims in words, empty when there is nothing to say.
-std::string StalledText(const ProgressClaims& Claims);
-std::string MoreThanCountedText(const ProgressClaims& Claims);

@@ -1,4 +1,4 @@
-#include "progress_lines.h"
+#include "progress_texts.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ protected:
 };
 
 TEST_F(ProgressLineTest, HoldsTheOverallAndTheRateTextUnchanged) {
-    EXPECT_EQ(ProgressLine(Snapshot, Claims),
+    EXPECT_EQ(JobText(Snapshot, Claims),
               "Overall 1.5 GB / 12.0 GB | Items 3 / 12 | Rate 6.0 MB/s | Spent 04:16 | "
               "Remaining 29:52");
 }
@@ -30,19 +30,19 @@ TEST_F(ProgressLineTest, HoldsTheOverallAndTheRateTextUnchanged) {
 TEST_F(ProgressLineTest, IsTheStageWhileNothingIsCounted) {
     Snapshot.TotalItems = 0;
     Snapshot.StageText = "Stage: Preparing | Scanning transfer contents";
-    EXPECT_EQ(ProgressLine(Snapshot, Claims), "Stage: Preparing | Scanning transfer contents");
+    EXPECT_EQ(JobText(Snapshot, Claims), "Stage: Preparing | Scanning transfer contents");
 }
 
 TEST_F(ProgressLineTest, SaysThatTheCopyIsStalled) {
     Claims.StalledSeconds = 12;
-    EXPECT_EQ(ProgressLine(Snapshot, Claims),
+    EXPECT_EQ(JobText(Snapshot, Claims),
               "Overall 1.5 GB / 12.0 GB | Items 3 / 12 | Rate 6.0 MB/s | Spent 04:16 | "
               "Remaining 29:52 | Stalled: nothing copied for 12 s.");
 }
 
 TEST_F(ProgressLineTest, SaysThatMoreWasCopiedThanCounted) {
     Claims.bMoreThanCounted = true;
-    EXPECT_EQ(ProgressLine(Snapshot, Claims),
+    EXPECT_EQ(JobText(Snapshot, Claims),
               "Overall 1.5 GB / 12.0 GB | Items 3 / 12 | Rate 6.0 MB/s | Spent 04:16 | "
               "Remaining 29:52 | More was copied than was counted, so the totals are too low.");
 }
@@ -50,7 +50,7 @@ TEST_F(ProgressLineTest, SaysThatMoreWasCopiedThanCounted) {
 TEST_F(ProgressLineTest, HoldsTheHintOnceACancelIsRequested) {
     Snapshot.bCancelRequested = true;
     Snapshot.HintText = "Canceling transfer.";
-    EXPECT_EQ(ProgressLine(Snapshot, Claims),
+    EXPECT_EQ(JobText(Snapshot, Claims),
               "Overall 1.5 GB / 12.0 GB | Items 3 / 12 | Rate 6.0 MB/s | Spent 04:16 | "
               "Remaining 29:52 | Canceling transfer.");
 }

@@ -1,0 +1,54 @@
+#include "progress_texts.h"
+
+#include "size_text.h"
+
+namespace {
+
+void AppendField(std::string& Line, const std::string& Field) {
+    if (!Field.empty()) {
+        Line += " | " + Field;
+    }
+}
+
+} // namespace
+
+std::string JobText(const TarvaneTransferUiSnapshot& Snapshot, const ProgressClaims& Claims) {
+    if (Snapshot.TotalItems == 0) {
+        return Snapshot.StageText;
+    }
+    std::string line = Snapshot.OverallText;
+    AppendField(line, Snapshot.IoText);
+    AppendField(line, StalledText(Claims));
+    AppendField(line, MoreThanCountedText(Claims));
+    if (Snapshot.bCancelRequested) {
+        AppendField(line, Snapshot.HintText);
+    }
+    return line;
+}
+
+std::string StalledText(const ProgressClaims& Claims) {
+    if (Claims.StalledSeconds == 0) {
+        return {};
+    }
+    return "Stalled: nothing copied for " + std::to_string(Claims.StalledSeconds) + " s.";
+}
+
+std::string MoreThanCountedText(const ProgressClaims& Claims) {
+    if (!Claims.bMoreThanCounted) {
+        return {};
+    }
+    return "More was copied than was counted, so the totals are too low.";
+}
+
+std::string PreflightText(std::uint64_t EntriesSeen) {
+    return "Looking through the sources: " + std::to_string(EntriesSeen) + " entries.";
+}
+
+std::string FlushText(const FlushProgress& Progress) {
+    std::string text = "Writing to the disk: ";
+    text += Progress.RemainingBytes ? SizeText(*Progress.RemainingBytes) + " left" : "waiting";
+    if (Progress.BytesPerSecond > 0) {
+        text += " | Rate " + SizeText(Progress.BytesPerSecond) + "/s";
+    }
+    return text;
+}

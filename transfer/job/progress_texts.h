@@ -1,0 +1,24 @@
+// How far a run is, in words that are ours and not the engine's. None is cleaned for a screen.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "flusher.h"
+#include "progress_watch.h"
+#include "tarvanetransfer.h"
+
+// How far the look before the job is.
+std::string PreflightText(std::uint64_t EntriesSeen);
+
+// The job in one line with the engine's texts: how much is done and how fast, or the stage while
+// nothing is counted yet, followed by the claims.
+std::string JobText(const TarvaneTransferUiSnapshot& Snapshot, const ProgressClaims& Claims);
+
+// The claims, empty when there is nothing to say.
+std::string StalledText(const ProgressClaims& Claims);
+std::string MoreThanCountedText(const ProgressClaims& Claims);
+
+// What a flush still has to do: "Writing to the disk: 1.5 MB left | Rate 6.0 MB/s".
+std::string FlushText(const FlushProgress& Progress);
