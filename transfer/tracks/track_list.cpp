@@ -1,99 +1,17 @@
 #include "track_list.h"
 
+#include "table_of_contents.h"
+
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <fcntl.h>
 #include <fstream>
-#include <linux/cdrom.h>
-#include <optional>
 #include <sstream>
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include <utility>
 
 namespace {
 
 constexpr std::uint64_t kWavHeaderBytes = 44;
 constexpr std::uint64_t kBytesPerFrame = CD_FRAMESIZE_RAW;
-
-// Owns the descriptor of an open drive.
-class OpenDrive {
-public:
-    // Non-blocking, or the open would wait for a disc and fail without one.
-    explicit OpenDrive(const std::string& Device)
-        : Descriptor(open(Device.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {}
-    ~OpenDrive() {
-        if (Descriptor >= 0) {
-            close(Descriptor);
-        }
-    }
-    OpenDrive(const OpenDrive&) = delete;
-    OpenDrive& operator=(const OpenDrive&) = delete;
-
-    bool IsOpen() const { return Descriptor >= 0; }
-
-    bool ReadHeader(cdrom_tochdr& OutHeader) const {
-        OutHeader = {};
-        return ioctl(Descriptor, CDROMREADTOCHDR, &OutHeader) == 0;
-    }
-
-    bool ReadEntry(int Track, cdrom_tocentry& OutEntry) const {
-        OutEntry = {};
-        OutEntry.cdte_track = static_cast<__u8>(Track);
-        OutEntry.cdte_format = CDROM_MSF;
-        return ioctl(Descriptor, CDROMREADTOCENTRY, &OutEntry) == 0;
-    }
-
-private:
-    int Descriptor;
-};
-
-std::int32_t EntryFrame(const cdrom_tocentry& Entry) {
-    const cdrom_msf0& position = Entry.cdte_addr.msf;
-    return (position.minute * CD_SECS + position.second) * CD_FRAMES + position.frame;
-}
-
-bool IsDataTrack(const cdrom_tocentry& Entry) {
-    return (static_cast<unsigned>(Entry.cdte_ctrl) & unsigned{CDROM_DATA_TRACK}) != 0;
-}
-
-std::string DescribeHeaderError(const std::string& Device, int Error) {
-    if (Error == ENOMEDIUM) {
-        return "no disc in '" + Device + "'";
-    }
-    if (Error == ENOTTY || Error == EINVAL) {
-        return "'" + Device + "' is not a CD drive";
-    }
-    return "cannot read the table of contents of the disc in '" + Device +
-           "': " + std::strerror(Error);
-}
-
-bool ReadTracks(const OpenDrive& Drive, const cdrom_tochdr& Header,
-                std::vector<TrackListEntry>& Out) {
-    cdrom_tocentry entry;
-    for (int number = Header.cdth_trk0; number <= Header.cdth_trk1; ++number) {
-        if (!Drive.ReadEntry(number, entry)) {
-            return false;
-        }
-        const std::int32_t start = EntryFrame(entry);
-        if (!Out.empty()) {
-            Out.back().EndFrame = start;
-        }
-        Out.push_back({number, IsDataTrack(entry), start, start});
-    }
-    if (!Drive.ReadEntry(CDROM_LEADOUT, entry)) {
-        return false;
-    }
-    if (!Out.empty()) {
-        Out.back().EndFrame = EntryFrame(entry);
-    }
-    return true;
-}
-
-bool IsAudio(const TrackListEntry& Track) {
-    return !Track.bData;
-}
 
 // The names after "drive name:" in the CD-ROM driver's own list.
 std::vector<std::string> DriveNamesOfDriver() {
@@ -151,26 +69,13 @@ std::vector<std::string> FindOpticalDrives() {
 }
 
 bool ReadTrackList(const std::string& Device, TrackList& Out, std::string& ErrorMessage) {
-    const OpenDrive drive(Device);
-    if (!drive.IsOpen()) {
-        ErrorMessage = "cannot open CD drive '" + Device + "': " + std::strerror(errno);
+    TableOfContents table;
+    ReadTableOfContents(Device.c_str(), table);
+    std::variant<TrackList, TrackListFailure> result = TracksOf(table, Device);
+    if (const auto* failure = std::get_if<TrackListFailure>(&result)) {
+        ErrorMessage = failure->Reason;
         return false;
     }
-    cdrom_tochdr header;
-    if (!drive.ReadHeader(header)) {
-        ErrorMessage = DescribeHeaderError(Device, errno);
-        return false;
-    }
-    TrackList list;
-    list.Device = Device;
-    if (!ReadTracks(drive, header, list.Tracks)) {
-        ErrorMessage = DescribeHeaderError(Device, errno);
-        return false;
-    }
-    if (std::none_of(list.Tracks.begin(), list.Tracks.end(), IsAudio)) {
-        ErrorMessage = "no audio tracks on the disc in '" + Device + "'";
-        return false;
-    }
-    Out = std::move(list);
+    Out = std::get<TrackList>(std::move(result));
     return true;
 }
