@@ -271,8 +271,11 @@ TEST(Documentation, ZshOffersTheParsersChoices) {
 }
 
 TEST(Documentation, ThePageListsTheMembersOfEveryRecord) {
-    const Words records{PreflightRecord({}), TotalsRecord({}), ProgressRecord({}),
-                        ConflictRecord({}),  FlushRecord({}),  DoneRecord({}, 0)};
+    ProgressView view;
+    view.StageLabel = [] { return std::string(); };
+    const int exitStatus = 0;
+    const Words records{PreflightRecord({}), TotalsRecord({}), ProgressRecord(view),
+                        ConflictRecord({}),  FlushRecord({}),  DoneRecord({}, exitStatus)};
     const std::string section = PageSection("JSON");
     WordSet events;
     for (const std::string& record : records) {
