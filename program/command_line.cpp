@@ -1,7 +1,10 @@
 #include "command_line.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <filesystem>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -9,8 +12,33 @@
 #include "help_text.h"
 #include "option_reader.h"
 #include "quoted.h"
+#include "transfer_options.h"
 
 namespace {
+
+constexpr char kCommands[] = "the commands are copy, move and tracks";
+
+// Gives each option to Apply, which returns what is wrong with it or nothing. Returns what ends the
+// reading before the operands are looked at.
+template <typename ApplyOption>
+std::optional<CommandLine> ReadOptions(OptionReader& Options, const char* HelpText,
+                                       const ApplyOption& Apply) {
+    while (const std::optional<TypedOption> typed = Options.Next()) {
+        if (typed->Meaning == Option::Help) {
+            return InformationText{HelpText};
+        }
+        if (typed->Meaning == Option::Version) {
+            return InformationText{kVersionText};
+        }
+        if (std::string mistake = Apply(*typed); !mistake.empty()) {
+            return UsageError{std::move(mistake)};
+        }
+    }
+    if (!Options.Mistake().empty()) {
+        return UsageError{Options.Mistake()};
+    }
+    return std::nullopt;
+}
 
 bool IsEmptyName(const std::filesystem::path& Name) {
     return Name.empty();
@@ -40,16 +68,43 @@ std::optional<UsageError> FindOperandMistake(const TransferRequest& Request) {
     return std::nullopt;
 }
 
-CommandLine ParseTransfer(bool bMove, int Argc, char** Argv) {
-    OptionReader reader(bMove);
-    const int firstOperand = reader.Read(Argc, Argv);
-    if (reader.Answer) {
-        return *reader.Answer;
+CommandLine ParseTransfer(Command Wanted, std::span<char*> Arguments) {
+    LineRequest request;
+    request.Transfer.bMove = Wanted == Command::Move;
+    OptionReader options(Wanted, Arguments);
+    const auto apply = [&request](const TypedOption& Typed) {
+        return ApplyTransferOption(Typed, request);
+    };
+    if (std::optional<CommandLine> end = ReadOptions(options, kHelpText, apply)) {
+        return std::move(*end);
     }
-    LineRequest request = std::move(reader.Request);
-    request.Transfer.Operands.assign(Argv + firstOperand, Argv + Argc);
-    if (const std::optional<UsageError> mistake = FindOperandMistake(request.Transfer)) {
-        return *mistake;
+    const std::span<char* const> operands = options.Operands();
+    request.Transfer.Operands.assign(operands.begin(), operands.end());
+    if (std::optional<UsageError> mistake = FindOperandMistake(request.Transfer)) {
+        return std::move(*mistake);
+    }
+    return request;
+}
+
+CommandLine ParseTracks(std::span<char*> Arguments) {
+    TracksRequest request;
+    OptionReader options(Command::Tracks, Arguments);
+    const auto apply = [&request](const TypedOption& Typed) {
+        request.bJson = request.bJson || Typed.Meaning == Option::Json;
+        return std::string();
+    };
+    if (std::optional<CommandLine> end = ReadOptions(options, kTracksHelpText, apply)) {
+        return std::move(*end);
+    }
+    const std::span<char* const> operands = options.Operands();
+    if (operands.size() > 1) {
+        return UsageError{"more than one drive"};
+    }
+    if (!operands.empty()) {
+        request.Device = operands.front();
+        if (request.Device.empty()) {
+            return UsageError{"the drive's name is empty"};
+        }
     }
     return request;
 }
@@ -58,11 +113,18 @@ CommandLine ParseTransfer(bool bMove, int Argc, char** Argv) {
 
 CommandLine ParseCommandLine(int Argc, char** Argv) {
     if (Argc < 2) {
-        return UsageError{"missing command; the commands are copy, move and tracks"};
+        return UsageError{std::string("missing command; ") + kCommands};
     }
     const std::string_view command = Argv[1];
-    if (command == "copy" || command == "move") {
-        return ParseTransfer(command == "move", Argc - 1, Argv + 1);
+    const auto arguments = std::span(Argv, static_cast<std::size_t>(Argc)).subspan(1);
+    if (command == "copy") {
+        return ParseTransfer(Command::Copy, arguments);
+    }
+    if (command == "move") {
+        return ParseTransfer(Command::Move, arguments);
+    }
+    if (command == "tracks") {
+        return ParseTracks(arguments);
     }
     if (command == "--help") {
         return InformationText{kHelpText};
@@ -73,6 +135,5 @@ CommandLine ParseCommandLine(int Argc, char** Argv) {
     if (command.starts_with('-')) {
         return UsageError{"unrecognized option " + Quoted(command) + " before the command"};
     }
-    return UsageError{"unknown command " + Quoted(command) +
-                      "; the commands are copy, move and tracks"};
+    return UsageError{"unknown command " + Quoted(command) + "; " + kCommands};
 }

@@ -54,3 +54,17 @@ all of them cdda:/dev/sr0. Esc or Ctrl-C cancels a transfer.
 Exit status: 0 done, 1 failed, 2 wrong usage, 130 canceled, 128 + N after
 signal N.
 )";
+
+const char* const kTracksHelpText = R"(Usage: tarvane tracks [--json] [DEVICE]
+List the tracks of the audio CD in DEVICE, by default in the first optical
+drive.
+
+      --json     print one JSON document
+      --help     print this help and end
+      --version  print the version and end
+
+Start and length are minutes:seconds.frames; a second has 75 frames. The total
+is that of the audio tracks. Copy one track, or all of them, with
+  tarvane copy 'cdda:/dev/sr0/Track 03.wav' DIRECTORY
+  tarvane copy cdda:/dev/sr0 DIRECTORY
+)";

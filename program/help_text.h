@@ -3,4 +3,5 @@
 #pragma once
 
 extern const char* const kHelpText;
+extern const char* const kTracksHelpText;
 extern const char* const kVersionText;

@@ -10,8 +10,9 @@
 #include <cstdio>
 #include <exception>
 #include <fcntl.h>
-#include <string_view>
+#include <string>
 #include <unistd.h>
+#include <variant>
 
 namespace {
 
@@ -25,13 +26,17 @@ void OpenStandardStreams() {
     }
 }
 
+void PrintMessage(const std::string& Sentence) {
+    std::fprintf(stderr, "tarvane: %s\n", CleanForScreen(Sentence).c_str());
+}
+
 int Answer(const InformationText& Information) {
     const bool bWritten = std::fputs(Information.Text.c_str(), stdout) >= 0;
     return bWritten && std::fflush(stdout) == 0 ? kExitDone : kExitFailed;
 }
 
 int Answer(const UsageError& Mistake) {
-    std::fprintf(stderr, "tarvane: %s\n", CleanForScreen(Mistake.Sentence).c_str());
+    PrintMessage(Mistake.Sentence);
     return kExitUsage;
 }
 
@@ -39,12 +44,8 @@ int Answer(const LineRequest& Request) {
     return ExitStatusOf(RunLineFrontEnd(Request, ExitStatusOf));
 }
 
-int Run(int Argc, char** Argv) {
-    if (Argc > 1 && std::string_view(Argv[1]) == "tracks") {
-        return RunTracksCommand(Argc - 1, Argv + 1);
-    }
-    return std::visit([](const auto& Parsed) { return Answer(Parsed); },
-                      ParseCommandLine(Argc, Argv));
+int Answer(const TracksRequest& Request) {
+    return ExitStatusOf(RunTracksCommand(Request));
 }
 
 } // namespace
@@ -53,9 +54,10 @@ int main(int Argc, char** Argv) {
     OpenStandardStreams();
     EnsureUtf8Locale();
     try {
-        return Run(Argc, Argv);
+        return std::visit([](const auto& Parsed) { return Answer(Parsed); },
+                          ParseCommandLine(Argc, Argv));
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "tarvane: %s\n", error.what());
+        PrintMessage(error.what());
         return kExitFailed;
     }
 }

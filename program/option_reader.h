@@ -1,41 +1,72 @@
-// The options of `tarvane copy` and `tarvane move`.
+// The options of every command, read by getopt_long and refused in our own words.
 
 #pragma once
 
 #include <optional>
 #include <span>
 #include <string>
-#include <utility>
+#include <vector>
 
-#include "command_line.h"
+#include <getopt.h>
 
-template <typename Choice>
-using NamedChoices = std::span<const std::pair<const char*, Choice>>;
+// Each is a bit, so that commands make a set.
+enum class Command : unsigned {
+    Copy = 1,
+    Move = 2,
+    Tracks = 4,
+};
 
-// Reads the options in their order, the last one of a kind deciding; the first mistake ends it.
+enum class Option {
+    OnConflict,
+    OnDirectoryConflict,
+    TargetDirectory,
+    NoTargetDirectory,
+    Progress,
+    Interval,
+    Quiet,
+    Verbose,
+    DryRun,
+    NoPreflight,
+    FollowLinks,
+    Flush,
+    Recursive,
+    Json,
+    Help,
+    Version,
+};
+
+struct TypedOption {
+    Option Meaning = Option::Help;
+    // Empty for an option that takes none.
+    std::string Value;
+};
+
+// Reads the options of one command in their order, wherever they stand among the operands.
+//
+// Requires: no other reader at the same time, because getopt_long has one state for all.
 class OptionReader {
 public:
-    explicit OptionReader(bool bMove) { Request.Transfer.bMove = bMove; }
+    // Arguments[0] is the name of the command, and a null pointer stands behind the last one. They
+    // change places: what is no option moves to the end.
+    OptionReader(Command Reading, std::span<char*> Arguments);
 
-    // Argv[0] is the command. Returns the index of the first operand; operands are moved behind
-    // the options for it.
-    int Read(int Argc, char** Argv);
+    // Nothing behind the last option, or where one is wrong.
+    std::optional<TypedOption> Next();
 
-    // Without the operands.
-    LineRequest Request;
-    // The answer to --help or --version, or a mistake. Request then counts for nothing.
-    std::optional<CommandLine> Answer;
+    // What is wrong with the option that Next has stopped at, as getopt_long would have said it,
+    // without the program's name or a line end and not cleaned for a screen. Empty when nothing is.
+    const std::string& Mistake() const { return MistakeFound; }
+
+    // Requires: Next has returned nothing, and there is no mistake.
+    std::span<char* const> Operands() const;
 
 private:
-    void Apply(int Code, bool bLong);
-    // The options that take a value or answer with a text.
-    void ApplyWithText(int Code);
+    std::string SentenceForRefused(int Result) const;
+    std::string SentenceForRefusedWord(const std::string& Argument) const;
 
-    void ReadTargetDirectory();
-    // A copy takes -r for the habit's sake: directories are always copied whole. mv knows none.
-    void AcceptRecursive(int Code, bool bLong);
-    template <typename Choice>
-    void ReadChoice(int Code, NamedChoices<Choice> Choices, Choice& Out);
-    void ReadInterval();
-    void Refuse(std::string Sentence) { Answer = UsageError{std::move(Sentence)}; }
+    std::span<char*> Arguments;
+    // The command's options as getopt_long takes them.
+    std::string Letters;
+    std::vector<option> Words;
+    std::string MistakeFound;
 };

@@ -1,6 +1,6 @@
 #include "tracks_command.h"
 
-#include "exit_status.h"
+#include "quoted.h"
 #include "screen_text.h"
 #include "tarvanepane.h"
 #include "track_fetch.h"
@@ -11,34 +11,16 @@
 #include <cinttypes>
 #include <cstdio>
 #include <filesystem>
-#include <getopt.h>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <system_error>
+#include <variant>
 #include <vector>
 
 namespace {
 
 constexpr int kFramesPerSecond = 75;
 constexpr int kSecondsPerMinute = 60;
-
-constexpr const char* kHelp =
-    "Usage: tarvane tracks [--json] [DEVICE]\n"
-    "List the tracks of the audio CD in DEVICE, by default in the first optical drive.\n"
-    "\n"
-    "      --json  print one JSON document\n"
-    "      --help  print this help and end\n"
-    "\n"
-    "Start and length are minutes:seconds.frames; a second has 75 frames. The total is\n"
-    "that of the audio tracks. Copy one track, or all of them, with\n"
-    "  tarvane copy 'cdda:/dev/sr0/Track 03.wav' DIRECTORY\n"
-    "  tarvane copy cdda:/dev/sr0 DIRECTORY\n";
-
-struct TracksRequest {
-    bool bJson = false;
-    bool bHelp = false;
-    std::string Device;
-};
 
 struct DiscTotal {
     int AudioTracks = 0;
@@ -144,47 +126,9 @@ void PrintDocument(const TrackList& List, const std::vector<std::string>& Drives
     std::puts(document.dump(2, ' ', false, replace).c_str());
 }
 
-int Fail(const std::string& Message) {
+RunOutcome Fail(const std::string& Message) {
     std::fprintf(stderr, "tarvane: %s\n", CleanForScreen(Message).c_str());
-    return kExitFailed;
-}
-
-// Reads the arguments behind Argv[0]. False after a message about bad ones.
-bool ParseArguments(int Argc, char** Argv, TracksRequest& Out) {
-    constexpr std::array<option, 3> kOptions{{{"json", no_argument, nullptr, 'j'},
-                                              {"help", no_argument, nullptr, 'h'},
-                                              {nullptr, 0, nullptr, 0}}};
-    // The system's messages begin with the first argument.
-    std::string programName = "tarvane";
-    std::vector<char*> arguments{programName.data()};
-    arguments.insert(arguments.end(), Argv + 1, Argv + Argc + 1);
-    // Begins anew, whoever has read options before.
-    optind = 0;
-    for (int name;
-         (name = getopt_long(Argc, arguments.data(), "", kOptions.data(), nullptr)) >= 0;) {
-        switch (name) {
-        case 'j':
-            Out.bJson = true;
-            break;
-        case 'h':
-            Out.bHelp = true;
-            break;
-        default:
-            return false;
-        }
-    }
-    if (Argc - optind > 1) {
-        std::fprintf(stderr, "tarvane: more than one drive\n");
-        return false;
-    }
-    if (optind < Argc) {
-        Out.Device = arguments[static_cast<std::size_t>(optind)];
-        if (Out.Device.empty()) {
-            std::fprintf(stderr, "tarvane: the drive's name is empty\n");
-            return false;
-        }
-    }
-    return true;
+    return {.Result = RunResult::Failed, .Text = Message};
 }
 
 // The drive that was asked for, as an absolute path, or the first one. Empty when there is none.
@@ -200,41 +144,42 @@ std::string ChooseDevice(const std::string& Requested, const std::vector<std::st
     return ec ? Requested : device.string();
 }
 
-} // namespace
-
-int RunTracksCommand(int Argc, char** Argv) {
-    TracksRequest request;
-    if (!ParseArguments(Argc, Argv, request)) {
-        return kExitUsage;
-    }
-    if (request.bHelp) {
-        std::fputs(kHelp, stdout);
-        return kExitDone;
-    }
-    const std::vector<std::string> drives = FindOpticalDrives();
-    const std::string device = ChooseDevice(request.Device, drives);
-    if (device.empty()) {
-        return Fail(request.Device.empty() ? "no optical drive found"
-                                           : "'" + request.Device + "' names no drive");
-    }
+// What is on the disc, or how the command ends without it.
+std::variant<TrackList, RunOutcome> ReadDisc(const std::string& Device) {
     TrackList list;
-    std::string errorMessage;
+    std::string reason;
     int endSignal = 0;
-    switch (FetchTrackList(device, list, errorMessage, endSignal)) {
-    case TrackFetchResult::Canceled:
-        return kExitBySignal + endSignal;
-    case TrackFetchResult::Failed:
-        return Fail(errorMessage);
+    switch (FetchTrackList(Device, list, reason, endSignal)) {
     case TrackFetchResult::Fetched:
+        return list;
+    case TrackFetchResult::Failed:
+        return Fail(reason);
+    case TrackFetchResult::Canceled:
         break;
     }
-    if (request.bJson) {
-        PrintDocument(list, drives);
+    return RunOutcome{.Result = RunResult::Canceled, .EndSignal = endSignal};
+}
+
+} // namespace
+
+RunOutcome RunTracksCommand(const TracksRequest& Request) {
+    const std::vector<std::string> drives = FindOpticalDrives();
+    const std::string device = ChooseDevice(Request.Device, drives);
+    if (device.empty()) {
+        return Fail(Request.Device.empty() ? "no optical drive found"
+                                           : Quoted(Request.Device) + " names no drive");
+    }
+    const std::variant<TrackList, RunOutcome> disc = ReadDisc(device);
+    if (const auto* end = std::get_if<RunOutcome>(&disc)) {
+        return *end;
+    }
+    if (Request.bJson) {
+        PrintDocument(std::get<TrackList>(disc), drives);
     } else {
-        PrintTable(list, drives);
+        PrintTable(std::get<TrackList>(disc), drives);
     }
     if (std::fflush(stdout) != 0) {
         return Fail("cannot write the list: " + std::system_category().message(errno));
     }
-    return kExitDone;
+    return {.Result = RunResult::Succeeded};
 }

@@ -13,5 +13,17 @@
 
 #pragma once
 
-// Argv[0] is the word "tracks". Returns the program's exit status.
-int RunTracksCommand(int Argc, char** Argv);
+#include <string>
+
+#include "run_outcome.h"
+
+struct TracksRequest {
+    // A path as it was given, which may be that of a track. Empty for the first drive.
+    std::string Device;
+    bool bJson = false;
+};
+
+// Prints the list on standard output, or on standard error why there is none.
+//
+// Requires: the only thread of the program.
+RunOutcome RunTracksCommand(const TracksRequest& Request);

@@ -10,13 +10,6 @@
 
 namespace {
 
-std::string Information(const Words& Arguments) {
-    const CommandLine line = Parse(Arguments);
-    const auto* information = std::get_if<InformationText>(&line);
-    EXPECT_NE(information, nullptr) << "no text";
-    return information != nullptr ? information->Text : "";
-}
-
 TEST(CommandLineParser, CopyWithoutOptionsAsksAndLooksFirst) {
     const LineRequest line = WholeRequest({"copy", "a", "b"});
     const TransferRequest& request = line.Transfer;
@@ -94,6 +87,29 @@ TEST(CommandLineParser, HelpAndVersionComeBeforeAndAfterTheCommand) {
     const std::string version = Information({"--version"});
     EXPECT_TRUE(std::regex_match(version, std::regex("tarvane \\d+\\.\\d+\\.\\d+\n"))) << version;
     EXPECT_EQ(Information({"copy", "--version"}), version);
+}
+
+TEST(CommandLineParser, TracksHasATextOfItsOwnAndTheSameVersion) {
+    const std::string help = Information({"tracks", "--help"});
+    EXPECT_TRUE(help.starts_with("Usage: tarvane tracks [--json] [DEVICE]\n")) << help;
+    EXPECT_EQ(Information({"tracks", "/dev/sr0", "/dev/sr1", "--help", "--foo"}), help);
+    EXPECT_EQ(Information({"tracks", "--version"}), Information({"--version"}));
+}
+
+TEST(CommandLineParser, TracksTakesADriveOrNone) {
+    EXPECT_EQ(Tracks({}).Device, "");
+    EXPECT_FALSE(Tracks({}).bJson);
+    EXPECT_EQ(Tracks({"/dev/sr1", "--json"}).Device, "/dev/sr1");
+    EXPECT_TRUE(Tracks({"/dev/sr1", "--json"}).bJson);
+    EXPECT_EQ(Tracks({"--", "-x"}).Device, "-x");
+    EXPECT_EQ(Tracks({"--json", "--", "--json"}).Device, "--json");
+    EXPECT_EQ(Tracks({"dri\xff\n"}).Device, "dri\xff\n");
+}
+
+TEST(CommandLineParser, TracksRefusesOtherOperands) {
+    EXPECT_EQ(Mistake({"tracks", "/dev/sr0", "/dev/sr1"}), "more than one drive");
+    EXPECT_EQ(Mistake({"tracks", "--", "-x", "-y"}), "more than one drive");
+    EXPECT_EQ(Mistake({"tracks", ""}), "the drive's name is empty");
 }
 
 TEST(CommandLineParser, NamesMissingAndUnknownCommands) {

@@ -1,8 +1,6 @@
 #include "option_reader.h"
 
-#include <filesystem>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -10,151 +8,58 @@
 
 namespace {
 
-FileConflictChoice FileChoice(const Words& Options) {
-    Words arguments{"copy"};
-    arguments.insert(arguments.end(), Options.begin(), Options.end());
-    arguments.insert(arguments.end(), {"a", "b"});
-    return Request(arguments).OnConflict;
-}
-
-TEST(Options, KnowsEveryChoiceForFiles) {
-    EXPECT_EQ(FileChoice({"--on-conflict=ask"}), FileConflictChoice::Ask);
-    EXPECT_EQ(FileChoice({"--on-conflict=overwrite"}), FileConflictChoice::Overwrite);
-    EXPECT_EQ(FileChoice({"--on-conflict=skip"}), FileConflictChoice::Skip);
-    EXPECT_EQ(FileChoice({"--on-conflict=older"}), FileConflictChoice::Older);
-    EXPECT_EQ(FileChoice({"--on-conflict=compare"}), FileConflictChoice::Compare);
-    EXPECT_EQ(FileChoice({"--on-conflict=larger"}), FileConflictChoice::Larger);
-    EXPECT_EQ(FileChoice({"--on-conflict=size-differs"}), FileConflictChoice::SizeDiffers);
-    EXPECT_EQ(FileChoice({"--on-conflict=keep-both"}), FileConflictChoice::KeepBoth);
-    EXPECT_EQ(FileChoice({"--on-conflict=fail"}), FileConflictChoice::Fail);
-}
-
-TEST(Options, LettersChooseAsInCpAndMv) {
-    EXPECT_EQ(FileChoice({"-f"}), FileConflictChoice::Overwrite);
-    EXPECT_EQ(FileChoice({"-n"}), FileConflictChoice::Skip);
-    EXPECT_EQ(FileChoice({"-u"}), FileConflictChoice::Older);
-    EXPECT_EQ(FileChoice({"-f", "-i"}), FileConflictChoice::Ask);
-}
-
-TEST(Options, TheLastConflictOptionWins) {
-    EXPECT_EQ(FileChoice({"-n", "-f"}), FileConflictChoice::Overwrite);
-    EXPECT_EQ(FileChoice({"-fn"}), FileConflictChoice::Skip);
-    EXPECT_EQ(FileChoice({"--on-conflict=keep-both", "-u"}), FileConflictChoice::Older);
-    EXPECT_EQ(FileChoice({"-u", "--on-conflict", "compare"}), FileConflictChoice::Compare);
-}
-
-TEST(Options, KnowsEveryChoiceForDirectories) {
-    const auto choice = [](const std::string& Name) {
-        return Request({"copy", "--on-directory-conflict=" + Name, "a", "b"}).OnDirectoryConflict;
-    };
-    EXPECT_EQ(choice("ask"), DirectoryConflictChoice::Ask);
-    EXPECT_EQ(choice("merge"), DirectoryConflictChoice::Merge);
-    EXPECT_EQ(choice("skip"), DirectoryConflictChoice::Skip);
-    EXPECT_EQ(choice("fail"), DirectoryConflictChoice::Fail);
-}
-
-TEST(Options, KnowsEveryProgressStyle) {
-    const auto style = [](const std::string& Name) {
-        return WholeRequest({"copy", "--progress", Name, "a", "b"}).Progress;
-    };
-    EXPECT_EQ(style("auto"), ProgressStyle::Auto);
-    EXPECT_EQ(style("live"), ProgressStyle::Live);
-    EXPECT_EQ(style("lines"), ProgressStyle::Lines);
-    EXPECT_EQ(style("json"), ProgressStyle::Json);
-    EXPECT_EQ(style("none"), ProgressStyle::None);
-}
-
-TEST(Options, KnowsEveryFlushChoice) {
-    const auto choice = [](const std::string& Name) {
-        return Request({"copy", "--flush=" + Name, "a", "b"}).Flush;
-    };
-    EXPECT_EQ(choice("auto"), FlushChoice::Auto);
-    EXPECT_EQ(choice("always"), FlushChoice::Always);
-    EXPECT_EQ(choice("never"), FlushChoice::Never);
-}
-
-TEST(Options, ReadsTheTargetDirectoryInEveryForm) {
-    const std::vector<Words> forms{{"copy", "-t", "d", "a"},
-                                   {"copy", "-td", "a"},
-                                   {"copy", "--target-directory=d", "a"},
-                                   {"copy", "a", "--target-directory", "d"}};
-    for (const Words& form : forms) {
-        const TransferRequest request = Request(form);
-        EXPECT_EQ(request.TargetDirectory, std::filesystem::path("d"));
-        EXPECT_EQ(request.Operands, std::vector<std::filesystem::path>{"a"});
-    }
-}
-
-TEST(Options, ReadsTheFlags) {
-    EXPECT_TRUE(Request({"copy", "-T", "a", "b"}).bNoTargetDirectory);
-    EXPECT_TRUE(Request({"copy", "--no-target-directory", "a", "b"}).bNoTargetDirectory);
-    EXPECT_TRUE(WholeRequest({"copy", "-v", "a", "b"}).bVerbose);
-    EXPECT_TRUE(WholeRequest({"copy", "--verbose", "a", "b"}).bVerbose);
-    EXPECT_TRUE(WholeRequest({"copy", "-q", "a", "b"}).bQuiet);
-    EXPECT_TRUE(WholeRequest({"copy", "--quiet", "a", "b"}).bQuiet);
-    EXPECT_FALSE(Request({"copy", "--no-preflight", "a", "b"}).bPreflight);
-    EXPECT_TRUE(Request({"copy", "--dry-run", "a", "b"}).bDryRun);
-    EXPECT_TRUE(Request({"copy", "--follow-links", "a", "b"}).bFollowLinks);
-}
-
-TEST(Options, QuietAndVerboseCancelEachOther) {
-    const LineRequest verbose = WholeRequest({"copy", "-q", "-v", "a", "b"});
-    EXPECT_TRUE(verbose.bVerbose);
-    EXPECT_FALSE(verbose.bQuiet);
-    const LineRequest quiet = WholeRequest({"copy", "-vq", "a", "b"});
-    EXPECT_FALSE(quiet.bVerbose);
-    EXPECT_TRUE(quiet.bQuiet);
-}
-
-TEST(Options, ReadsIntervals) {
-    const auto interval = [](const std::string& Text) {
-        return WholeRequest({"copy", "--interval=" + Text, "a", "b"}).IntervalSeconds;
-    };
-    EXPECT_EQ(interval("0.1"), 0.1);
-    EXPECT_EQ(interval("2"), 2.0);
-    EXPECT_EQ(interval("1e2"), 100.0);
-    EXPECT_EQ(interval("3600"), 3600.0);
-}
-
-TEST(Options, RefusesIntervalsThatAreNoSuchNumber) {
-    for (const char* text : {"0", "0.09", "3600.1", "-1", "nan", "inf", "5s", "", " 5", "1e999"}) {
-        EXPECT_EQ(Mistake({"copy", std::string("--interval=") + text, "a", "b"}),
-                  std::string("invalid argument '") + text +
-                      "' for '--interval'; valid are 0.1 to 3600 seconds");
-    }
-}
-
-TEST(Options, LongOptionsMayBeShortened) {
+TEST(OptionReader, LongOptionsMayBeShortened) {
     EXPECT_TRUE(WholeRequest({"copy", "--verb", "a", "b"}).bVerbose);
-    EXPECT_EQ(FileChoice({"--on-c=fail"}), FileConflictChoice::Fail);
+    EXPECT_EQ(Request({"copy", "--on-c=fail", "a", "b"}).OnConflict, FileConflictChoice::Fail);
+    EXPECT_TRUE(Tracks({"--j"}).bJson);
 }
 
-TEST(Options, ACopyAcceptsTheRecursiveHabit) {
+TEST(OptionReader, ShortensAmongTheOptionsOfItsCommandOnly) {
+    EXPECT_EQ(Operands({"copy", "--r", "a", "b"}), Words({"a", "b"}));
+    EXPECT_EQ(Mistake({"move", "--r", "a", "b"}), "unrecognized option '--r'");
+    EXPECT_EQ(Mistake({"copy", "--ver", "a", "b"}),
+              "option '--ver' is ambiguous; possibilities: '--verbose' '--version'");
+    EXPECT_TRUE(Information({"tracks", "--ver"}).starts_with("tarvane "));
+}
+
+TEST(OptionReader, RefusesTheOptionsOfOtherCommands) {
+    EXPECT_EQ(Mistake({"copy", "--json", "a", "b"}), "unrecognized option '--json'");
+    EXPECT_EQ(Mistake({"move", "--json", "a", "b"}), "unrecognized option '--json'");
+    EXPECT_EQ(Mistake({"tracks", "--flush=always"}), "unrecognized option '--flush=always'");
+    EXPECT_EQ(Mistake({"tracks", "-v"}), "invalid option -- 'v'");
+    EXPECT_EQ(Mistake({"tracks", "-r"}), "invalid option -- 'r'");
+}
+
+TEST(OptionReader, ACopyAcceptsTheRecursiveHabit) {
     for (const char* habit : {"-r", "-R", "--recursive"}) {
         EXPECT_EQ(Operands({"copy", habit, "a", "b"}), Words({"a", "b"}));
     }
 }
 
-TEST(Options, AMoveRefusesTheRecursiveHabitLikeMv) {
+TEST(OptionReader, AMoveRefusesTheRecursiveHabitLikeMv) {
     EXPECT_EQ(Mistake({"move", "-r", "a", "b"}), "invalid option -- 'r'");
     EXPECT_EQ(Mistake({"move", "-R", "a", "b"}), "invalid option -- 'R'");
     EXPECT_EQ(Mistake({"move", "--recursive", "a", "b"}), "unrecognized option '--recursive'");
 }
 
-TEST(Options, RefusesToPretendToPreserve) {
+TEST(OptionReader, RefusesToPretendToPreserve) {
     EXPECT_EQ(Mistake({"copy", "-a", "a", "b"}), "invalid option -- 'a'");
     EXPECT_EQ(Mistake({"copy", "-p", "a", "b"}), "invalid option -- 'p'");
 }
 
-TEST(Options, NamesUnknownOptionsAsGetoptDoes) {
+TEST(OptionReader, NamesUnknownOptionsAsGetoptDoes) {
     EXPECT_EQ(Mistake({"copy", "--foo", "a", "b"}), "unrecognized option '--foo'");
     EXPECT_EQ(Mistake({"copy", "--foo=3", "a", "b"}), "unrecognized option '--foo=3'");
     EXPECT_EQ(Mistake({"copy", "-x", "a", "b"}), "invalid option -- 'x'");
     EXPECT_EQ(Mistake({"copy", "--verbose", "-zv", "a"}), "invalid option -- 'z'");
     EXPECT_EQ(Mistake({"copy", "-\xff", "a", "b"}), "invalid option -- '\xff'");
+    EXPECT_EQ(Mistake({"copy", "-:", "a", "b"}), "invalid option -- ':'");
+    EXPECT_EQ(Mistake({"tracks", "--foo"}), "unrecognized option '--foo'");
+    EXPECT_EQ(Mistake({"tracks", "/dev/sr0", "--foo=3"}), "unrecognized option '--foo=3'");
+    EXPECT_EQ(Mistake({"tracks", "-x"}), "invalid option -- 'x'");
 }
 
-TEST(Options, NamesAmbiguousOptionsAsGetoptDoes) {
+TEST(OptionReader, NamesAmbiguousOptionsAsGetoptDoes) {
     EXPECT_EQ(Mistake({"copy", "--on=skip", "a", "b"}),
               "option '--on=skip' is ambiguous; possibilities: '--on-conflict' "
               "'--on-directory-conflict'");
@@ -163,7 +68,7 @@ TEST(Options, NamesAmbiguousOptionsAsGetoptDoes) {
               "'--no-preflight'");
 }
 
-TEST(Options, NamesMissingAndUnwantedValuesAsGetoptDoes) {
+TEST(OptionReader, NamesMissingAndUnwantedValuesAsGetoptDoes) {
     EXPECT_EQ(Mistake({"copy", "a", "b", "--on-conflict"}),
               "option '--on-conflict' requires an argument");
     EXPECT_EQ(Mistake({"copy", "a", "b", "-t"}), "option requires an argument -- 't'");
@@ -171,22 +76,11 @@ TEST(Options, NamesMissingAndUnwantedValuesAsGetoptDoes) {
               "option '--verbose' doesn't allow an argument");
     EXPECT_EQ(Mistake({"copy", "--target-directory"}),
               "option '--target-directory' requires an argument");
+    EXPECT_EQ(Mistake({"tracks", "--json=1"}), "option '--json' doesn't allow an argument");
+    EXPECT_EQ(Mistake({"tracks", "--js=1"}), "option '--json' doesn't allow an argument");
 }
 
-TEST(Options, RefusesValuesThatAreNotOnTheList) {
-    EXPECT_EQ(Mistake({"copy", "--on-conflict=over", "a", "b"}),
-              "invalid argument 'over' for '--on-conflict'; valid are ask, overwrite, skip, older, "
-              "compare, larger, size-differs, keep-both, fail");
-    EXPECT_EQ(Mistake({"copy", "--on-directory-conflict=overwrite", "a", "b"}),
-              "invalid argument 'overwrite' for '--on-directory-conflict'; valid are ask, merge, "
-              "skip, fail");
-    EXPECT_EQ(Mistake({"copy", "--progress=bar", "a", "b"}),
-              "invalid argument 'bar' for '--progress'; valid are auto, live, lines, json, none");
-    EXPECT_EQ(Mistake({"copy", "--flush=", "a", "b"}),
-              "invalid argument '' for '--flush'; valid are auto, always, never");
-}
-
-TEST(Options, TheFirstMistakeIsTheOneThatIsNamed) {
+TEST(OptionReader, TheFirstMistakeIsTheOneThatIsNamed) {
     EXPECT_EQ(Mistake({"copy", "--foo", "--bar"}), "unrecognized option '--foo'");
     EXPECT_EQ(Mistake({"copy", "--progress=bar", "--help"}),
               "invalid argument 'bar' for '--progress'; valid are auto, live, lines, json, none");

@@ -189,6 +189,14 @@ TEST_F(TracksCommand, CleansNamesForTheScreen) {
                   "tarvane: cannot open CD drive '/nowhere/?[2J?': No such file or directory\n");
 }
 
+TEST_F(TracksCommand, CleansOptionsForTheScreen) {
+    ExpectFailure(Tracks({"--bad\x1b[2J"}), 2, "tarvane: unrecognized option '--bad?[2J'\n");
+    ExpectFailure(Tracks({"-\x1b"}), 2, "tarvane: invalid option -- '?'\n");
+    ExpectFailure(Tracks({"/dev/sr0", "--\x9b"
+                                      "2J"}),
+                  2, "tarvane: unrecognized option '--\uFFFD2J'\n");
+}
+
 TEST_F(TracksCommand, RefusesWrongUsageBeforeItLooksForADrive) {
     Drives.Describe(TwoTracks());
     ExpectFailure(Tracks({"--bad"}), 2, "tarvane: unrecognized option '--bad'\n");
@@ -199,12 +207,21 @@ TEST_F(TracksCommand, RefusesWrongUsageBeforeItLooksForADrive) {
     EXPECT_EQ(Drives.Calls(), Strings{});
 }
 
-TEST_F(TracksCommand, ExplainsItself) {
-    const ProgramResult result = Tracks({"--help"});
-    EXPECT_TRUE(result.Output.starts_with("Usage: tarvane tracks [--json] [DEVICE]\n"));
-    EXPECT_NE(result.Output.find("--json"), std::string::npos);
-    EXPECT_EQ(result.Errors, "");
-    EXPECT_EQ(result.Status, 0);
+TEST_F(TracksCommand, ExplainsItselfWithoutADrive) {
+    const ProgramResult help = Tracks({"--help"});
+    EXPECT_TRUE(help.Output.starts_with("Usage: tarvane tracks [--json] [DEVICE]\n"));
+    EXPECT_EQ(help.Errors, "");
+    EXPECT_EQ(help.Status, 0);
+    const ProgramResult version = Tracks({"--version"});
+    EXPECT_EQ(version.Output, RunProgram({TARVANE_PROGRAM, "--version"}).Output);
+    EXPECT_EQ(version.Errors, "");
+    EXPECT_EQ(version.Status, 0);
+}
+
+TEST_F(TracksCommand, TakesAnOperandThatBeginsWithADash) {
+    const std::string drive = (Directory / "-x").string();
+    ExpectFailure(Tracks({"--", "-x"}), 1,
+                  "tarvane: cannot open CD drive '" + drive + "': No such file or directory\n");
 }
 
 TEST_F(TracksCommand, FailsWhenTheListCannotBeWritten) {

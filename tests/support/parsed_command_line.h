@@ -22,27 +22,22 @@ inline CommandLine Parse(Words Arguments) {
     return ParseCommandLine(static_cast<int>(Arguments.size()), argv.data());
 }
 
-// The request, or a default one after a failed expectation.
-inline LineRequest WholeRequest(const Words& Arguments) {
+// What Arguments are parsed to; a default one, after a failed expectation, when it is no Kind.
+template <typename Kind>
+Kind ParsedAs(const Words& Arguments) {
     const CommandLine line = Parse(Arguments);
-    const auto* request = std::get_if<LineRequest>(&line);
-    if (const auto* error = std::get_if<UsageError>(&line)) {
-        ADD_FAILURE() << error->Sentence;
-    }
-    EXPECT_NE(request, nullptr);
-    return request != nullptr ? *request : LineRequest{};
+    const auto* parsed = std::get_if<Kind>(&line);
+    const auto* error = std::get_if<UsageError>(&line);
+    EXPECT_NE(parsed, nullptr) << (error != nullptr ? error->Sentence : "no usage error");
+    return parsed != nullptr ? *parsed : Kind{};
+}
+
+inline LineRequest WholeRequest(const Words& Arguments) {
+    return ParsedAs<LineRequest>(Arguments);
 }
 
 inline TransferRequest Request(const Words& Arguments) {
     return WholeRequest(Arguments).Transfer;
-}
-
-// The usage sentence, or an empty text after a failed expectation.
-inline std::string Mistake(const Words& Arguments) {
-    const CommandLine line = Parse(Arguments);
-    const auto* error = std::get_if<UsageError>(&line);
-    EXPECT_NE(error, nullptr) << "no usage error";
-    return error != nullptr ? error->Sentence : "";
 }
 
 inline Words Operands(const Words& Arguments) {
@@ -51,4 +46,18 @@ inline Words Operands(const Words& Arguments) {
         names.push_back(operand.native());
     }
     return names;
+}
+
+// Of `tracks` with Arguments behind it.
+inline TracksRequest Tracks(Words Arguments) {
+    Arguments.insert(Arguments.begin(), "tracks");
+    return ParsedAs<TracksRequest>(Arguments);
+}
+
+inline std::string Information(const Words& Arguments) {
+    return ParsedAs<InformationText>(Arguments).Text;
+}
+
+inline std::string Mistake(const Words& Arguments) {
+    return ParsedAs<UsageError>(Arguments).Sentence;
 }

@@ -1,0 +1,14 @@
+// What the options of `tarvane copy` and `tarvane move` mean.
+
+#pragma once
+
+#include <string>
+
+#include "line_request.h"
+#include "option_reader.h"
+
+// Puts the option into the request; of two that contradict each other the later one counts. -r, the
+// options that ask for a text and those of other commands change nothing.
+//
+// Returns why its value is refused: a sentence as UsageError holds one. Empty when it is not.
+std::string ApplyTransferOption(const TypedOption& Typed, LineRequest& Out);
