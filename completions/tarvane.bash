@@ -41,7 +41,7 @@ _tarvane()
         case ${COMP_WORDS[1]} in
             copy) words="$_tarvane_transfer_options -r -R --recursive" ;;
             move) words=$_tarvane_transfer_options ;;
-            tracks) words='--json --help' ;;
+            tracks) words='--json --help --version' ;;
         esac
     fi
 

@@ -24,6 +24,7 @@ namespace {
 using Words = std::vector<std::string>;
 using WordSet = std::set<std::string>;
 
+const Words kCommands{"copy", "move", "tracks"};
 const Words kOptionsWithChoices{"--on-conflict", "--on-directory-conflict", "--progress",
                                 "--flush"};
 
@@ -60,27 +61,27 @@ WordSet OptionsIn(const std::string& Text) {
 
 // The parser.
 
-std::string UsageSentence(Words Arguments) {
-    Arguments.insert(Arguments.begin(), {"tarvane", "copy"});
+std::string UsageSentence(const std::string& Command, const std::string& Option) {
+    Words arguments{"tarvane", Command, Option};
     std::vector<char*> argv;
-    for (std::string& argument : Arguments) {
+    for (std::string& argument : arguments) {
         argv.push_back(argument.data());
     }
     argv.push_back(nullptr);
-    const CommandLine line = ParseCommandLine(static_cast<int>(Arguments.size()), argv.data());
+    const CommandLine line = ParseCommandLine(static_cast<int>(arguments.size()), argv.data());
     const auto* mistake = std::get_if<UsageError>(&line);
     return mistake != nullptr ? mistake->Sentence : "";
 }
 
 // Follows the beginnings that the parser knows, letter by letter, to the whole names. No option is
 // the beginning of another.
-void CollectLongOptions(const std::string& Beginning, WordSet& Out) {
+void CollectLongOptions(const std::string& Command, const std::string& Beginning, WordSet& Out) {
     bool bWhole = true;
     for (const char letter : std::string("-abcdefghijklmnopqrstuvwxyz")) {
         const std::string longer = Beginning + letter;
-        if (longer != "---" && !UsageSentence({longer}).starts_with("unrecognized option")) {
+        if (longer != "---" && !UsageSentence(Command, longer).starts_with("unrecognized option")) {
             bWhole = false;
-            CollectLongOptions(longer, Out);
+            CollectLongOptions(Command, longer, Out);
         }
     }
     if (bWhole) {
@@ -88,20 +89,20 @@ void CollectLongOptions(const std::string& Beginning, WordSet& Out) {
     }
 }
 
-WordSet ParserOptions() {
+WordSet ParserOptions(const std::string& Command) {
     WordSet options;
     for (char letter = '!'; letter <= '~'; ++letter) {
         const std::string option{'-', letter};
-        if (letter != '-' && !UsageSentence({option}).starts_with("invalid option")) {
+        if (letter != '-' && !UsageSentence(Command, option).starts_with("invalid option")) {
             options.insert(option);
         }
     }
-    CollectLongOptions("--", options);
+    CollectLongOptions(Command, "--", options);
     return options;
 }
 
 WordSet ParserChoices(const std::string& Option) {
-    const std::string sentence = UsageSentence({Option + "=?"});
+    const std::string sentence = UsageSentence("copy", Option + "=?");
     const std::string list = sentence.substr(sentence.find("valid are ") + 10);
     return Matches(list, "([a-z-]+)");
 }
@@ -179,20 +180,24 @@ WordSet BashOptions(const std::string& Command) {
     return options;
 }
 
-// The lines that describe options and operands.
-std::string ZshSpecifications() {
+// The lines of a function that describe options and operands.
+std::string ZshSpecifications(const std::string& Function) {
+    const std::string script = ReadFile(SourceFile("completions/_tarvane"));
+    const std::size_t start = script.find("\n" + Function + "()");
+    EXPECT_NE(start, std::string::npos) << "no function " << Function;
     std::string specifications;
-    for (const std::string& line : LinesOf(ReadFile(SourceFile("completions/_tarvane")))) {
-        if (std::regex_search(line, std::regex(R"(^\s*(\w+\)\s*_arguments |options\+=\()?')"))) {
+    for (const std::string& line :
+         LinesOf(script.substr(start, script.find("\n}", start) - start))) {
+        if (std::regex_search(line, std::regex(R"(^\s*(options\+=\()?')"))) {
             specifications += line + "\n";
         }
     }
     return specifications;
 }
 
-// Explanations and actions left out.
-WordSet ZshOptions() {
-    std::string text = std::regex_replace(ZshSpecifications(), std::regex(R"(\[[^\]]*\])"), " ");
+// The options that Specifications describe, explanations and actions left out.
+WordSet ZshOptions(const std::string& Specifications) {
+    std::string text = std::regex_replace(Specifications, std::regex(R"(\[[^\]]*\])"), " ");
     text = std::regex_replace(text, std::regex(R"(:[^']*)"), " ");
     return OptionsIn(text);
 }
@@ -208,11 +213,29 @@ WordSet HelpOptions() {
     return OptionsIn(kHelpText);
 }
 
-TEST(Documentation, HelpNamesTheOptionsOfTheParserAndOfTracks) {
-    WordSet options = ParserOptions();
+TEST(Documentation, HelpNamesTheOptionsOfEveryCommand) {
+    WordSet options;
+    for (const std::string& command : kCommands) {
+        options.merge(ParserOptions(command));
+    }
     EXPECT_GT(options.size(), 20U);
-    options.insert("--json");
     EXPECT_EQ(HelpOptions(), options);
+}
+
+TEST(Documentation, TracksHelpNamesTheOptionsOfTracks) {
+    EXPECT_EQ(OptionsIn(kTracksHelpText), ParserOptions("tracks"));
+}
+
+TEST(Documentation, HelpMarksTheOptionsThatOnlyOneCommandHas) {
+    const std::string help = kHelpText;
+    const auto marked = [&help](const std::string& Command) {
+        const std::size_t end = help.find("(" + Command + " only)");
+        const std::size_t start = help.rfind("\n  -", end);
+        const std::size_t indented = help.rfind("\n      --", end);
+        return OptionsIn(help.substr(std::max(start, indented), end - std::max(start, indented)));
+    };
+    EXPECT_EQ(marked("copy"), Without(ParserOptions("copy"), ParserOptions("move")));
+    EXPECT_EQ(marked("tracks"), Without(ParserOptions("tracks"), ParserOptions("move")));
 }
 
 TEST(Documentation, ThePageDescribesTheOptionsOfTheHelp) {
@@ -224,14 +247,15 @@ TEST(Documentation, ThePageMentionsNoOtherLongOptions) {
     EXPECT_EQ(Without(mentioned, HelpOptions()), WordSet());
 }
 
-TEST(Documentation, BashOffersTheOptionsOfTheHelp) {
-    EXPECT_EQ(BashOptions("copy"), Without(HelpOptions(), {"--json"}));
-    EXPECT_EQ(BashOptions("move"), Without(HelpOptions(), {"--json", "-r", "-R", "--recursive"}));
-    EXPECT_EQ(BashOptions("tracks"), WordSet({"--json", "--help"}));
+TEST(Documentation, BashOffersTheOptionsOfEveryCommand) {
+    for (const std::string& command : kCommands) {
+        EXPECT_EQ(BashOptions(command), ParserOptions(command)) << command;
+    }
 }
 
-TEST(Documentation, ZshOffersTheOptionsOfTheHelp) {
-    EXPECT_EQ(ZshOptions(), HelpOptions());
+TEST(Documentation, ZshOffersTheOptionsOfEveryCommand) {
+    EXPECT_EQ(ZshOptions(ZshSpecifications("_tarvane_transfer")), ParserOptions("copy"));
+    EXPECT_EQ(ZshOptions(ZshSpecifications("_tarvane_tracks")), ParserOptions("tracks"));
 }
 
 TEST(Documentation, HelpAndPageNameEveryChoice) {
@@ -262,7 +286,7 @@ TEST(Documentation, BashOffersTheParsersChoices) {
 }
 
 TEST(Documentation, ZshOffersTheParsersChoices) {
-    const std::string specifications = ZshSpecifications();
+    const std::string specifications = ZshSpecifications("_tarvane_transfer");
     for (const std::string& option : kOptionsWithChoices) {
         const WordSet list = Matches(specifications, "'" + option + R"(=[^(]*:\(([^)]*)\))");
         ASSERT_EQ(list.size(), 1U) << option;
@@ -295,7 +319,7 @@ TEST(Documentation, ThePageListsTheMembersOfEveryRecord) {
 }
 
 TEST(Documentation, HelpFitsATerminal) {
-    for (const std::string& line : LinesOf(kHelpText)) {
+    for (const std::string& line : LinesOf(std::string(kHelpText) + kTracksHelpText)) {
         EXPECT_LE(line.size(), 80U) << line;
     }
 }
