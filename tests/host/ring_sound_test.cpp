@@ -6,6 +6,7 @@
 
 #include "becomes_true.h"
 #include "file_tree.h"
+#include "needs.h"
 #include "temporary_directory.h"
 
 #include <atomic>
@@ -175,7 +176,8 @@ TEST_F(CompletionSound, RingsTheBellForARemoteUser) {
 }
 
 TEST_F(CompletionSound, RingsTheBellWhenTheRuntimeDirectoryIsAnotherUsers) {
-    ASSERT_EQ(::chown(Runtime.Path().c_str(), 65534, 65534), 0) << "this test needs root";
+    NeedRoot();
+    ASSERT_EQ(::chown(Runtime.Path().c_str(), 65534, 65534), 0);
     ExpectBellAlone();
 }
 

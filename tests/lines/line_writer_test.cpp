@@ -1,5 +1,7 @@
 #include "line_writer.h"
 
+#include "needs.h"
+
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -105,6 +107,7 @@ TEST_F(LineWriterTest, TellsThatTheReaderHasGone) {
 }
 
 TEST(LineWriterOnAFile, TellsTheFirstError) {
+    NeedDeviceNode("/dev/full");
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
     LineWriter writer(full);
     writer.Add("one");

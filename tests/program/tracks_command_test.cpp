@@ -1,5 +1,6 @@
 // `tarvane tracks`: the real program, on drives that a preloaded library answers for.
 
+#include "needs.h"
 #include "preloaded_drive.h"
 #include "run_program.h"
 
@@ -225,6 +226,7 @@ TEST_F(TracksCommand, TakesAnOperandThatBeginsWithADash) {
 }
 
 TEST_F(TracksCommand, FailsWhenTheListCannotBeWritten) {
+    NeedDeviceNode("/dev/full");
     Drives.Describe(TwoTracks());
     const ProgramResult result =
         RunProgram({"/bin/sh", "-c", "'" TARVANE_PROGRAM "' tracks >/dev/full"}, Directory.Path(),

@@ -1,7 +1,8 @@
 // Real file systems for a test: mounted in a mount table of the test's own, where no other process
 // sees them, and taken away at the end of the scope.
 //
-// All of them need root, and throw with a message that says so when they cannot do their work.
+// All of them need root: a test of an ordinary user is skipped; see needs.h.
+// Errors: what root cannot do either throws std::system_error or std::runtime_error.
 
 #pragma once
 
@@ -10,6 +11,9 @@
 
 // Gives the calling thread, and the threads that it starts later, their own mount table.
 void EnterPrivateMountNamespace();
+
+// For those who make loop devices themselves.
+void NeedLoopDevices();
 
 // One mounted file system or bind mount, unmounted at the end of the scope.
 class ScopedMount {

@@ -60,7 +60,7 @@ private:
         request.datalen = sizeof(partition);
         request.data = &partition;
         const int descriptor = ::open(Node.c_str(), O_RDWR);
-        EXPECT_EQ(::ioctl(descriptor, BLKPG, &request), 0) << "needs root";
+        EXPECT_EQ(::ioctl(descriptor, BLKPG, &request), 0);
         ::close(descriptor);
     }
 
@@ -69,12 +69,13 @@ private:
 
 TEST(StorageOfRealPartition, IsThatOfItsDisk) {
     EnterPrivateMountNamespace();
+    NeedLoopDevices();
     const TemporaryDirectory room;
     const PartitionedDisk disk(room / "image");
     const fs::path where = room / "mounted";
     fs::create_directory(where);
     const std::string partition = disk.Partition();
-    ASSERT_EQ(std::system(("mkfs.ext4 -q -F " + partition).c_str()), 0) << "needs root";
+    ASSERT_EQ(std::system(("mkfs.ext4 -q -F " + partition).c_str()), 0);
     ASSERT_EQ(std::system(("mount " + partition + " " + where.string()).c_str()), 0);
     const ScopedMount mounted(where);
     const fs::path disksDirectory = fs::path("/sys/devices/virtual/block") / disk.Name();

@@ -4,6 +4,7 @@
 #include "block_device.h"
 
 #include "file_tree.h"
+#include "needs.h"
 #include "own_mount_namespace.h"
 #include "temporary_directory.h"
 
@@ -136,8 +137,9 @@ TEST_F(StorageTest, IsFoundOutEvenOfAVolumeOnItself) {
 }
 
 TEST_F(StorageTest, IsThatOfTheMountedDeviceWhenTheFileSystemHasANumberOfItsOwn) {
+    NeedRoot();
     const fs::path node = Room / "sdx";
-    ASSERT_EQ(::mknod(node.c_str(), S_IFBLK | 0600, makedev(8, 200)), 0) << "needs root";
+    ASSERT_EQ(::mknod(node.c_str(), S_IFBLK | 0600, makedev(8, 200)), 0);
     WriteFile(Disk / "removable", "1\n");
     fs::create_directory_symlink(Disk, Devices.Path() / "8:200");
     DescribeMount("btrfs", node.string());

@@ -1,5 +1,6 @@
 // What the user of a job may not read or write. Needs root, to be somebody else for a while.
 
+#include "needs.h"
 #include "own_mount_namespace.h"
 #include "preflight_fixture.h"
 
@@ -33,7 +34,8 @@ void SetMode(const fs::path& Path, mode_t Mode) {
 }
 
 void Give(const fs::path& Path, uid_t User, gid_t Group) {
-    ASSERT_EQ(::chown(Path.c_str(), User, Group), 0) << "needs root";
+    NeedRoot();
+    ASSERT_EQ(::chown(Path.c_str(), User, Group), 0);
 }
 
 // Lets User read the file beside what its permission bits say.
