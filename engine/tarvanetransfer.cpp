@@ -225,6 +225,11 @@ void TarvaneTransferJob::SetCurrentPath(const std::string& Path, std::uint64_t F
     CurrentPath = Path;
 }
 
+std::string TarvaneTransferJob::GetCurrentPath() const {
+    const std::lock_guard lock(Mutex);
+    return CurrentPath;
+}
+
 void TarvaneTransferJob::SetTotals(std::uint64_t TotalItems, std::uint64_t TotalBytes) {
     ItemsTotal = TotalItems;
     BytesTotal = TotalBytes;

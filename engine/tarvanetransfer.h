@@ -178,6 +178,10 @@ public:
     bool IsFinished() const;
     bool IsMove() const;
 
+    // The full path of what is being worked on, which the snapshot's line may shorten. Empty before
+    // the first. Takes Mutex once, briefly.
+    std::string GetCurrentPath() const;
+
     // Copies the conflict that waits for an answer. False, with OutConflict untouched, when none
     // does.
     bool GetPendingConflict(TarvaneTransferConflict& OutConflict) const;

@@ -80,6 +80,17 @@ TEST_F(TransferJob, SetCurrentPathShowsThePathAndTheSizeOfItsFile) {
     EXPECT_EQ(ui.CurrentFileDoneBytes, 0u);
 }
 
+TEST_F(TransferJob, GetCurrentPathIsEmptyBeforeTheFirst) {
+    EXPECT_EQ(Job.GetCurrentPath(), "");
+}
+
+TEST_F(TransferJob, GetCurrentPathGivesALongPathWhole) {
+    const std::string path = "/music/" + std::string(4000, 'a') + ".flac";
+    Job.SetCurrentPath("/first", 1);
+    Job.SetCurrentPath(path, 500);
+    EXPECT_EQ(Job.GetCurrentPath(), path);
+}
+
 TEST_F(TransferJob, SetCurrentPathResetsTheDoneCounterEvenWhenThePathIsTheSame) {
     Job.SetCurrentPath("/a", 500);
     Job.AddBytesDone(200);
@@ -199,6 +210,7 @@ TEST_F(TransferJob, AFailedLockIsThrownToTheCaller) {
     const FailingLock failing(PrivateOf<JobMember::Mutex>(Job));
     EXPECT_THROW(Job.SetStage(TarvaneTransferStage::Copying, ""), std::system_error);
     EXPECT_THROW(Job.SetCurrentPath("/a", 0), std::system_error);
+    EXPECT_THROW(Job.GetCurrentPath(), std::system_error);
     EXPECT_THROW(Job.AddBytesDone(1), std::system_error);
     EXPECT_THROW(Job.RequestCancel(), std::system_error);
     EXPECT_THROW(Job.FinishSuccess(""), std::system_error);
