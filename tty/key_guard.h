@@ -1,0 +1,34 @@
+// Keeps what was typed before a question from answering it.
+
+#pragma once
+
+#include <chrono>
+
+#include "key_press.h"
+
+// Keys are dead for a moment after a question has appeared: long in the middle of something else,
+// where somebody may be typing; short for whoever has just answered another one and is still
+// looking at the screen.
+class KeyGuard {
+public:
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    static constexpr std::chrono::milliseconds kDeadTime{700};
+    static constexpr std::chrono::milliseconds kDeadTimeAfterAnswer{200};
+    static constexpr std::chrono::seconds kStillAttentive{2};
+
+    void QuestionAppears(TimePoint Now) {
+        const bool bAttentive = Now - AnsweredAt < kStillAttentive;
+        LiveFrom = Now + (bAttentive ? kDeadTimeAfterAnswer : kDeadTime);
+    }
+    void AnswerIsGiven(TimePoint Now) { AnsweredAt = Now; }
+
+    // Esc is never dead: it destroys nothing.
+    bool LetsThrough(const KeyPress& Key, TimePoint Now) const {
+        return Key.Code == KeyCode::Escape || Now >= LiveFrom;
+    }
+
+private:
+    TimePoint LiveFrom;
+    TimePoint AnsweredAt;
+};
