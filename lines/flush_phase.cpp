@@ -1,6 +1,6 @@
 #include "flush_phase.h"
 
-#include "progress_styles.h"
+#include "reporters.h"
 
 #include "progress_texts.h"
 
@@ -12,15 +12,15 @@ namespace {
 // Nothing tells when a flush is over, and most are over soon.
 constexpr std::chrono::microseconds kPause{20000};
 
-bool IsToEnd(LineConsole& Console, const ProgressOutput& Output) {
+bool IsToEnd(Prompt& Console, const Reporter& Output) {
     if (Output.IsBroken() && !Console.End().IsAsked()) {
-        Console.End().Terminate(SIGPIPE, LineConsole::Clock::now());
+        Console.End().Terminate(SIGPIPE, Prompt::Clock::now());
     }
     return Console.End().IsAsked();
 }
 
 // Returns the last look: unfinished when the wait was ended.
-FlushProgress AwaitFlush(Flusher& Watch, LineConsole& Console, ProgressOutput& Output) {
+FlushProgress AwaitFlush(Flusher& Watch, Prompt& Console, Reporter& Output) {
     FlushProgress progress = Watch.Poll();
     while (!progress.bFinished && !IsToEnd(Console, Output)) {
         for (const KeyPress& key : Console.Wait(std::min(Console.UntilFrame(), kPause), -1)) {
@@ -41,8 +41,7 @@ FlushProgress AwaitFlush(Flusher& Watch, LineConsole& Console, ProgressOutput& O
 
 } // namespace
 
-void RunFlushPhase(Flusher& Watch, LineConsole& Console, ProgressOutput& Output,
-                   RunOutcome& Outcome) {
+void RunFlushPhase(Flusher& Watch, Prompt& Console, Reporter& Output, RunOutcome& Outcome) {
     if (IsToEnd(Console, Output)) {
         Outcome.bFlushed = false;
         return;

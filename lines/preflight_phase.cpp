@@ -2,14 +2,14 @@
 
 #include "preflight_thread.h"
 #include "preflight_verdict.h"
-#include "progress_styles.h"
+#include "reporters.h"
 
 #include "progress_texts.h"
 #include <string>
 
 namespace {
 
-using Clock = LineConsole::Clock;
+using Clock = Prompt::Clock;
 
 // How long a look that is to stop may take before the run goes on without its result.
 constexpr std::chrono::milliseconds kStopTime{500};
@@ -18,7 +18,7 @@ constexpr std::uint64_t kListedOnScreen = 5;
 // Keys are dead for a moment, so that what was typed before the question cannot answer it.
 constexpr std::chrono::milliseconds kDeadTime{700};
 
-RunOutcome CanceledOutcome(LineConsole& Console) {
+RunOutcome CanceledOutcome(Prompt& Console) {
     RunOutcome outcome{.Result = RunResult::Canceled,
                        .Text = "Canceled before anything was touched."};
     if (Console.End().IsAsked()) {
@@ -38,7 +38,7 @@ bool HasEscape(const std::vector<KeyPress>& Keys) {
 
 // Waits for the look. False when there is nothing to wait for any more: it hangs or the program is
 // to end.
-bool AwaitLook(PreflightThread& Look, LineConsole& Console, ProgressOutput& Output) {
+bool AwaitLook(PreflightThread& Look, Prompt& Console, Reporter& Output) {
     std::optional<Clock::time_point> deadline;
     while (!Look.IsOver()) {
         if (HasEscape(Console.Wait(Console.UntilFrame(), Look.OverFd())) && !deadline) {
@@ -69,7 +69,7 @@ std::optional<bool> AnswerOf(const KeyPress& Key) {
     return std::nullopt;
 }
 
-std::optional<bool> AwaitAnswer(LineConsole& Console, const std::string& Question) {
+std::optional<bool> AwaitAnswer(Prompt& Console, const std::string& Question) {
     const Clock::time_point liveFrom = Clock::now() + kDeadTime;
     while (!Console.End().IsAsked()) {
         for (const KeyPress& key : Console.Wait(Console.UntilFrame(), -1)) {
@@ -94,7 +94,7 @@ std::optional<bool> AwaitAnswer(LineConsole& Console, const std::string& Questio
     return std::nullopt;
 }
 
-bool AskWhetherToGoOn(const std::string& Question, LineConsole& Console) {
+bool AskWhetherToGoOn(const std::string& Question, Prompt& Console) {
     const bool bKeysBefore = Console.TakesKeys();
     Console.TakeKeys(true);
     Console.HurryFrame();
@@ -107,8 +107,8 @@ bool AskWhetherToGoOn(const std::string& Question, LineConsole& Console) {
 } // namespace
 
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
-                                            const TarvaneTransferPlan& Plan, LineConsole& Console,
-                                            ProgressOutput& Output) {
+                                            const TarvaneTransferPlan& Plan, Prompt& Console,
+                                            Reporter& Output) {
     PreflightThread look(Plan);
     const bool bOver = AwaitLook(look, Console, Output);
     Console.Clear();

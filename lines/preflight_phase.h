@@ -2,8 +2,8 @@
 
 #pragma once
 
-#include "line_console.h"
-#include "progress_output.h"
+#include "prompt.h"
+#include "reporter.h"
 #include "tarvanetransfer.h"
 #include "transfer_request.h"
 
@@ -15,5 +15,5 @@
 //
 // Returns how the run has ended, or nothing when it goes on. A dry run always ends here.
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
-                                            const TarvaneTransferPlan& Plan, LineConsole& Console,
-                                            ProgressOutput& Output);
+                                            const TarvaneTransferPlan& Plan, Prompt& Console,
+                                            Reporter& Output);

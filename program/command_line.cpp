@@ -69,7 +69,7 @@ std::optional<UsageError> FindOperandMistake(const TransferRequest& Request) {
 }
 
 CommandLine ParseTransfer(Command Wanted, std::span<char*> Arguments) {
-    LineRequest request;
+    PromptRequest request;
     request.Transfer.bMove = Wanted == Command::Move;
     OptionReader options(Wanted, Arguments);
     const auto apply = [&request](const TypedOption& Typed) {

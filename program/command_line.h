@@ -5,7 +5,7 @@
 #include <string>
 #include <variant>
 
-#include "line_request.h"
+#include "prompt_request.h"
 #include "tracks_command.h"
 
 // What --help and --version answer: a text for standard output.
@@ -20,7 +20,7 @@ struct UsageError {
     std::string Sentence;
 };
 
-using CommandLine = std::variant<LineRequest, TracksRequest, InformationText, UsageError>;
+using CommandLine = std::variant<PromptRequest, TracksRequest, InformationText, UsageError>;
 
 // Reads the program's whole argument vector, of which Argv[1] is the command. Operands stay the
 // bytes they are. The file system is not looked at. The first mistake, or the first option that

@@ -2,7 +2,7 @@
 
 #include "command_line.h"
 #include "exit_status.h"
-#include "line_front_end.h"
+#include "prompt_front_end.h"
 #include "screen_text.h"
 #include "tracks_command.h"
 
@@ -40,8 +40,8 @@ int Answer(const UsageError& Mistake) {
     return kExitUsage;
 }
 
-int Answer(const LineRequest& Request) {
-    return ExitStatusOf(RunLineFrontEnd(Request, ExitStatusOf));
+int Answer(const PromptRequest& Request) {
+    return ExitStatusOf(RunAtPrompt(Request, ExitStatusOf));
 }
 
 int Answer(const TracksRequest& Request) {

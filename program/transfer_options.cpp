@@ -87,7 +87,7 @@ std::string ReadTargetDirectory(const std::string& Value, TransferRequest& Out) 
 
 } // namespace
 
-std::string ApplyTransferOption(const TypedOption& Typed, LineRequest& Out) {
+std::string ApplyTransferOption(const TypedOption& Typed, PromptRequest& Out) {
     TransferRequest& transfer = Out.Transfer;
     const std::string& value = Typed.Value;
     switch (Typed.Meaning) {

@@ -4,11 +4,11 @@
 
 #include <string>
 
-#include "line_request.h"
 #include "option_reader.h"
+#include "prompt_request.h"
 
 // Puts the option into the request; of two that contradict each other the later one counts. -r, the
 // options that ask for a text and those of other commands change nothing.
 //
 // Returns why its value is refused: a sentence as UsageError holds one. Empty when it is not.
-std::string ApplyTransferOption(const TypedOption& Typed, LineRequest& Out);
+std::string ApplyTransferOption(const TypedOption& Typed, PromptRequest& Out);

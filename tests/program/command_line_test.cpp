@@ -11,7 +11,7 @@
 namespace {
 
 TEST(CommandLineParser, CopyWithoutOptionsAsksAndLooksFirst) {
-    const LineRequest line = WholeRequest({"copy", "a", "b"});
+    const PromptRequest line = WholeRequest({"copy", "a", "b"});
     const TransferRequest& request = line.Transfer;
     EXPECT_FALSE(request.bMove);
     EXPECT_EQ(request.OnConflict, FileConflictChoice::Ask);

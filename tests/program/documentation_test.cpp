@@ -16,7 +16,7 @@
 #include "command_line.h"
 #include "file_tree.h"
 #include "help_text.h"
-#include "json_progress.h"
+#include "json_records.h"
 #include "run_program.h"
 
 namespace {

@@ -98,10 +98,10 @@ TEST(TransferOptions, ReadsTheFlags) {
 }
 
 TEST(TransferOptions, QuietAndVerboseCancelEachOther) {
-    const LineRequest verbose = WholeRequest({"copy", "-q", "-v", "a", "b"});
+    const PromptRequest verbose = WholeRequest({"copy", "-q", "-v", "a", "b"});
     EXPECT_TRUE(verbose.bVerbose);
     EXPECT_FALSE(verbose.bQuiet);
-    const LineRequest quiet = WholeRequest({"copy", "-vq", "a", "b"});
+    const PromptRequest quiet = WholeRequest({"copy", "-vq", "a", "b"});
     EXPECT_FALSE(quiet.bVerbose);
     EXPECT_TRUE(quiet.bQuiet);
 }

@@ -32,8 +32,8 @@ Kind ParsedAs(const Words& Arguments) {
     return parsed != nullptr ? *parsed : Kind{};
 }
 
-inline LineRequest WholeRequest(const Words& Arguments) {
-    return ParsedAs<LineRequest>(Arguments);
+inline PromptRequest WholeRequest(const Words& Arguments) {
+    return ParsedAs<PromptRequest>(Arguments);
 }
 
 inline TransferRequest Request(const Words& Arguments) {

@@ -46,7 +46,7 @@
 
 #pragma once
 
-#include "progress_output.h"
+#include "reporter.h"
 
 #include <string>
 

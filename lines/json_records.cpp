@@ -1,4 +1,4 @@
-#include "json_progress.h"
+#include "json_records.h"
 
 #include <nlohmann/json.hpp>
 

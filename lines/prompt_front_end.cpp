@@ -1,15 +1,15 @@
-#include "line_front_end.h"
+#include "prompt_front_end.h"
 
 #include "completion_bell.h"
 #include "flush_phase.h"
-#include "line_console.h"
+#include "job_phase.h"
 #include "plan_builder.h"
 #include "preflight_phase.h"
-#include "progress_styles.h"
+#include "prompt.h"
+#include "reporters.h"
 #include "screen_text.h"
 #include "tarvanepane.h"
 #include "track_fetch.h"
-#include "transfer_phase.h"
 #include "verbose_lines.h"
 
 #include <algorithm>
@@ -25,7 +25,7 @@
 namespace {
 
 void PrintSentence(const std::string& Sentence) {
-    LineWriter errors(STDERR_FILENO);
+    OutputQueue errors(STDERR_FILENO);
     errors.Add(CleanForScreen("tarvane: " + Sentence));
     errors.Finish();
 }
@@ -33,7 +33,7 @@ void PrintSentence(const std::string& Sentence) {
 // One transfer from its plan to its last line.
 class LineFrontEnd {
 public:
-    LineFrontEnd(const LineRequest& UserRequest, TarvaneTransferPlan UserPlan,
+    LineFrontEnd(const PromptRequest& UserRequest, TarvaneTransferPlan UserPlan,
                  ExitStatusFunction ExitStatusForOutcome)
         : Request(UserRequest), Transfer(Request.Transfer), ExitStatusOf(ExitStatusForOutcome),
           Plan(std::move(UserPlan)),
@@ -51,7 +51,7 @@ public:
 
 private:
     bool IsJson() const { return Request.Progress == ProgressStyle::Json; }
-    std::unique_ptr<ProgressOutput> MakeOutput();
+    std::unique_ptr<Reporter> MakeOutput();
     RunOutcome RunPhases();
     void SayWhatGoesWhere();
     void SayThatTracksStay();
@@ -59,24 +59,24 @@ private:
     void SayEnd(const RunOutcome& Outcome);
     void FinishOutputs(RunOutcome& Outcome);
 
-    const LineRequest& Request;
+    const PromptRequest& Request;
     const TransferRequest& Transfer;
     ExitStatusFunction ExitStatusOf;
     TarvaneTransferPlan Plan;
     Flusher Flush;
-    LineConsole Console;
-    std::unique_ptr<ProgressOutput> Output;
+    Prompt Console;
+    std::unique_ptr<Reporter> Output;
     // Standard output, unless the records go there.
-    LineWriter Results;
+    OutputQueue Results;
 };
 
-std::unique_ptr<ProgressOutput> LineFrontEnd::MakeOutput() {
+std::unique_ptr<Reporter> LineFrontEnd::MakeOutput() {
     const ProgressStyle style = Request.Progress;
     if (IsJson()) {
         return MakeJsonOutput(Request.IntervalSeconds);
     }
     if (Request.bQuiet || style == ProgressStyle::None) {
-        return std::make_unique<ProgressOutput>();
+        return std::make_unique<Reporter>();
     }
     if (style != ProgressStyle::Lines && Console.CanRedraw()) {
         Console.TakeKeys(true);
@@ -85,7 +85,7 @@ std::unique_ptr<ProgressOutput> LineFrontEnd::MakeOutput() {
     if (style == ProgressStyle::Lines || Console.IsTerminal()) {
         return MakeLinesOutput(Console, Request.IntervalSeconds);
     }
-    return std::make_unique<ProgressOutput>();
+    return std::make_unique<Reporter>();
 }
 
 RunOutcome LineFrontEnd::RunPhases() {
@@ -115,7 +115,7 @@ void LineFrontEnd::SayWhatGoesWhere() {
         Results.Add(VerboseLine(item));
     }
     if (Results.Error() == EPIPE) {
-        Console.End().Terminate(SIGPIPE, LineConsole::Clock::now());
+        Console.End().Terminate(SIGPIPE, Prompt::Clock::now());
     }
 }
 
@@ -175,7 +175,7 @@ void LineFrontEnd::FinishOutputs(RunOutcome& Outcome) {
 }
 
 // Why the request cannot be carried out here; empty when it can.
-std::string WhyNotHere(const LineRequest& Request) {
+std::string WhyNotHere(const PromptRequest& Request) {
     if (Request.Progress == ProgressStyle::Live && !CanRedrawHere()) {
         return "--progress=live needs a terminal that can redraw lines on standard error; pass "
                "--progress=lines or another style";
@@ -212,7 +212,7 @@ RunOutcome OutcomeOf(PlanRefusalKind Kind, int EndSignal) {
 
 } // namespace
 
-RunOutcome RunLineFrontEnd(const LineRequest& Request, ExitStatusFunction ExitStatusOf) {
+RunOutcome RunAtPrompt(const PromptRequest& Request, ExitStatusFunction ExitStatusOf) {
     if (const std::string reason = WhyNotHere(Request); !reason.empty()) {
         PrintSentence(reason);
         return {.Result = RunResult::WrongUsage, .Text = reason};

@@ -6,7 +6,7 @@
 #include "end_request.h"
 #include "exit_status_function.h"
 #include "key_press.h"
-#include "line_writer.h"
+#include "output_queue.h"
 #include "signal_inbox.h"
 #include "terminal_device.h"
 
@@ -25,12 +25,12 @@ bool CanAskHere();
 // and the background by itself: in the background nothing is drawn and no key is taken.
 //
 // Threads: one, the interface thread. Make it before other threads are started.
-class LineConsole {
+class Prompt {
 public:
     using Clock = std::chrono::steady_clock;
 
     // ExitStatusForOutcome tells what the program is to exit with when it has to leave at once.
-    explicit LineConsole(ExitStatusFunction ExitStatusForOutcome);
+    explicit Prompt(ExitStatusFunction ExitStatusForOutcome);
 
     bool CanAsk() const { return bCanAsk; }
     bool CanRedraw() const { return bCanRedraw; }
@@ -94,7 +94,7 @@ private:
     std::optional<SignalInbox> Signals;
     TerminalDevice Device;
     BlockDrawer Drawer;
-    LineWriter Errors;
+    OutputQueue Errors;
     EndRequest Ending;
     std::string PartingSentence;
     std::vector<ScreenLine> PlainShown;

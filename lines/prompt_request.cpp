@@ -1,4 +1,4 @@
-#include "line_request.h"
+#include "prompt_request.h"
 
 std::string SentenceIfNobodyCanBeAsked(const TransferRequest& Request) {
     if (Request.bDryRun) {

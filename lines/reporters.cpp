@@ -1,6 +1,6 @@
-#include "progress_styles.h"
+#include "reporters.h"
 
-#include "json_progress.h"
+#include "json_records.h"
 #include "live_block.h"
 #include "progress_texts.h"
 #include "screen_text.h"
@@ -19,9 +19,9 @@ bool LineClock::TakeDue() {
 
 namespace {
 
-class LiveOutput : public ProgressOutput {
+class LiveOutput : public Reporter {
 public:
-    explicit LiveOutput(LineConsole& Screen) : Console(Screen) {}
+    explicit LiveOutput(Prompt& Screen) : Console(Screen) {}
 
     void Looking(std::uint64_t EntriesSeen) override {
         ShowTexts({PreflightText(EntriesSeen), "Press Esc to skip this, Ctrl-C to cancel."});
@@ -55,12 +55,12 @@ private:
         Console.Show(FitToRows(std::move(parts), size.Rows), size);
     }
 
-    LineConsole& Console;
+    Prompt& Console;
 };
 
-class LinesOutput : public ProgressOutput {
+class LinesOutput : public Reporter {
 public:
-    LinesOutput(LineConsole& Log, const LineClock& Clock) : Console(Log), Lines(Clock) {}
+    LinesOutput(Prompt& Log, const LineClock& Clock) : Console(Log), Lines(Clock) {}
 
     void Looking(std::uint64_t EntriesSeen) override { PrintWhenDue(PreflightText(EntriesSeen)); }
 
@@ -83,12 +83,12 @@ private:
         }
     }
 
-    LineConsole& Console;
+    Prompt& Console;
     LineClock Lines;
     bool bCancelSaid = false;
 };
 
-class JsonOutput : public ProgressOutput {
+class JsonOutput : public Reporter {
 public:
     explicit JsonOutput(const LineClock& Clock) : Records(STDOUT_FILENO), Lines(Clock) {}
 
@@ -133,24 +133,24 @@ public:
     }
 
 private:
-    LineWriter Records;
+    OutputQueue Records;
     LineClock Lines;
     bool bCancelSaid = false;
 };
 
 } // namespace
 
-std::unique_ptr<ProgressOutput> MakeLiveOutput(LineConsole& Console) {
+std::unique_ptr<Reporter> MakeLiveOutput(Prompt& Console) {
     return std::make_unique<LiveOutput>(Console);
 }
 
-std::unique_ptr<ProgressOutput> MakeLinesOutput(LineConsole& Console, double IntervalSeconds) {
+std::unique_ptr<Reporter> MakeLinesOutput(Prompt& Console, double IntervalSeconds) {
     LineClock clock(IntervalSeconds);
     // A job that is over before the interval is has only its last line.
     clock.TakeDue();
     return std::make_unique<LinesOutput>(Console, clock);
 }
 
-std::unique_ptr<ProgressOutput> MakeJsonOutput(double IntervalSeconds) {
+std::unique_ptr<Reporter> MakeJsonOutput(double IntervalSeconds) {
     return std::make_unique<JsonOutput>(LineClock(IntervalSeconds));
 }

@@ -1,4 +1,4 @@
-#include "line_console.h"
+#include "prompt.h"
 
 #include <array>
 #include <cerrno>
@@ -31,12 +31,12 @@ bool CanAskHere() {
     return isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
 }
 
-LineConsole::LineConsole(ExitStatusFunction ExitStatusForOutcome)
+Prompt::Prompt(ExitStatusFunction ExitStatusForOutcome)
     : ExitStatusOf(ExitStatusForOutcome), Signals(std::in_place), Errors(STDERR_FILENO),
       NextFrame(Clock::now() + kFirstFrameAfter), bOutputTerminal(Device.IsOutputTerminal()),
       bCanRedraw(CanRedrawHere()), bCanAsk(CanAskHere()) {}
 
-void LineConsole::TakeKeys(bool bTake) {
+void Prompt::TakeKeys(bool bTake) {
     if (bTakesKeys == bTake) {
         return;
     }
@@ -48,7 +48,7 @@ void LineConsole::TakeKeys(bool bTake) {
     }
 }
 
-std::vector<KeyPress> LineConsole::Wait(std::chrono::microseconds Timeout, int Descriptor) {
+std::vector<KeyPress> Prompt::Wait(std::chrono::microseconds Timeout, int Descriptor) {
     std::array<pollfd, 3> events{{{Signals->Fd(), POLLIN, 0},
                                   {bTerminalClosed ? -1 : Device.KeyFd(), POLLIN, 0},
                                   {Descriptor, POLLIN, 0}}};
@@ -69,7 +69,7 @@ std::vector<KeyPress> LineConsole::Wait(std::chrono::microseconds Timeout, int D
     return keys;
 }
 
-bool LineConsole::TakeFrame() {
+bool Prompt::TakeFrame() {
     const Clock::time_point now = Clock::now();
     if (now < NextFrame) {
         return false;
@@ -78,17 +78,17 @@ bool LineConsole::TakeFrame() {
     return true;
 }
 
-std::chrono::microseconds LineConsole::UntilFrame() const {
+std::chrono::microseconds Prompt::UntilFrame() const {
     const auto left = std::chrono::ceil<std::chrono::microseconds>(NextFrame - Clock::now());
     return std::max(left, std::chrono::microseconds(0));
 }
 
-bool LineConsole::TakeStatusRequest() {
+bool Prompt::TakeStatusRequest() {
     return std::exchange(bStatusRequested, false);
 }
 
-void LineConsole::Show(const std::vector<ScreenLine>& Lines, TerminalSize LaidOutFor,
-                       const std::optional<BlockCursor>& Cursor) {
+void Prompt::Show(const std::vector<ScreenLine>& Lines, TerminalSize LaidOutFor,
+                  const std::optional<BlockCursor>& Cursor) {
     if (bTerminalClosed || !bOutputTerminal || !Device.CanDraw()) {
         return;
     }
@@ -104,7 +104,7 @@ void LineConsole::Show(const std::vector<ScreenLine>& Lines, TerminalSize LaidOu
 }
 
 // A line that stands already is not repeated.
-void LineConsole::ShowPlain(const std::vector<ScreenLine>& Lines) {
+void Prompt::ShowPlain(const std::vector<ScreenLine>& Lines) {
     for (std::size_t i = 0; i < Lines.size(); ++i) {
         if (i >= PlainShown.size() || PlainShown[i] != Lines[i]) {
             Write(Lines[i].Text + "\n");
@@ -113,12 +113,12 @@ void LineConsole::ShowPlain(const std::vector<ScreenLine>& Lines) {
     PlainShown = Lines;
 }
 
-void LineConsole::Clear() {
+void Prompt::Clear() {
     PlainShown.clear();
     Write(Drawer.Erase(Device.Size()));
 }
 
-void LineConsole::CallForAnswer() {
+void Prompt::CallForAnswer() {
     if (bTerminalClosed) {
         Ending.Terminate(SIGHUP, Clock::now());
     } else if (!Device.IsForeground()) {
@@ -128,7 +128,7 @@ void LineConsole::CallForAnswer() {
     }
 }
 
-void LineConsole::PrintLine(const std::string& Text, bool bWarning) {
+void Prompt::PrintLine(const std::string& Text, bool bWarning) {
     std::string line = CleanForScreen(Text);
     if (!bOutputTerminal) {
         Errors.Add(line);
@@ -139,25 +139,25 @@ void LineConsole::PrintLine(const std::string& Text, bool bWarning) {
     HurryFrame();
 }
 
-void LineConsole::Close() {
+void Prompt::Close() {
     Clear();
     TakeKeys(false);
     Signals.reset();
 }
 
-void LineConsole::RingBell() {
+void Prompt::RingBell() {
     if (bOutputTerminal) {
         Write("\a");
     }
 }
 
-void LineConsole::TakeSignals() {
+void Prompt::TakeSignals() {
     while (const std::optional<int> signal = Signals->Take()) {
         Act(*signal);
     }
 }
 
-void LineConsole::Act(int Signal) {
+void Prompt::Act(int Signal) {
     switch (Signal) {
     case SIGINT:
         Ending.Interrupt();
@@ -185,7 +185,7 @@ void LineConsole::Act(int Signal) {
     HurryFrame();
 }
 
-void LineConsole::Stop(int StopSignal) {
+void Prompt::Stop(int StopSignal) {
     if (Device.IsForeground()) {
         Write(Drawer.Erase(Device.Size()));
     }
@@ -195,7 +195,7 @@ void LineConsole::Stop(int StopSignal) {
 }
 
 // Whatever stood on the screen, the shell has written below it since.
-void LineConsole::Resume() {
+void Prompt::Resume() {
     Drawer.Abandon();
     PlainShown.clear();
     if (bTakesKeys) {
@@ -203,7 +203,7 @@ void LineConsole::Resume() {
     }
 }
 
-void LineConsole::NoticeClosedTerminal() {
+void Prompt::NoticeClosedTerminal() {
     const bool bGone = Errors.Error() == EPIPE || (bOutputTerminal && Device.IsClosed());
     if (bTerminalClosed || !bGone) {
         return;
@@ -216,13 +216,13 @@ void LineConsole::NoticeClosedTerminal() {
     }
 }
 
-void LineConsole::Write(const std::string& Bytes) {
+void Prompt::Write(const std::string& Bytes) {
     if (!bTerminalClosed && !Bytes.empty()) {
         Device.Write(Bytes);
     }
 }
 
-void LineConsole::LeaveNow() {
+void Prompt::LeaveNow() {
     if (bOutputTerminal && Device.CanDraw()) {
         Write(Drawer.Abandon());
     }

@@ -2,8 +2,8 @@
 
 #pragma once
 
-#include "line_console.h"
-#include "progress_output.h"
+#include "prompt.h"
+#include "reporter.h"
 
 #include <chrono>
 #include <memory>
@@ -26,8 +26,8 @@ private:
 };
 
 // A block that is redrawn in place. Requires: the console can redraw.
-std::unique_ptr<ProgressOutput> MakeLiveOutput(LineConsole& Console);
+std::unique_ptr<Reporter> MakeLiveOutput(Prompt& Console);
 // Lines on the console.
-std::unique_ptr<ProgressOutput> MakeLinesOutput(LineConsole& Console, double IntervalSeconds);
+std::unique_ptr<Reporter> MakeLinesOutput(Prompt& Console, double IntervalSeconds);
 // Records on standard output.
-std::unique_ptr<ProgressOutput> MakeJsonOutput(double IntervalSeconds);
+std::unique_ptr<Reporter> MakeJsonOutput(double IntervalSeconds);

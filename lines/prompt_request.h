@@ -14,7 +14,7 @@ enum class ProgressStyle {
     None,
 };
 
-struct LineRequest {
+struct PromptRequest {
     TransferRequest Transfer;
     ProgressStyle Progress = ProgressStyle::Auto;
     // Between two lines.

@@ -1,4 +1,4 @@
-#include "line_writer.h"
+#include "output_queue.h"
 
 #include "needs.h"
 
@@ -14,9 +14,9 @@
 
 namespace {
 
-class LineWriterTest : public testing::Test {
+class OutputQueueTest : public testing::Test {
 protected:
-    LineWriterTest() {
+    OutputQueueTest() {
         int ends[2] = {-1, -1};
         EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
         Reader = ends[0];
@@ -24,7 +24,7 @@ protected:
         std::signal(SIGPIPE, SIG_IGN);
     }
 
-    ~LineWriterTest() override {
+    ~OutputQueueTest() override {
         close(Reader);
         close(Target);
     }
@@ -51,24 +51,24 @@ protected:
 
 } // namespace
 
-TEST_F(LineWriterTest, WritesALineAtOnceWhenTheReaderKeepsUp) {
-    LineWriter writer(Target);
+TEST_F(OutputQueueTest, WritesALineAtOnceWhenTheReaderKeepsUp) {
+    OutputQueue writer(Target);
     writer.Add("one");
     EXPECT_EQ(Read(), "one\n");
 }
 
-TEST_F(LineWriterTest, KeepsALineForALateReader) {
+TEST_F(OutputQueueTest, KeepsALineForALateReader) {
     FillPipe();
-    LineWriter writer(Target);
+    OutputQueue writer(Target);
     writer.Add("one");
     Read();
     writer.Pump();
     EXPECT_EQ(Read(), "one\n");
 }
 
-TEST_F(LineWriterTest, LeavesOutAnOfferedLineWhileOthersWait) {
+TEST_F(OutputQueueTest, LeavesOutAnOfferedLineWhileOthersWait) {
     FillPipe();
-    LineWriter writer(Target);
+    OutputQueue writer(Target);
     writer.Add("one");
     writer.Offer("two");
     Read();
@@ -79,9 +79,9 @@ TEST_F(LineWriterTest, LeavesOutAnOfferedLineWhileOthersWait) {
     EXPECT_EQ(text, "one\nthree\n");
 }
 
-TEST_F(LineWriterTest, FinishesOnlyWhenTheReaderHasEverything) {
+TEST_F(OutputQueueTest, FinishesOnlyWhenTheReaderHasEverything) {
     const std::string line(1 << 19, 'x');
-    LineWriter writer(Target);
+    OutputQueue writer(Target);
     writer.Add(line);
     std::string received;
     std::thread reading([&] {
@@ -99,17 +99,17 @@ TEST_F(LineWriterTest, FinishesOnlyWhenTheReaderHasEverything) {
     EXPECT_EQ(writer.Error(), 0);
 }
 
-TEST_F(LineWriterTest, TellsThatTheReaderHasGone) {
+TEST_F(OutputQueueTest, TellsThatTheReaderHasGone) {
     close(std::exchange(Reader, -1));
-    LineWriter writer(Target);
+    OutputQueue writer(Target);
     writer.Add("one");
     EXPECT_EQ(writer.Error(), EPIPE);
 }
 
-TEST(LineWriterOnAFile, TellsTheFirstError) {
+TEST(OutputQueueOnAFile, TellsTheFirstError) {
     NeedDeviceNode("/dev/full");
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
-    LineWriter writer(full);
+    OutputQueue writer(full);
     writer.Add("one");
     writer.Finish();
     EXPECT_EQ(writer.Error(), ENOSPC);

@@ -22,12 +22,12 @@ struct ProgressView {
 
 // Reports nothing: the style None. The others override what they report. Looking, Running and
 // Flushing are called ten times a second.
-class ProgressOutput {
+class Reporter {
 public:
-    ProgressOutput() = default;
-    virtual ~ProgressOutput() = default;
-    ProgressOutput(const ProgressOutput&) = delete;
-    ProgressOutput& operator=(const ProgressOutput&) = delete;
+    Reporter() = default;
+    virtual ~Reporter() = default;
+    Reporter(const Reporter&) = delete;
+    Reporter& operator=(const Reporter&) = delete;
 
     virtual void Looking(std::uint64_t /*EntriesSeen*/) {}
     virtual void Looked(const PreflightResult& /*Result*/) {}

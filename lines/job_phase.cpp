@@ -1,4 +1,4 @@
-#include "transfer_phase.h"
+#include "job_phase.h"
 
 #include "free_name.h"
 #include "progress_texts.h"
@@ -17,7 +17,7 @@ constexpr std::chrono::seconds kStillAttentive{2};
 } // namespace
 
 TransferPhase::TransferPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
-                             LineConsole& UserConsole, ProgressOutput& UserOutput)
+                             Prompt& UserConsole, Reporter& UserOutput)
     : Console(UserConsole), Output(UserOutput), bKeysBefore(UserConsole.TakesKeys()),
       Session(std::move(Plan)),
       Desk(Session.Job(), ConflictPolicy(Request.OnConflict, Request.OnDirectoryConflict)) {}

@@ -4,9 +4,9 @@
 
 #include "conflict_desk.h"
 #include "conflict_question.h"
-#include "line_console.h"
-#include "progress_output.h"
 #include "progress_watch.h"
+#include "prompt.h"
+#include "reporter.h"
 #include "tarvanetransfer.h"
 #include "transfer_request.h"
 #include "transfer_session.h"
@@ -17,13 +17,13 @@
 // Runs the plan to its end.
 class TransferPhase {
 public:
-    TransferPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
-                  LineConsole& UserConsole, ProgressOutput& UserOutput);
+    TransferPhase(const TransferRequest& Request, TarvaneTransferPlan Plan, Prompt& UserConsole,
+                  Reporter& UserOutput);
 
     RunOutcome Run();
 
 private:
-    using Clock = LineConsole::Clock;
+    using Clock = Prompt::Clock;
 
     ProgressView Look();
     void ShowFrame();
@@ -39,8 +39,8 @@ private:
 
     RunOutcome Outcome();
 
-    LineConsole& Console;
-    ProgressOutput& Output;
+    Prompt& Console;
+    Reporter& Output;
     ProgressWatch Watch;
     std::optional<ConflictQuestion> Question;
     std::uint64_t QuestionId = 0;
