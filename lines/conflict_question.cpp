@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "conflict_texts.h"
-#include "question_layout.h"
 #include "screen_text.h"
 
 namespace {
@@ -14,27 +13,13 @@ using Action = TarvaneTransferConflictAction;
 constexpr char kRenameLetter = 'r';
 constexpr char kConfirmLetter = 'y';
 constexpr char kListLetter = '?';
-// Below it the rename line has no label.
-constexpr int kNarrowWidth = 24;
-
-std::size_t RowsOf(const std::vector<BlockPart>& Parts) {
-    std::size_t rows = 0;
-    for (const BlockPart& part : Parts) {
-        rows += part.Lines.size();
-    }
-    return rows;
-}
 
 } // namespace
 
-ConflictQuestion::ConflictQuestion(TarvaneTransferConflict PostedConflict, RenameAdvice NameAdvice,
-                                   TimePoint KeysLiveFrom)
-    : Conflict(std::move(PostedConflict)), Advice(std::move(NameAdvice)), LiveFrom(KeysLiveFrom) {}
+ConflictQuestion::ConflictQuestion(TarvaneTransferConflict PostedConflict, RenameAdvice NameAdvice)
+    : Conflict(std::move(PostedConflict)), Advice(std::move(NameAdvice)) {}
 
-std::optional<ConflictAnswer> ConflictQuestion::Handle(const KeyPress& Key, TimePoint Now) {
-    if (Key.Code != KeyCode::Escape && Now < LiveFrom) {
-        return std::nullopt;
-    }
+std::optional<ConflictAnswer> ConflictQuestion::Handle(const KeyPress& Key) {
     Reason.clear();
     if (Rename) {
         return HandleRename(Key);
@@ -127,62 +112,4 @@ std::optional<ConflictAnswer> ConflictQuestion::Give(const ConflictChoice& Choic
 
 std::string ConflictQuestion::AnswerLine() const {
     return CleanForScreen(ConflictTitle(Conflict) + Conflict.DestinationPath + " | " + Given);
-}
-
-ConflictQuestion::Screen ConflictQuestion::Show(TerminalSize Size) const {
-    if (Rename) {
-        return ShowRename(Size);
-    }
-    if (ToConfirm) {
-        return ShowWith("y remove it and go on  any other key: back", "Remove the directory? ",
-                        Size);
-    }
-    return ShowChoices(Size);
-}
-
-ConflictQuestion::Screen ConflictQuestion::ShowChoices(TerminalSize Size) const {
-    std::vector<BlockPart> parts = PartsAbove(LayoutWidth(Size));
-    BlockPart choices = ChoicesPart(Conflict.Kind, LayoutWidth(Size));
-    const auto rows = static_cast<std::size_t>(Size.Rows);
-    const std::size_t choicesRows = choices.Lines.size() + 1;
-    if (RowsOf(parts) + choicesRows <= rows || (bListWanted && choicesRows <= rows)) {
-        parts.push_back(std::move(choices));
-        return WithLastLine(std::move(parts), "? ", Size);
-    }
-    return WithLastLine(std::move(parts), ShortChoices(Conflict.Kind), Size);
-}
-
-ConflictQuestion::Screen ConflictQuestion::ShowRename(TerminalSize Size) const {
-    const int width = LayoutWidth(Size);
-    const std::string label = width < kNarrowWidth ? "" : "Rename to: ";
-    const TextField::View view = Rename->Visible(width - DisplayWidth(label));
-    Screen screen =
-        ShowWith("Enter use this name  Esc back to the answers", label + view.Shown, Size);
-    screen.Cursor.Prefix = label + view.BeforeCursor;
-    return screen;
-}
-
-ConflictQuestion::Screen ConflictQuestion::ShowWith(const std::string& Keys,
-                                                    const std::string& LastLine,
-                                                    TerminalSize Size) const {
-    std::vector<BlockPart> parts = PartsAbove(LayoutWidth(Size));
-    parts.push_back(WordsPart(kChoicesPart, Keys, LayoutWidth(Size)));
-    return WithLastLine(std::move(parts), LastLine, Size);
-}
-
-std::vector<BlockPart> ConflictQuestion::PartsAbove(int Width) const {
-    std::vector<BlockPart> parts = ConflictParts(Conflict, Width);
-    parts.push_back(WordsPart(kReasonPart, Reason, Width));
-    return parts;
-}
-
-ConflictQuestion::Screen ConflictQuestion::WithLastLine(std::vector<BlockPart> Parts,
-                                                        const std::string& LastLine,
-                                                        TerminalSize Size) const {
-    const std::string shown = WrapAtColumns(LastLine, LayoutWidth(Size)).front();
-    Parts.push_back({kLastLinePart, {{shown}}});
-    Screen screen;
-    screen.Lines = FitToRows(std::move(Parts), Size.Rows);
-    screen.Cursor = {screen.Lines.size() - 1, shown};
-    return screen;
 }

@@ -1,18 +1,15 @@
-// The question about a taken name, as a model: lines out, keys in, and an answer in the end.
+// The question about a taken name, as a model: keys in, and an answer in the end. How it looks is
+// in question_layout.h.
 //
 // It offers only what is valid for the conflict's kind. Enter alone skips, which never destroys.
 // An answer that would remove a whole directory has to be confirmed with a second key.
 
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
-#include <vector>
 
-#include "block_drawer.h"
-#include "block_layout.h"
 #include "conflict_choices.h"
 #include "conflict_desk.h"
 #include "key_press.h"
@@ -27,34 +24,27 @@ struct RenameAdvice {
     std::function<std::string(const std::string& Path)> Refusal;
 };
 
-// How long keys are dead after a question has appeared: long in the middle of a job, where somebody
-// may be typing something else; short right after the answer to another question.
-inline constexpr std::chrono::milliseconds kQuestionDeadTime{700};
-inline constexpr std::chrono::milliseconds kNextQuestionDeadTime{200};
-
 class ConflictQuestion {
 public:
-    using TimePoint = std::chrono::steady_clock::time_point;
-
-    // Keys other than Esc are ignored until KeysLiveFrom.
-    ConflictQuestion(TarvaneTransferConflict PostedConflict, RenameAdvice NameAdvice,
-                     TimePoint KeysLiveFrom);
-
-    struct Screen {
-        std::vector<ScreenLine> Lines;
-        BlockCursor Cursor;
-    };
-
-    // At most Size.Rows lines, laid out for the window. Where the list of answers does not fit, the
-    // keys alone are shown and `?` shows the list.
-    Screen Show(TerminalSize Size) const;
+    ConflictQuestion(TarvaneTransferConflict PostedConflict, RenameAdvice NameAdvice);
 
     // Takes one key. Nothing while the question is still open.
-    std::optional<ConflictAnswer> Handle(const KeyPress& Key, TimePoint Now);
+    std::optional<ConflictAnswer> Handle(const KeyPress& Key);
 
-    // "File exists: /x/cover.jpg: overwrite all", the line that stays when it has been answered.
+    // "File exists: /x/cover.jpg | overwrite all", the line that stays when it has been answered.
     // Clean; wrap it for the window. It has to be called after Handle has given the answer.
     std::string AnswerLine() const;
+
+    // What is to be shown.
+    const TarvaneTransferConflict& Asked() const { return Conflict; }
+    // The name that is being edited after `r`.
+    const std::optional<TextField>& NewName() const { return Rename; }
+    // The answer given removes a whole directory and waits for its second key.
+    bool IsConfirming() const { return ToConfirm.has_value(); }
+    // `?` asked for the list of answers where it does not fit beside the rest.
+    bool IsListWanted() const { return bListWanted; }
+    // Why the latest answer was not taken.
+    const std::string& WhyNotTaken() const { return Reason; }
 
 private:
     std::optional<ConflictAnswer> HandleLetter(char Letter);
@@ -64,23 +54,11 @@ private:
     std::optional<ConflictAnswer> KeepBoth(const ConflictChoice& Choice);
     std::optional<ConflictAnswer> Give(const ConflictChoice& Choice, std::string RenamePath);
 
-    Screen ShowChoices(TerminalSize Size) const;
-    Screen ShowRename(TerminalSize Size) const;
-    Screen ShowWith(const std::string& Keys, const std::string& LastLine, TerminalSize Size) const;
-    std::vector<BlockPart> PartsAbove(int Width) const;
-    Screen WithLastLine(std::vector<BlockPart> Parts, const std::string& LastLine,
-                        TerminalSize Size) const;
-
     const TarvaneTransferConflict Conflict;
     const RenameAdvice Advice;
-    const TimePoint LiveFrom;
-    // The line that is being edited after `r`.
     std::optional<TextField> Rename;
-    // The answer that waits for its second key.
     std::optional<ConflictChoice> ToConfirm;
-    // `?` was pressed.
     bool bListWanted = false;
-    // Why the latest answer was not taken.
     std::string Reason;
     // The answer in words.
     std::string Given;

@@ -1,62 +1,70 @@
 #include "flush_phase.h"
 
-#include "reporters.h"
+#include <csignal>
+#include <string>
 
 #include "progress_texts.h"
-
-#include <algorithm>
-#include <csignal>
+#include "prompt.h"
+#include "reporter.h"
 
 namespace {
 
-// Nothing tells when a flush is over, and most are over soon.
-constexpr std::chrono::microseconds kPause{20000};
+// Waits until everything is written or the wait is ended.
+class FlushWait : public Activity {
+public:
+    FlushWait(Flusher& FlushToWatch, const PromptContext& ContextToUse)
+        : Flush(FlushToWatch), Context(ContextToUse) {}
 
-bool IsToEnd(Prompt& Console, const Reporter& Output) {
-    if (Output.IsBroken() && !Console.End().IsAsked()) {
-        Console.End().Terminate(SIGPIPE, Prompt::Clock::now());
-    }
-    return Console.End().IsAsked();
-}
+    // As it was last seen: unfinished when the wait was ended.
+    const FlushProgress& Progress() const { return Latest; }
 
-// Returns the last look: unfinished when the wait was ended.
-FlushProgress AwaitFlush(Flusher& Watch, Prompt& Console, Reporter& Output) {
-    FlushProgress progress = Watch.Poll();
-    while (!progress.bFinished && !IsToEnd(Console, Output)) {
-        for (const KeyPress& key : Console.Wait(std::min(Console.UntilFrame(), kPause), -1)) {
-            if (key.Code == KeyCode::Escape) {
-                Console.End().Interrupt();
-            }
-        }
-        progress = Watch.Poll();
-        if (Console.TakeStatusRequest()) {
-            Console.PrintLine(FlushText(progress));
-        }
-        if (Console.TakeFrame()) {
-            Output.Flushing(progress);
+    void TakeKey(const KeyPress& Key) override {
+        if (Key.Code == KeyCode::Escape) {
+            Context.Loop.Requests().Interrupt();
         }
     }
-    return progress;
-}
+
+    bool IsOver() override {
+        EndRequest& requests = Context.Loop.Requests();
+        if (Context.Report.IsBroken() && !requests.IsAsked()) {
+            requests.Terminate(SIGPIPE, Context.Loop.Now());
+        }
+        Latest = Flush.Poll();
+        return Latest.bFinished || requests.IsAsked();
+    }
+
+    void Draw() override { Context.Report.FlushRuns(Latest); }
+    std::string StatusText() override { return FlushText(Latest); }
+    // Nothing tells when a flush is over, and most are over soon.
+    std::chrono::microseconds LongestWait() const override { return std::chrono::milliseconds(20); }
+
+private:
+    Flusher& Flush;
+    const PromptContext& Context;
+    FlushProgress Latest;
+};
 
 } // namespace
 
-void RunFlushPhase(Flusher& Watch, Prompt& Console, Reporter& Output, RunOutcome& Outcome) {
-    if (IsToEnd(Console, Output)) {
-        Outcome.bFlushed = false;
+void RunFlushPhase(Flusher& Flush, const PromptContext& Context, RunOutcome& InOutOutcome) {
+    EndRequest& requests = Context.Loop.Requests();
+    if (Context.Report.IsBroken() || requests.IsAsked()) {
+        InOutOutcome.bFlushed = false;
         return;
     }
-    Watch.Start();
-    const FlushProgress progress = AwaitFlush(Watch, Console, Output);
-    Console.Clear();
-    Outcome.bFlushed = progress.bFinished && progress.ErrorText.empty();
+    Flush.Start();
+    FlushWait wait(Flush, Context);
+    Context.Loop.Run(wait);
+    Context.Shown.Clear();
+    const FlushProgress& progress = wait.Progress();
+    InOutOutcome.bFlushed = progress.bFinished && progress.ErrorText.empty();
     if (!progress.bFinished) {
-        Outcome.EndSignal = Console.End().Signal();
+        InOutOutcome.EndSignal = requests.Signal();
         return;
     }
-    Output.Flushing(progress);
+    Context.Report.FlushIsOver(progress);
     if (!progress.ErrorText.empty()) {
-        Outcome.Result = RunResult::Failed;
-        Outcome.Text = progress.ErrorText;
+        InOutOutcome.Result = RunResult::Failed;
+        InOutOutcome.Text = progress.ErrorText;
     }
 }

@@ -1,158 +1,182 @@
 #include "job_phase.h"
 
-#include "free_name.h"
-#include "progress_texts.h"
-
 #include <algorithm>
 #include <csignal>
+#include <optional>
+#include <string>
 #include <utility>
+
+#include "conflict_desk.h"
+#include "conflict_question.h"
+#include "free_name.h"
+#include "key_guard.h"
+#include "progress_texts.h"
+#include "progress_watch.h"
+#include "prompt.h"
+#include "question_layout.h"
+#include "reporter.h"
+#include "transfer_session.h"
 
 namespace {
 
-using Action = TarvaneTransferConflictAction;
+class JobActivity : public Activity {
+public:
+    JobActivity(const TransferRequest& Request, TarvaneTransferPlan Plan,
+                const PromptContext& ContextToUse)
+        : Context(ContextToUse), Session(std::move(Plan)),
+          Desk(Session.Job(), ConflictPolicy(Request.OnConflict, Request.OnDirectoryConflict)) {}
 
-// Whoever has answered within this time is still looking at the screen.
-constexpr std::chrono::seconds kStillAttentive{2};
+    void TakeKey(const KeyPress& Key) override;
+    bool IsOver() override;
+    void Draw() override;
+    std::string StatusText() override;
+    int Descriptor() const override { return Session.OverFd(); }
+    std::chrono::microseconds LongestWait() const override { return Desk.Pause(); }
+    bool NeedsAnswer() const override { return Question.has_value(); }
 
-} // namespace
+    // Reports the last state. Requires: it is over.
+    RunOutcome Finish();
 
-TransferPhase::TransferPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
-                             Prompt& UserConsole, Reporter& UserOutput)
-    : Console(UserConsole), Output(UserOutput), bKeysBefore(UserConsole.TakesKeys()),
-      Session(std::move(Plan)),
-      Desk(Session.Job(), ConflictPolicy(Request.OnConflict, Request.OnDirectoryConflict)) {}
+private:
+    ProgressView View();
+    void FollowRequests();
+    void FollowDesk();
+    void Ask(const ConflictDesk::Question& Wanted);
+    void TakeAnswer(const ConflictAnswer& Answer);
+    void Report(const AnsweredConflict* Answered);
 
-RunOutcome TransferPhase::Run() {
-    Console.SetPartingSentence("left before the transfer has stopped; partial files may remain");
-    while (!Session.IsOver()) {
-        Heed(Console.Wait(Timeout(), Session.OverFd()));
-        HeedEnd();
-        AttendDesk();
-        if (Console.TakeStatusRequest()) {
-            const ProgressView view = Look();
-            Console.PrintLine(JobText(view.Snapshot, view.Claims));
-        }
-        if (Console.TakeFrame()) {
-            ShowFrame();
-        }
+    const PromptContext& Context;
+    TransferSession Session;
+    ConflictDesk Desk;
+    ProgressWatch Watch;
+    KeyGuard Guard;
+    std::optional<ConflictQuestion> Question;
+    std::uint64_t QuestionId = 0;
+};
+
+bool JobActivity::IsOver() {
+    FollowRequests();
+    FollowDesk();
+    return Session.IsOver();
+}
+
+void JobActivity::FollowRequests() {
+    EndRequest& requests = Context.Loop.Requests();
+    if (Context.Report.IsBroken() && !requests.IsAsked()) {
+        requests.Terminate(SIGPIPE, Context.Loop.Now());
     }
-    CloseQuestion();
-    Console.Clear();
-    Console.SetPartingSentence({});
-    Output.Running(Look());
-    return Outcome();
-}
-
-ProgressView TransferPhase::Look() {
-    const TarvaneTransferUiSnapshot snapshot = Session.Job().MakeUiSnapshot();
-    const bool bWaiting = Question.has_value();
-    return {snapshot, [this] { return Session.Job().MakeJobSnapshot().State; },
-            Watch.Observe(snapshot, bWaiting, Clock::now())};
-}
-
-void TransferPhase::ShowFrame() {
-    // Seen even while the question is shown, so that the wait for an answer is no stall.
-    const ProgressView view = Look();
-    if (!Question) {
-        Output.Running(view);
-        return;
-    }
-    Console.CallForAnswer();
-    const TerminalSize size = Console.Size();
-    const ConflictQuestion::Screen screen = Question->Show(size);
-    Console.Show(screen.Lines, size, screen.Cursor);
-}
-
-std::chrono::microseconds TransferPhase::Timeout() const {
-    return Question ? Console.UntilFrame() : std::min(Console.UntilFrame(), Desk.Pause());
-}
-
-void TransferPhase::Heed(const std::vector<KeyPress>& Keys) {
-    for (const KeyPress& key : Keys) {
-        if (!Question) {
-            if (key.Code == KeyCode::Escape) {
-                Console.End().Interrupt();
-            }
-            continue;
-        }
-        if (const std::optional<ConflictAnswer> answer = Question->Handle(key, Clock::now())) {
-            TakeAnswer(*answer);
-        }
-        Console.HurryFrame();
-    }
-}
-
-void TransferPhase::HeedEnd() {
-    if (Output.IsBroken() && !Console.End().IsAsked()) {
-        Console.End().Terminate(SIGPIPE, Clock::now());
-    }
-    if (Console.End().IsAsked() && !Session.Job().IsCancelRequested()) {
+    if (requests.IsAsked() && !Session.Job().IsCancelRequested()) {
         Session.Job().RequestCancel();
-        Console.HurryFrame();
+        Context.Loop.HurryFrame();
     }
 }
 
-void TransferPhase::AttendDesk() {
+void JobActivity::FollowDesk() {
     Report(Desk.Attend());
     if (!Desk.OpenQuestion()) {
-        CloseQuestion();
+        Question.reset();
     } else if (!Question) {
-        Ask();
+        Ask(*Desk.OpenQuestion());
     }
 }
 
-void TransferPhase::Ask() {
-    const std::string destination = Desk.OpenQuestion()->Conflict.DestinationPath;
+void JobActivity::Ask(const ConflictDesk::Question& Wanted) {
+    const std::string destination = Wanted.Conflict.DestinationPath;
     RenameAdvice advice;
     advice.ProposeFreePath = [destination] {
         return FreeNameBeside(destination).value_or(std::filesystem::path()).native();
     };
     advice.Refusal = [](const std::string& Path) { return RenameRefusal(Path); };
-    const Clock::time_point now = Clock::now();
-    const bool bAttentive = now - AnsweredAt < kStillAttentive;
-    QuestionId = Desk.OpenQuestion()->Id;
-    Question.emplace(Desk.OpenQuestion()->Conflict, std::move(advice),
-                     now + (bAttentive ? kNextQuestionDeadTime : kQuestionDeadTime));
-    Console.TakeKeys(true);
-    Console.HurryFrame();
+    Question.emplace(Wanted.Conflict, std::move(advice));
+    QuestionId = Wanted.Id;
+    Guard.QuestionAppears(Context.Loop.Now());
+    Context.Loop.HurryFrame();
 }
 
-void TransferPhase::TakeAnswer(const ConflictAnswer& Answer) {
-    Console.PrintLine(Question->AnswerLine());
-    CloseQuestion();
-    AnsweredAt = Clock::now();
-    if (Answer.Action == Action::Cancel) {
-        Console.End().Interrupt();
+void JobActivity::TakeKey(const KeyPress& Key) {
+    if (!Question) {
+        if (Key.Code == KeyCode::Escape) {
+            Context.Loop.Requests().Interrupt();
+        }
+        return;
+    }
+    if (!Guard.LetsThrough(Key, Context.Loop.Now())) {
+        return;
+    }
+    if (const std::optional<ConflictAnswer> answer = Question->Handle(Key)) {
+        TakeAnswer(*answer);
+    }
+}
+
+void JobActivity::TakeAnswer(const ConflictAnswer& Answer) {
+    Context.Shown.PrintLine(Question->AnswerLine());
+    Question.reset();
+    Guard.AnswerIsGiven(Context.Loop.Now());
+    if (Answer.Action == TarvaneTransferConflictAction::Cancel) {
+        Context.Loop.Requests().Interrupt();
     }
     Report(Desk.Answer(QuestionId, Answer));
 }
 
-void TransferPhase::CloseQuestion() {
-    if (Question) {
-        Question.reset();
-        Console.TakeKeys(bKeysBefore);
-    }
-}
-
-void TransferPhase::Report(const AnsweredConflict* Answered) {
+void JobActivity::Report(const AnsweredConflict* Answered) {
     if (Answered != nullptr) {
-        Output.Answered(*Answered);
+        Context.Report.ConflictIsAnswered(*Answered);
     }
 }
 
-RunOutcome TransferPhase::Outcome() {
+// Also while a question is shown, so that the wait for an answer is no stall.
+ProgressView JobActivity::View() {
     const TarvaneTransferUiSnapshot snapshot = Session.Job().MakeUiSnapshot();
-    RunOutcome outcome{.Result = RunResult::Failed, .Text = snapshot.MessageText};
-    if (snapshot.bSucceeded) {
+    const bool bWaiting = Question.has_value();
+    return {Session.Job(), snapshot, Watch.Observe(snapshot, bWaiting, Context.Loop.Now())};
+}
+
+void JobActivity::Draw() {
+    const ProgressView view = View();
+    if (!Question) {
+        if (!view.Snapshot.bFinished) {
+            Context.Report.JobRuns(view);
+        }
+        return;
+    }
+    const TerminalSize size = Context.Screen.Size();
+    const QuestionScreen screen = LayOutQuestion(*Question, size);
+    Context.Shown.Show(screen.Lines, size, screen.Cursor);
+}
+
+std::string JobActivity::StatusText() {
+    const ProgressView view = View();
+    return JobText(view.Snapshot, view.Claims);
+}
+
+RunOutcome JobActivity::Finish() {
+    const ProgressView view = View();
+    Context.Report.JobIsOver(view);
+    RunOutcome outcome{.Result = RunResult::Failed, .Text = view.Snapshot.MessageText};
+    if (view.Snapshot.bSucceeded) {
         outcome.Result = RunResult::Succeeded;
-    } else if (snapshot.bCanceled && Desk.FailSentence().empty()) {
+    } else if (view.Snapshot.bCanceled && Desk.FailSentence().empty()) {
         outcome.Result = RunResult::Canceled;
-    } else if (snapshot.bCanceled) {
+    } else if (view.Snapshot.bCanceled) {
         outcome.Text = Desk.FailSentence();
     }
     // A signal that ends programs decides the status even when the job was faster.
-    if (Console.End().IsAsked() && Console.End().Signal() != SIGINT) {
-        outcome.EndSignal = Console.End().Signal();
+    const EndRequest& requests = Context.Loop.Requests();
+    if (requests.IsAsked() && requests.Signal() != SIGINT) {
+        outcome.EndSignal = requests.Signal();
     }
     return outcome;
+}
+
+} // namespace
+
+RunOutcome RunJobPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
+                       const PromptContext& Context) {
+    JobActivity job(Request, std::move(Plan), Context);
+    Context.Shown.SetPartingSentence(
+        "left before the transfer has stopped; partial files may remain");
+    Context.Loop.Run(job);
+    Context.Shown.Clear();
+    Context.Shown.SetPartingSentence({});
+    return job.Finish();
 }

@@ -52,15 +52,6 @@ Json NumberOrNull(bool bKnown, Number Value) {
     return bKnown ? Json(Value) : Json(nullptr);
 }
 
-// The job's texts name the path for people; nothing else holds it.
-std::string ShownPath(const TarvaneTransferUiSnapshot& Snapshot) {
-    const std::string prefix = "Current: ";
-    if (!Snapshot.PathText.starts_with(prefix) || Snapshot.PathText == prefix + "Waiting...") {
-        return {};
-    }
-    return Snapshot.PathText.substr(prefix.size());
-}
-
 const char* AnswerName(TarvaneTransferConflictAction Action) {
     switch (Action) {
     case TarvaneTransferConflictAction::Merge:
@@ -126,9 +117,9 @@ std::string ProgressRecord(const ProgressView& View) {
     const TarvaneTransferUiSnapshot& snapshot = View.Snapshot;
     const bool bCounted = snapshot.TotalItems > 0;
     Json record = Record("progress");
-    Put(record, "stage", View.StageLabel());
+    Put(record, "stage", View.Job.MakeJobSnapshot().State);
     Put(record, "status", snapshot.MessageText);
-    PutOrNull(record, "path", ShownPath(snapshot));
+    PutOrNull(record, "path", View.Job.GetCurrentPath());
     record["percent"] = NumberOrNull(bCounted || snapshot.bFinished, View.Claims.Percent);
     record["done_bytes"] = snapshot.DoneBytes;
     record["total_bytes"] = NumberOrNull(bCounted, snapshot.TotalBytes);

@@ -12,7 +12,7 @@
 // "progress": at the start, then as often as the interval says, and once at the end.
 //     stage       "Preparing", "Copying", ...
 //     status      the job's own words
-//     path        what it works on, shortened in the middle beyond 88 bytes; null before the first
+//     path        what it works on; null before the first
 //     percent     of the whole, 100 only at the end; null before everything is counted
 //     done_bytes, total_bytes, done_items, total_items   the totals null before they are counted
 //     file_done_bytes, file_total_bytes

@@ -1,145 +1,152 @@
 #include "preflight_phase.h"
 
-#include "preflight_thread.h"
-#include "preflight_verdict.h"
-#include "reporters.h"
-
-#include "progress_texts.h"
+#include <cstdint>
 #include <string>
 
-namespace {
+#include "block_layout.h"
+#include "key_guard.h"
+#include "preflight_thread.h"
+#include "preflight_verdict.h"
+#include "progress_texts.h"
+#include "prompt.h"
+#include "reporter.h"
 
-using Clock = Prompt::Clock;
+namespace {
 
 // How long a look that is to stop may take before the run goes on without its result.
 constexpr std::chrono::milliseconds kStopTime{500};
 // On a terminal more of one kind would push the rest out of sight.
 constexpr std::uint64_t kListedOnScreen = 5;
-// Keys are dead for a moment, so that what was typed before the question cannot answer it.
-constexpr std::chrono::milliseconds kDeadTime{700};
 
-RunOutcome CanceledOutcome(Prompt& Console) {
+RunOutcome CanceledOutcome(EndRequest& Requests) {
     RunOutcome outcome{.Result = RunResult::Canceled,
                        .Text = "Canceled before anything was touched."};
-    if (Console.End().IsAsked()) {
-        outcome.EndSignal = Console.End().Signal();
+    if (Requests.IsAsked()) {
+        outcome.EndSignal = Requests.Signal();
     }
     return outcome;
 }
 
-bool HasEscape(const std::vector<KeyPress>& Keys) {
-    for (const KeyPress& key : Keys) {
-        if (key.Code == KeyCode::Escape) {
-            return true;
-        }
-    }
-    return false;
-}
+// Waits until the look is over, hangs although it is to stop, or the program is to end.
+class PreflightWait : public Activity {
+public:
+    PreflightWait(PreflightThread& RunningLook, const PromptContext& ContextToUse)
+        : Look(RunningLook), Context(ContextToUse) {}
 
-// Waits for the look. False when there is nothing to wait for any more: it hangs or the program is
-// to end.
-bool AwaitLook(PreflightThread& Look, Prompt& Console, Reporter& Output) {
-    std::optional<Clock::time_point> deadline;
-    while (!Look.IsOver()) {
-        if (HasEscape(Console.Wait(Console.UntilFrame(), Look.OverFd())) && !deadline) {
+    void TakeKey(const KeyPress& Key) override {
+        if (Key.Code == KeyCode::Escape && !Deadline) {
             Look.RequestStop();
-            deadline = Clock::now() + kStopTime;
-        }
-        if (Console.End().IsAsked() || (deadline && Clock::now() >= *deadline)) {
-            return false;
-        }
-        if (Console.TakeStatusRequest()) {
-            Console.PrintLine(PreflightText(Look.EntriesSeen()));
-        }
-        if (Console.TakeFrame()) {
-            Output.Looking(Look.EntriesSeen());
+            Deadline = Context.Loop.Now() + kStopTime;
         }
     }
-    return true;
+
+    bool IsOver() override {
+        return Look.IsOver() || Context.Loop.Requests().IsAsked() ||
+               (Deadline && Context.Loop.Now() >= *Deadline);
+    }
+
+    void Draw() override { Context.Report.PreflightRuns(Look.EntriesSeen()); }
+    std::string StatusText() override { return PreflightText(Look.EntriesSeen()); }
+    int Descriptor() const override { return Look.OverFd(); }
+
+private:
+    PreflightThread& Look;
+    const PromptContext& Context;
+    std::optional<Terminal::TimePoint> Deadline;
+};
+
+// Waits for a yes or a no. Enter alone does not go on.
+class GoOnQuestion : public Activity {
+public:
+    GoOnQuestion(std::string QuestionToAsk, const PromptContext& ContextToUse)
+        : Question(std::move(QuestionToAsk)), Context(ContextToUse) {
+        Guard.QuestionAppears(Context.Loop.Now());
+    }
+
+    bool IsYes() const { return bAnswer.value_or(false); }
+
+    void TakeKey(const KeyPress& Key) override {
+        if (bAnswer || !Guard.LetsThrough(Key, Context.Loop.Now())) {
+            return;
+        }
+        if (Key.Code == KeyCode::Escape || Key.Code == KeyCode::Enter || Key.Text == "n") {
+            bAnswer = false;
+        } else if (Key.Text == "y") {
+            bAnswer = true;
+        }
+    }
+
+    bool IsOver() override { return bAnswer || Context.Loop.Requests().IsAsked(); }
+    bool NeedsAnswer() const override { return true; }
+    std::string StatusText() override { return "Waiting for an answer."; }
+
+    void Draw() override {
+        const TerminalSize size = Context.Screen.Size();
+        const int width = LayoutWidth(size);
+        const std::vector<ScreenLine> lines =
+            FitToRows({WordsPart(1, "y yes  n or Enter no", width), WordsPart(2, Question, width)},
+                      size.Rows);
+        Context.Shown.Show(lines, size, BlockCursor{lines.size() - 1, lines.back().Text + " "});
+    }
+
+private:
+    std::string Question;
+    const PromptContext& Context;
+    KeyGuard Guard;
+    std::optional<bool> bAnswer;
+};
+
+bool AskWhetherToGoOn(const std::string& Question, const PromptContext& Context) {
+    GoOnQuestion asked(Question, Context);
+    Context.Loop.HurryFrame();
+    Context.Loop.Run(asked);
+    Context.Shown.Clear();
+    Context.Shown.PrintLine(Question + (asked.IsYes() ? " yes" : " no"));
+    return asked.IsYes();
 }
 
-// Enter alone does not go on.
-std::optional<bool> AnswerOf(const KeyPress& Key) {
-    if (Key.Code == KeyCode::Escape || Key.Code == KeyCode::Enter || Key.Text == "n") {
-        return false;
-    }
-    if (Key.Text == "y") {
-        return true;
+std::optional<RunOutcome> FollowVerdict(const PreflightVerdict& Verdict,
+                                        const PromptContext& Context) {
+    switch (Verdict.Decision) {
+    case PreflightVerdict::Kind::GoOn:
+        return std::nullopt;
+    case PreflightVerdict::Kind::Ask:
+        if (AskWhetherToGoOn(Verdict.Question, Context)) {
+            return std::nullopt;
+        }
+        return CanceledOutcome(Context.Loop.Requests());
+    case PreflightVerdict::Kind::Stop:
+        return Verdict.Outcome;
     }
     return std::nullopt;
-}
-
-std::optional<bool> AwaitAnswer(Prompt& Console, const std::string& Question) {
-    const Clock::time_point liveFrom = Clock::now() + kDeadTime;
-    while (!Console.End().IsAsked()) {
-        for (const KeyPress& key : Console.Wait(Console.UntilFrame(), -1)) {
-            const std::optional<bool> bAnswer = AnswerOf(key);
-            if (bAnswer && (Clock::now() >= liveFrom || key.Code == KeyCode::Escape)) {
-                return bAnswer;
-            }
-        }
-        Console.CallForAnswer();
-        if (Console.TakeStatusRequest()) {
-            Console.PrintLine("Waiting for an answer.");
-        }
-        if (Console.TakeFrame()) {
-            const TerminalSize size = Console.Size();
-            const int width = LayoutWidth(size);
-            const std::vector<ScreenLine> lines = FitToRows(
-                {WordsPart(1, "y yes  n or Enter no", width), WordsPart(2, Question, width)},
-                size.Rows);
-            Console.Show(lines, size, BlockCursor{lines.size() - 1, lines.back().Text + " "});
-        }
-    }
-    return std::nullopt;
-}
-
-bool AskWhetherToGoOn(const std::string& Question, Prompt& Console) {
-    const bool bKeysBefore = Console.TakesKeys();
-    Console.TakeKeys(true);
-    Console.HurryFrame();
-    const bool bYes = AwaitAnswer(Console, Question).value_or(false);
-    Console.TakeKeys(bKeysBefore);
-    Console.PrintLine(Question + (bYes ? " yes" : " no"));
-    return bYes;
 }
 
 } // namespace
 
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
-                                            const TarvaneTransferPlan& Plan, Prompt& Console,
-                                            Reporter& Output) {
+                                            const TarvaneTransferPlan& Plan,
+                                            const PromptContext& Context) {
     PreflightThread look(Plan);
-    const bool bOver = AwaitLook(look, Console, Output);
-    Console.Clear();
-    if (Console.End().IsAsked()) {
-        return CanceledOutcome(Console);
+    PreflightWait wait(look, Context);
+    Context.Loop.Run(wait);
+    Context.Shown.Clear();
+    if (Context.Loop.Requests().IsAsked()) {
+        return CanceledOutcome(Context.Loop.Requests());
     }
-    if (!bOver) {
+    if (!look.IsOver()) {
         // Skipped while a file system keeps the look waiting.
         return std::nullopt;
     }
     if (!look.Failure().empty()) {
-        Console.PrintMessage("cannot look through the sources: " + look.Failure());
+        Context.Shown.PrintMessage("cannot look through the sources: " + look.Failure());
         return std::nullopt;
     }
     const PreflightResult& result = look.Result();
-    const std::uint64_t listed =
-        Console.CanAsk() ? kListedOnScreen : PreflightFindings::kKeptPerKind;
+    const bool bCanAsk = Context.Screen.CanAsk();
+    const std::uint64_t listed = bCanAsk ? kListedOnScreen : PreflightFindings::kKeptPerKind;
     for (const std::string& sentence : DescribeFindings(result.Findings, listed)) {
-        Console.PrintMessage(sentence);
+        Context.Shown.PrintMessage(sentence);
     }
-    Output.Looked(result);
-    const PreflightVerdict verdict = JudgePreflight(Request, result, Console.CanAsk());
-    switch (verdict.Decision) {
-    case PreflightVerdict::Kind::GoOn:
-        break;
-    case PreflightVerdict::Kind::Ask:
-        return AskWhetherToGoOn(verdict.Question, Console)
-                   ? std::nullopt
-                   : std::optional(CanceledOutcome(Console));
-    case PreflightVerdict::Kind::Stop:
-        return verdict.Outcome;
-    }
-    return std::nullopt;
+    Context.Report.PreflightIsOver(result);
+    return FollowVerdict(JudgePreflight(Request, result, bCanAsk), Context);
 }

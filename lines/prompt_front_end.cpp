@@ -1,113 +1,141 @@
 #include "prompt_front_end.h"
 
-#include "completion_bell.h"
-#include "flush_phase.h"
-#include "job_phase.h"
-#include "plan_builder.h"
-#include "preflight_phase.h"
-#include "prompt.h"
-#include "reporters.h"
-#include "screen_text.h"
-#include "tarvanepane.h"
-#include "track_fetch.h"
-#include "verbose_lines.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <memory>
+#include <optional>
 #include <string>
 #include <unistd.h>
 #include <utility>
 #include <variant>
-#include <vector>
+
+#include "completion_bell.h"
+#include "flush_phase.h"
+#include "job_phase.h"
+#include "plan_builder.h"
+#include "plan_sources.h"
+#include "preflight_phase.h"
+#include "prompt.h"
+#include "reporters.h"
+#include "track_wait.h"
+#include "verbose_lines.h"
 
 namespace {
 
-void PrintSentence(const std::string& Sentence) {
-    OutputQueue errors(STDERR_FILENO);
-    errors.Add(CleanForScreen("tarvane: " + Sentence));
-    errors.Finish();
-}
-
-// One transfer from its plan to its last line.
-class LineFrontEnd {
+// One run from the request to its last line.
+class PromptFrontEnd {
 public:
-    LineFrontEnd(const PromptRequest& UserRequest, TarvaneTransferPlan UserPlan,
-                 ExitStatusFunction ExitStatusForOutcome)
+    PromptFrontEnd(const PromptRequest& UserRequest, Terminal& TerminalToUse,
+                   ExitStatusFunction ExitStatusForOutcome)
         : Request(UserRequest), Transfer(Request.Transfer), ExitStatusOf(ExitStatusForOutcome),
-          Plan(std::move(UserPlan)),
-          Flush(DirectoriesToFlush(Plan, Transfer.bDryRun ? FlushChoice::Never : Transfer.Flush)),
-          Console(ExitStatusOf), Output(MakeOutput()), Results(STDOUT_FILENO) {}
+          Screen(TerminalToUse), Shown(Screen, ExitStatusOf), Loop(Screen, Shown),
+          Report(MakeReporter()), Results(STDOUT_FILENO) {}
 
-    RunOutcome Run() {
-        RunOutcome outcome = RunPhases();
-        Output->Ended(outcome, ExitStatusOf(outcome));
-        Console.Close();
-        SayEnd(outcome);
-        FinishOutputs(outcome);
-        return outcome;
-    }
+    RunOutcome Run();
 
 private:
     bool IsJson() const { return Request.Progress == ProgressStyle::Json; }
-    std::unique_ptr<Reporter> MakeOutput();
-    RunOutcome RunPhases();
-    void SayWhatGoesWhere();
-    void SayThatTracksStay();
+    std::unique_ptr<Reporter> MakeReporter();
+    PromptContext Context() { return {Screen, Shown, Loop, *Report}; }
+
+    BuiltPlan Plan();
+    RunOutcome Refuse(const PlanRefusal& Refusal);
+    RunOutcome Carry(TarvaneTransferPlan Plan);
+    void SayWhatGoesWhere(const TarvaneTransferPlan& Plan);
+    void SayThatTracksStay(const TarvaneTransferPlan& Plan);
     void SayDone(const std::string& Text);
     void SayEnd(const RunOutcome& Outcome);
-    void FinishOutputs(RunOutcome& Outcome);
+    void FinishOutputs(RunOutcome& InOutOutcome);
 
     const PromptRequest& Request;
     const TransferRequest& Transfer;
     ExitStatusFunction ExitStatusOf;
-    TarvaneTransferPlan Plan;
-    Flusher Flush;
-    Prompt Console;
-    std::unique_ptr<Reporter> Output;
+    Terminal& Screen;
+    Prompt Shown;
+    InterfaceLoop Loop;
+    std::unique_ptr<Reporter> Report;
     // Standard output, unless the records go there.
     OutputQueue Results;
 };
 
-std::unique_ptr<Reporter> LineFrontEnd::MakeOutput() {
+RunOutcome PromptFrontEnd::Run() {
+    BuiltPlan built = Plan();
+    if (const auto* refusal = std::get_if<PlanRefusal>(&built)) {
+        return Refuse(*refusal);
+    }
+    RunOutcome outcome = Carry(std::get<TarvaneTransferPlan>(std::move(built)));
+    Report->RunIsOver(outcome, ExitStatusOf(outcome));
+    Shown.Close();
+    SayEnd(outcome);
+    FinishOutputs(outcome);
+    return outcome;
+}
+
+std::unique_ptr<Reporter> PromptFrontEnd::MakeReporter() {
     const ProgressStyle style = Request.Progress;
     if (IsJson()) {
-        return MakeJsonOutput(Request.IntervalSeconds);
+        return MakeJsonReporter(Screen, Request.IntervalSeconds);
     }
     if (Request.bQuiet || style == ProgressStyle::None) {
         return std::make_unique<Reporter>();
     }
-    if (style != ProgressStyle::Lines && Console.CanRedraw()) {
-        Console.TakeKeys(true);
-        return MakeLiveOutput(Console);
+    if (style != ProgressStyle::Lines && Screen.CanRedraw()) {
+        return MakeLiveReporter(Screen, Shown);
     }
-    if (style == ProgressStyle::Lines || Console.IsTerminal()) {
-        return MakeLinesOutput(Console, Request.IntervalSeconds);
+    if (style == ProgressStyle::Lines || Screen.IsOutputTerminal()) {
+        return MakeLinesReporter(Screen, Shown, Request.IntervalSeconds);
     }
     return std::make_unique<Reporter>();
 }
 
-RunOutcome LineFrontEnd::RunPhases() {
+BuiltPlan PromptFrontEnd::Plan() {
+    return BuildPlan(Transfer, [this](const std::string& Device) {
+        return ListTracksAtPrompt(Device, Context());
+    });
+}
+
+RunOutcome PromptFrontEnd::Refuse(const PlanRefusal& Refusal) {
+    Shown.Close();
+    for (const std::string& sentence : Refusal.Sentences) {
+        Shown.PrintMessage(sentence);
+    }
+    Shown.Finish();
+    switch (Refusal.Kind) {
+    case PlanRefusalKind::WrongUsage:
+        return {.Result = RunResult::WrongUsage};
+    case PlanRefusalKind::Failed:
+        return {.Result = RunResult::Failed};
+    case PlanRefusalKind::Canceled:
+        return {.Result = RunResult::Canceled, .EndSignal = Loop.Requests().Signal()};
+    }
+    return {.Result = RunResult::Failed};
+}
+
+RunOutcome PromptFrontEnd::Carry(TarvaneTransferPlan Plan) {
+    const PromptContext context = Context();
+    // Opened before the job, or failures to write would be reported to others.
+    Flusher flush(DirectoriesToFlush(Plan, Transfer.bDryRun ? FlushChoice::Never : Transfer.Flush));
     if (Transfer.bPreflight || Transfer.bDryRun) {
-        if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, Console, *Output)) {
+        if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, context)) {
             return *end;
         }
     }
     if (Transfer.bDryRun) {
         return {.Result = RunResult::Failed, .Text = "the look through the sources has no result"};
     }
-    SayWhatGoesWhere();
-    SayThatTracksStay();
-    RunOutcome outcome = TransferPhase(Transfer, std::move(Plan), Console, *Output).Run();
-    if (outcome.Result == RunResult::Succeeded && Flush.HasAnythingToFlush()) {
+    SayWhatGoesWhere(Plan);
+    SayThatTracksStay(Plan);
+    RunOutcome outcome = RunJobPhase(Transfer, std::move(Plan), context);
+    if (outcome.Result == RunResult::Succeeded && flush.HasAnythingToFlush()) {
         SayDone(outcome.Text);
-        RunFlushPhase(Flush, Console, *Output, outcome);
+        RunFlushPhase(flush, context, outcome);
     }
     return outcome;
 }
 
-void LineFrontEnd::SayWhatGoesWhere() {
+void PromptFrontEnd::SayWhatGoesWhere(const TarvaneTransferPlan& Plan) {
     if (!Request.bVerbose || IsJson()) {
         return;
     }
@@ -115,27 +143,26 @@ void LineFrontEnd::SayWhatGoesWhere() {
         Results.Add(VerboseLine(item));
     }
     if (Results.Error() == EPIPE) {
-        Console.End().Terminate(SIGPIPE, Prompt::Clock::now());
-    }
-}
-
-void LineFrontEnd::SayDone(const std::string& Text) {
-    if (!Request.bQuiet && !IsJson()) {
-        Console.PrintLine(Text);
+        Loop.Requests().Terminate(SIGPIPE, Loop.Now());
     }
 }
 
 // A move that leaves its sources where they are is no mistake, but nothing that users expect.
-void LineFrontEnd::SayThatTracksStay() {
-    const bool bTracks = std::any_of(Plan.Items.begin(), Plan.Items.end(), [](const auto& Item) {
-        return TarvaneIsCddaPath(Item.SourcePath.native());
-    });
+void PromptFrontEnd::SayThatTracksStay(const TarvaneTransferPlan& Plan) {
+    const bool bTracks =
+        std::ranges::any_of(Plan.Items, [](const auto& Item) { return IsCdPath(Item.SourcePath); });
     if (Plan.bMove && bTracks && !Request.bQuiet) {
-        Console.PrintMessage("the tracks of a CD are copied: nothing can be removed from a disc");
+        Shown.PrintMessage("the tracks of a CD are copied: nothing can be removed from a disc");
     }
 }
 
-void LineFrontEnd::SayEnd(const RunOutcome& Outcome) {
+void PromptFrontEnd::SayDone(const std::string& Text) {
+    if (!Request.bQuiet && !IsJson()) {
+        Shown.PrintLine(Text);
+    }
+}
+
+void PromptFrontEnd::SayEnd(const RunOutcome& Outcome) {
     if (Transfer.bDryRun && Outcome.Result != RunResult::Canceled) {
         if (!IsJson()) {
             Results.Add(Outcome.Text);
@@ -143,7 +170,7 @@ void LineFrontEnd::SayEnd(const RunOutcome& Outcome) {
         return;
     }
     if (Outcome.Result == RunResult::Failed) {
-        Console.PrintMessage(Outcome.Text);
+        Shown.PrintMessage(Outcome.Text);
         return;
     }
     if (!Outcome.bFlushed) {
@@ -156,77 +183,42 @@ void LineFrontEnd::SayEnd(const RunOutcome& Outcome) {
     }
 }
 
-void LineFrontEnd::FinishOutputs(RunOutcome& Outcome) {
-    const int recordsError = Output->Finish();
+void PromptFrontEnd::FinishOutputs(RunOutcome& InOutOutcome) {
+    const int recordsError = Report->Finish();
     Results.Finish();
-    Console.Finish();
     if (!Request.bQuiet && TakeTarvaneCompletionBell()) {
-        Console.RingBell();
+        Shown.RingBell();
     }
     const int error = recordsError != 0 ? recordsError : Results.Error();
     if (error == EPIPE) {
-        Outcome.EndSignal = SIGPIPE;
+        InOutOutcome.EndSignal = SIGPIPE;
     } else if (error != 0) {
-        PrintSentence(std::string("write error: ") + std::strerror(error));
-        if (Outcome.Result == RunResult::Succeeded) {
-            Outcome.Result = RunResult::Failed;
+        Shown.PrintMessage(std::string("write error: ") + std::strerror(error));
+        if (InOutOutcome.Result == RunResult::Succeeded) {
+            InOutOutcome.Result = RunResult::Failed;
         }
     }
+    Shown.Finish();
 }
 
 // Why the request cannot be carried out here; empty when it can.
-std::string WhyNotHere(const PromptRequest& Request) {
-    if (Request.Progress == ProgressStyle::Live && !CanRedrawHere()) {
+std::string WhyNotHere(const PromptRequest& Request, const Terminal& Screen) {
+    if (Request.Progress == ProgressStyle::Live && !Screen.CanRedraw()) {
         return "--progress=live needs a terminal that can redraw lines on standard error; pass "
                "--progress=lines or another style";
     }
-    return CanAskHere() ? std::string() : SentenceIfNobodyCanBeAsked(Request.Transfer);
-}
-
-std::variant<TrackList, TrackListFailure> WaitForTracks(const std::string& Device,
-                                                        int& OutEndSignal) {
-    TrackList list;
-    std::string reason;
-    switch (FetchTrackList(Device, list, reason, OutEndSignal)) {
-    case TrackFetchResult::Fetched:
-        return list;
-    case TrackFetchResult::Failed:
-        return TrackListFailure{reason};
-    case TrackFetchResult::Canceled:
-        break;
-    }
-    return TrackListFailure{};
-}
-
-RunOutcome OutcomeOf(PlanRefusalKind Kind, int EndSignal) {
-    switch (Kind) {
-    case PlanRefusalKind::WrongUsage:
-        return {.Result = RunResult::WrongUsage};
-    case PlanRefusalKind::Failed:
-        return {.Result = RunResult::Failed};
-    case PlanRefusalKind::Canceled:
-        break;
-    }
-    return {.Result = RunResult::Canceled, .EndSignal = EndSignal};
+    return Screen.CanAsk() ? std::string() : SentenceIfNobodyCanBeAsked(Request.Transfer);
 }
 
 } // namespace
 
-RunOutcome RunAtPrompt(const PromptRequest& Request, ExitStatusFunction ExitStatusOf) {
-    if (const std::string reason = WhyNotHere(Request); !reason.empty()) {
-        PrintSentence(reason);
+RunOutcome RunAtPrompt(const PromptRequest& Request, Terminal& Screen,
+                       ExitStatusFunction ExitStatusOf) {
+    if (const std::string reason = WhyNotHere(Request, Screen); !reason.empty()) {
+        Prompt prompt(Screen, ExitStatusOf);
+        prompt.PrintMessage(reason);
+        prompt.Finish();
         return {.Result = RunResult::WrongUsage, .Text = reason};
     }
-    int endSignal = 0;
-    BuiltPlan built = BuildPlan(Request.Transfer, [&endSignal](const std::string& Device) {
-        return WaitForTracks(Device, endSignal);
-    });
-    if (const auto* refusal = std::get_if<PlanRefusal>(&built)) {
-        for (const std::string& sentence : refusal->Sentences) {
-            PrintSentence(sentence);
-        }
-        return OutcomeOf(refusal->Kind, endSignal);
-    }
-    return LineFrontEnd(Request, std::get<TarvaneTransferPlan>(std::move(built)), ExitStatusOf)
-        .Run();
+    return PromptFrontEnd(Request, Screen, ExitStatusOf).Run();
 }

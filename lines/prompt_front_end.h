@@ -4,9 +4,11 @@
 
 #include "exit_status_function.h"
 #include "prompt_request.h"
+#include "run_outcome.h"
+#include "terminal.h"
 
-// Carries the request out and returns how that has ended. Progress and messages go to
-// standard error; JSON Lines, the lines of -v and the totals of a dry run to standard output.
-//
-// Requires: the only thread of the program.
-RunOutcome RunAtPrompt(const PromptRequest& Request, ExitStatusFunction ExitStatusOf);
+// Carries the request out and returns how that has ended. Progress and messages go to standard
+// error, which is what the terminal shows on; JSON Lines, the lines of -v and the totals of a dry
+// run to standard output.
+RunOutcome RunAtPrompt(const PromptRequest& Request, Terminal& Screen,
+                       ExitStatusFunction ExitStatusOf);

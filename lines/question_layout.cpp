@@ -8,6 +8,21 @@
 
 namespace {
 
+// How much the parts of the question matter where the window is too small.
+enum PartImportance {
+    kOldFileNotePart,
+    kSourcePathPart,
+    kDestinationFactsPart,
+    kSourceFactsPart,
+    kTitlePart,
+    kChoicesPart,
+    kWarningPart,
+    kReasonPart,
+    kLastLinePart,
+};
+
+// Below it the line with the new name has no label.
+constexpr int kNarrowWidth = 24;
 constexpr const char* kBetween = "  ";
 
 BlockPart LossPart(const TarvaneTransferConflict& Conflict, int Width) {
@@ -19,8 +34,6 @@ BlockPart LossPart(const TarvaneTransferConflict& Conflict, int Width) {
     }
     return part;
 }
-
-} // namespace
 
 std::vector<BlockPart> ConflictParts(const TarvaneTransferConflict& Conflict, int Width) {
     const std::string title = ConflictTitle(Conflict);
@@ -35,6 +48,7 @@ std::vector<BlockPart> ConflictParts(const TarvaneTransferConflict& Conflict, in
     };
 }
 
+// The answers with their keys, as many in a line as fit; none is broken if a line has room for it.
 BlockPart ChoicesPart(TarvaneTransferConflictKind Kind, int Width) {
     std::vector<std::string> entries;
     for (const ConflictChoice& choice : ChoicesFor(Kind)) {
@@ -66,10 +80,78 @@ BlockPart ChoicesPart(TarvaneTransferConflictKind Kind, int Width) {
     return part;
 }
 
+// The keys alone, where there is no room for the answers: "[mMsS Esc, ? lists] ".
 std::string ShortChoices(TarvaneTransferConflictKind Kind) {
     std::string letters;
     for (const ConflictChoice& choice : ChoicesFor(Kind)) {
         letters += choice.Letter;
     }
     return "[" + letters + " Esc, ? lists] ";
+}
+
+std::size_t RowsOf(const std::vector<BlockPart>& Parts) {
+    std::size_t rows = 0;
+    for (const BlockPart& part : Parts) {
+        rows += part.Lines.size();
+    }
+    return rows;
+}
+
+std::vector<BlockPart> PartsAbove(const ConflictQuestion& Question, int Width) {
+    std::vector<BlockPart> parts = ConflictParts(Question.Asked(), Width);
+    parts.push_back(WordsPart(kReasonPart, Question.WhyNotTaken(), Width));
+    return parts;
+}
+
+QuestionScreen WithLastLine(std::vector<BlockPart> Parts, const std::string& LastLine,
+                            TerminalSize Size) {
+    const std::string shown = WrapAtColumns(LastLine, LayoutWidth(Size)).front();
+    Parts.push_back({kLastLinePart, {{shown}}});
+    QuestionScreen screen;
+    screen.Lines = FitToRows(std::move(Parts), Size.Rows);
+    screen.Cursor = {screen.Lines.size() - 1, shown};
+    return screen;
+}
+
+QuestionScreen LayOutWith(const ConflictQuestion& Question, const std::string& Keys,
+                          const std::string& LastLine, TerminalSize Size) {
+    std::vector<BlockPart> parts = PartsAbove(Question, LayoutWidth(Size));
+    parts.push_back(WordsPart(kChoicesPart, Keys, LayoutWidth(Size)));
+    return WithLastLine(std::move(parts), LastLine, Size);
+}
+
+QuestionScreen LayOutChoices(const ConflictQuestion& Question, TerminalSize Size) {
+    const TarvaneTransferConflictKind kind = Question.Asked().Kind;
+    std::vector<BlockPart> parts = PartsAbove(Question, LayoutWidth(Size));
+    BlockPart choices = ChoicesPart(kind, LayoutWidth(Size));
+    const auto rows = static_cast<std::size_t>(Size.Rows);
+    const std::size_t choicesRows = choices.Lines.size() + 1;
+    if (RowsOf(parts) + choicesRows <= rows || (Question.IsListWanted() && choicesRows <= rows)) {
+        parts.push_back(std::move(choices));
+        return WithLastLine(std::move(parts), "? ", Size);
+    }
+    return WithLastLine(std::move(parts), ShortChoices(kind), Size);
+}
+
+QuestionScreen LayOutRename(const ConflictQuestion& Question, TerminalSize Size) {
+    const int width = LayoutWidth(Size);
+    const std::string label = width < kNarrowWidth ? "" : "Rename to: ";
+    const TextField::View view = Question.NewName()->Visible(width - DisplayWidth(label));
+    QuestionScreen screen = LayOutWith(Question, "Enter use this name  Esc back to the answers",
+                                       label + view.Shown, Size);
+    screen.Cursor.Prefix = label + view.BeforeCursor;
+    return screen;
+}
+
+} // namespace
+
+QuestionScreen LayOutQuestion(const ConflictQuestion& Question, TerminalSize Size) {
+    if (Question.NewName()) {
+        return LayOutRename(Question, Size);
+    }
+    if (Question.IsConfirming()) {
+        return LayOutWith(Question, "y remove it and go on  any other key: back",
+                          "Remove the directory? ", Size);
+    }
+    return LayOutChoices(Question, Size);
 }

@@ -1,32 +1,18 @@
-// How the question about a taken name is laid out, as parts of a block.
+// How the question about a taken name is laid out.
 
 #pragma once
 
-#include <string>
 #include <vector>
 
+#include "block_drawer.h"
 #include "block_layout.h"
-#include "tarvanetransfer.h"
+#include "conflict_question.h"
 
-// How much the parts of the question matter where the window is too small.
-enum ConflictPartImportance {
-    kOldFileNotePart,
-    kSourcePathPart,
-    kDestinationFactsPart,
-    kSourceFactsPart,
-    kTitlePart,
-    kChoicesPart,
-    kWarningPart,
-    kReasonPart,
-    kLastLinePart,
+struct QuestionScreen {
+    std::vector<ScreenLine> Lines;
+    BlockCursor Cursor;
 };
 
-// Both sides with path, size and date, how the source compares with the destination, and what an
-// answer could lose beyond what it says by itself.
-std::vector<BlockPart> ConflictParts(const TarvaneTransferConflict& Conflict, int Width);
-
-// The answers with their keys, as many in a line as fit; none is broken if a line has room for it.
-BlockPart ChoicesPart(TarvaneTransferConflictKind Kind, int Width);
-
-// The keys alone, where there is no room for the answers: "[mMsS Esc, ? lists] ".
-std::string ShortChoices(TarvaneTransferConflictKind Kind);
+// At most Size.Rows lines, laid out for the window. Where the list of answers does not fit, the
+// keys alone are shown and `?` shows the list.
+QuestionScreen LayOutQuestion(const ConflictQuestion& Question, TerminalSize Size);

@@ -2,26 +2,25 @@
 
 #pragma once
 
+#include <cstdint>
+
 #include "conflict_desk.h"
 #include "flusher.h"
-#include "preflight.h"
+#include "preflight_result.h"
 #include "progress_watch.h"
 #include "run_outcome.h"
 #include "tarvanetransfer.h"
 
-#include <functional>
-#include <string>
-
-// One look at a running job.
+// A running job at one moment.
 struct ProgressView {
+    // For what is worth asking only when it is written down.
+    const TarvaneTransferJob& Job;
     TarvaneTransferUiSnapshot Snapshot;
-    // Asks for the label of the stage, which costs more than the rest of the view.
-    std::function<std::string()> StageLabel;
     ProgressClaims Claims;
 };
 
-// Reports nothing: the style None. The others override what they report. Looking, Running and
-// Flushing are called ten times a second.
+// Reports nothing: the style None. The others override what they report. The first of each pair is
+// called ten times a second.
 class Reporter {
 public:
     Reporter() = default;
@@ -29,12 +28,15 @@ public:
     Reporter(const Reporter&) = delete;
     Reporter& operator=(const Reporter&) = delete;
 
-    virtual void Looking(std::uint64_t /*EntriesSeen*/) {}
-    virtual void Looked(const PreflightResult& /*Result*/) {}
-    virtual void Running(const ProgressView& /*View*/) {}
-    virtual void Answered(const AnsweredConflict& /*Answer*/) {}
-    virtual void Flushing(const FlushProgress& /*Progress*/) {}
-    virtual void Ended(const RunOutcome& /*Outcome*/, int /*ExitStatus*/) {}
+    virtual void PreflightRuns(std::uint64_t /*EntriesSeen*/) {}
+    virtual void PreflightIsOver(const PreflightResult& /*Result*/) {}
+    virtual void JobRuns(const ProgressView& /*View*/) {}
+    virtual void JobIsOver(const ProgressView& /*View*/) {}
+    virtual void FlushRuns(const FlushProgress& /*Progress*/) {}
+    virtual void FlushIsOver(const FlushProgress& /*Progress*/) {}
+    virtual void ConflictIsAnswered(const AnsweredConflict& /*Answered*/) {}
+    virtual void RunIsOver(const RunOutcome& /*Outcome*/, int /*ExitStatus*/) {}
+
     // Whether the reader of the output has gone away.
     virtual bool IsBroken() const { return false; }
     // Waits until everything is out. Returns the errno of the failure to write it, or 0.

@@ -1,127 +1,147 @@
 #include "reporters.h"
 
-#include "json_records.h"
-#include "live_block.h"
-#include "progress_texts.h"
-#include "screen_text.h"
-
 #include <cerrno>
+#include <chrono>
+#include <string>
 #include <unistd.h>
 
-bool LineClock::TakeDue() {
-    const Clock::time_point now = Clock::now();
-    if (now < Next) {
-        return false;
-    }
-    Next = now + Interval;
-    return true;
-}
+#include "json_records.h"
+#include "live_block.h"
+#include "output_queue.h"
+#include "progress_texts.h"
 
 namespace {
 
-class LiveOutput : public Reporter {
+// Says when the next of a row of reports is due: at once, then after every interval.
+class IntervalTimer {
 public:
-    explicit LiveOutput(Prompt& Screen) : Console(Screen) {}
+    IntervalTimer(Terminal& TerminalToUse, double IntervalSeconds)
+        : Clock(TerminalToUse), Interval(std::chrono::duration_cast<Terminal::TimePoint::duration>(
+                                    std::chrono::duration<double>(IntervalSeconds))) {}
 
-    void Looking(std::uint64_t EntriesSeen) override {
-        ShowTexts({PreflightText(EntriesSeen), "Press Esc to skip this, Ctrl-C to cancel."});
-    }
-
-    void Running(const ProgressView& View) override {
-        if (View.Snapshot.bFinished) {
-            return;
+    // True once for each report.
+    bool TakeDue() {
+        const Terminal::TimePoint now = Clock.Now();
+        if (now < Next) {
+            return false;
         }
-        const TerminalSize size = Console.Size();
-        Console.Show(LiveBlockLines(View.Snapshot, View.Claims, size), size);
-    }
-
-    void Flushing(const FlushProgress& Progress) override {
-        ShowTexts({FlushText(Progress), "Not safe to unplug yet. Esc ends the wait; the copied "
-                                        "files stay."});
+        Next = now + Interval;
+        return true;
     }
 
 private:
-    void ShowTexts(const std::vector<std::string>& Texts) {
-        const TerminalSize size = Console.Size();
-        std::vector<BlockPart> parts;
-        int importance = static_cast<int>(Texts.size());
-        for (const std::string& text : Texts) {
-            BlockPart part{importance--, {}};
-            for (std::string& line : WrapAtWords(CleanForScreen(text), LayoutWidth(size))) {
-                part.Lines.push_back({std::move(line)});
-            }
-            parts.push_back(std::move(part));
-        }
-        Console.Show(FitToRows(std::move(parts), size.Rows), size);
-    }
-
-    Prompt& Console;
+    Terminal& Clock;
+    Terminal::TimePoint::duration Interval;
+    Terminal::TimePoint Next;
 };
 
-class LinesOutput : public Reporter {
+class LiveReporter : public Reporter {
 public:
-    LinesOutput(Prompt& Log, const LineClock& Clock) : Console(Log), Lines(Clock) {}
+    LiveReporter(Terminal& TerminalToUse, Prompt& PromptToUse)
+        : Screen(TerminalToUse), Shown(PromptToUse) {}
 
-    void Looking(std::uint64_t EntriesSeen) override { PrintWhenDue(PreflightText(EntriesSeen)); }
-
-    void Running(const ProgressView& View) override {
-        if (View.Snapshot.bCancelRequested && !bCancelSaid) {
-            bCancelSaid = true;
-            Console.PrintLine(View.Snapshot.HintText);
-        }
-        if (!View.Snapshot.bFinished) {
-            PrintWhenDue(JobText(View.Snapshot, View.Claims));
-        }
+    void PreflightRuns(std::uint64_t EntriesSeen) override {
+        const int width = LayoutWidth(Screen.Size());
+        Shown.ShowParts({WordsPart(2, PreflightText(EntriesSeen), width),
+                         WordsPart(1, "Press Esc to skip this, Ctrl-C to cancel.", width)});
     }
 
-    void Flushing(const FlushProgress& Progress) override { PrintWhenDue(FlushText(Progress)); }
+    void JobRuns(const ProgressView& View) override {
+        const TerminalSize size = Screen.Size();
+        Shown.Show(LiveBlockLines(View.Snapshot, View.Claims, size), size);
+    }
+
+    void FlushRuns(const FlushProgress& Progress) override {
+        const int width = LayoutWidth(Screen.Size());
+        Shown.ShowParts({WordsPart(2, FlushText(Progress), width),
+                         WordsPart(1,
+                                   "Not safe to unplug yet. Esc ends the wait; the copied files "
+                                   "stay.",
+                                   width)});
+    }
 
 private:
-    void PrintWhenDue(const std::string& Line) {
-        if (Lines.TakeDue()) {
-            Console.PrintLine(Line);
+    Terminal& Screen;
+    Prompt& Shown;
+};
+
+class LinesReporter : public Reporter {
+public:
+    LinesReporter(Terminal& Clock, Prompt& PromptToUse, double IntervalSeconds)
+        : Shown(PromptToUse), Timer(Clock, IntervalSeconds) {
+        // A job that is over before the interval is has only its last line.
+        Timer.TakeDue();
+    }
+
+    void PreflightRuns(std::uint64_t EntriesSeen) override {
+        PrintWhenDue(PreflightText(EntriesSeen));
+    }
+
+    void JobRuns(const ProgressView& View) override {
+        SayThatItIsCanceled(View.Snapshot);
+        PrintWhenDue(JobText(View.Snapshot, View.Claims));
+    }
+
+    void JobIsOver(const ProgressView& View) override { SayThatItIsCanceled(View.Snapshot); }
+
+    void FlushRuns(const FlushProgress& Progress) override { PrintWhenDue(FlushText(Progress)); }
+
+private:
+    void PrintWhenDue(const std::string& Text) {
+        if (Timer.TakeDue()) {
+            Shown.PrintLine(Text);
         }
     }
 
-    Prompt& Console;
-    LineClock Lines;
+    void SayThatItIsCanceled(const TarvaneTransferUiSnapshot& Snapshot) {
+        if (Snapshot.bCancelRequested && !bCancelSaid) {
+            bCancelSaid = true;
+            Shown.PrintLine(Snapshot.HintText);
+        }
+    }
+
+    Prompt& Shown;
+    IntervalTimer Timer;
     bool bCancelSaid = false;
 };
 
-class JsonOutput : public Reporter {
+class JsonReporter : public Reporter {
 public:
-    explicit JsonOutput(const LineClock& Clock) : Records(STDOUT_FILENO), Lines(Clock) {}
+    JsonReporter(Terminal& Clock, double IntervalSeconds)
+        : Records(STDOUT_FILENO), Timer(Clock, IntervalSeconds) {}
 
-    void Looked(const PreflightResult& Result) override {
+    void PreflightIsOver(const PreflightResult& Result) override {
         for (const PreflightFinding& finding : Result.Findings.Kept()) {
             Records.Add(PreflightRecord(finding));
         }
         Records.Add(TotalsRecord(Result));
     }
 
-    void Running(const ProgressView& View) override {
+    void JobRuns(const ProgressView& View) override {
         const bool bCancelNews = View.Snapshot.bCancelRequested && !bCancelSaid;
         bCancelSaid = View.Snapshot.bCancelRequested;
-        if (View.Snapshot.bFinished) {
-            Records.Add(ProgressRecord(View));
-        } else if (Lines.TakeDue() || bCancelNews) {
+        if (Timer.TakeDue() || bCancelNews) {
             Records.Offer(ProgressRecord(View));
         }
         Records.Pump();
     }
 
-    void Answered(const AnsweredConflict& Answer) override { Records.Add(ConflictRecord(Answer)); }
+    void JobIsOver(const ProgressView& View) override { Records.Add(ProgressRecord(View)); }
 
-    void Flushing(const FlushProgress& Progress) override {
-        if (Progress.bFinished) {
-            Records.Add(FlushRecord(Progress));
-        } else if (Lines.TakeDue()) {
+    void FlushRuns(const FlushProgress& Progress) override {
+        if (Timer.TakeDue()) {
             Records.Offer(FlushRecord(Progress));
         }
         Records.Pump();
     }
 
-    void Ended(const RunOutcome& Outcome, int ExitStatus) override {
+    void FlushIsOver(const FlushProgress& Progress) override { Records.Add(FlushRecord(Progress)); }
+
+    void ConflictIsAnswered(const AnsweredConflict& Answered) override {
+        Records.Add(ConflictRecord(Answered));
+    }
+
+    void RunIsOver(const RunOutcome& Outcome, int ExitStatus) override {
         Records.Add(DoneRecord(Outcome, ExitStatus));
     }
 
@@ -134,23 +154,21 @@ public:
 
 private:
     OutputQueue Records;
-    LineClock Lines;
+    IntervalTimer Timer;
     bool bCancelSaid = false;
 };
 
 } // namespace
 
-std::unique_ptr<Reporter> MakeLiveOutput(Prompt& Console) {
-    return std::make_unique<LiveOutput>(Console);
+std::unique_ptr<Reporter> MakeLiveReporter(Terminal& Screen, Prompt& Shown) {
+    return std::make_unique<LiveReporter>(Screen, Shown);
 }
 
-std::unique_ptr<Reporter> MakeLinesOutput(Prompt& Console, double IntervalSeconds) {
-    LineClock clock(IntervalSeconds);
-    // A job that is over before the interval is has only its last line.
-    clock.TakeDue();
-    return std::make_unique<LinesOutput>(Console, clock);
+std::unique_ptr<Reporter> MakeLinesReporter(Terminal& Screen, Prompt& Shown,
+                                            double IntervalSeconds) {
+    return std::make_unique<LinesReporter>(Screen, Shown, IntervalSeconds);
 }
 
-std::unique_ptr<Reporter> MakeJsonOutput(double IntervalSeconds) {
-    return std::make_unique<JsonOutput>(LineClock(IntervalSeconds));
+std::unique_ptr<Reporter> MakeJsonReporter(Terminal& Screen, double IntervalSeconds) {
+    return std::make_unique<JsonReporter>(Screen, IntervalSeconds);
 }

@@ -4,6 +4,7 @@
 #include "exit_status.h"
 #include "prompt_front_end.h"
 #include "screen_text.h"
+#include "system_terminal.h"
 #include "tracks_command.h"
 
 #include <cerrno>
@@ -41,7 +42,8 @@ int Answer(const UsageError& Mistake) {
 }
 
 int Answer(const PromptRequest& Request) {
-    return ExitStatusOf(RunAtPrompt(Request, ExitStatusOf));
+    SystemTerminal terminal;
+    return ExitStatusOf(RunAtPrompt(Request, terminal, ExitStatusOf));
 }
 
 int Answer(const TracksRequest& Request) {

@@ -1,10 +1,14 @@
 #include "tracks_command.h"
 
+#include "exit_status.h"
+#include "prompt.h"
 #include "quoted.h"
+#include "reporter.h"
 #include "screen_text.h"
+#include "system_terminal.h"
 #include "tarvanepane.h"
-#include "track_fetch.h"
 #include "track_list.h"
+#include "track_wait.h"
 
 #include <array>
 #include <cerrno>
@@ -146,18 +150,19 @@ std::string ChooseDevice(const std::string& Requested, const std::vector<std::st
 
 // What is on the disc, or how the command ends without it.
 std::variant<TrackList, RunOutcome> ReadDisc(const std::string& Device) {
-    TrackList list;
-    std::string reason;
-    int endSignal = 0;
-    switch (FetchTrackList(Device, list, reason, endSignal)) {
-    case TrackFetchResult::Fetched:
-        return list;
-    case TrackFetchResult::Failed:
-        return Fail(reason);
-    case TrackFetchResult::Canceled:
-        break;
+    SystemTerminal screen;
+    Prompt prompt(screen, ExitStatusOf);
+    InterfaceLoop loop(screen, prompt);
+    Reporter silent;
+    const auto result = ListTracksAtPrompt(Device, {screen, prompt, loop, silent});
+    prompt.Close();
+    if (const auto* list = std::get_if<TrackList>(&result)) {
+        return *list;
     }
-    return RunOutcome{.Result = RunResult::Canceled, .EndSignal = endSignal};
+    if (loop.Requests().IsAsked()) {
+        return RunOutcome{.Result = RunResult::Canceled, .EndSignal = loop.Requests().Signal()};
+    }
+    return Fail(std::get<TrackListFailure>(result).Reason);
 }
 
 } // namespace

@@ -53,8 +53,9 @@ public:
     // Whether a line has taken the place of what was drawn, so that it has to be drawn again at
     // once. True once.
     virtual bool TakeFrameRequest() = 0;
-    // There is no more time: says what there is to say and ends the program by Signal.
-    [[noreturn]] virtual void Leave(int Signal) = 0;
+    // There is no more time: says what there is to say and ends the program by Signal. Does not
+    // return.
+    virtual void Leave(int Signal) = 0;
 };
 
 // Threads: one, the interface's.

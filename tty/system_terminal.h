@@ -34,7 +34,7 @@ public:
     TerminalSize Size() const override { return Device.Size(); }
     void Write(std::string_view Bytes) override;
     void Close() override;
-    [[noreturn]] void Exit(int Status) override;
+    void Exit(int Status) override;
 
 private:
     std::optional<SignalInbox> Signals;

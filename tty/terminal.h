@@ -67,6 +67,6 @@ public:
 
     // Gives back modes and signals, which act by themselves from then on. Writing goes on.
     virtual void Close() = 0;
-    // Ends the program at once. A scripted terminal throws.
-    [[noreturn]] virtual void Exit(int Status) = 0;
+    // Ends the program at once and does not return. A scripted terminal throws.
+    virtual void Exit(int Status) = 0;
 };

@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -12,14 +11,12 @@
 #include <gtest/gtest.h>
 
 #include "conflict_question.h"
+#include "question_layout.h"
 #include "screen_text.h"
 
 using Action = TarvaneTransferConflictAction;
 using Texts = std::vector<std::string>;
-using TimePoint = ConflictQuestion::TimePoint;
 
-inline constexpr TimePoint kStart{};
-inline constexpr TimePoint kLive = kStart + kQuestionDeadTime;
 inline constexpr TerminalSize kUsualSize{80, 24};
 
 inline TarvaneTransferConflict FileConflict() {
@@ -78,18 +75,18 @@ protected:
             Checked.push_back(Path);
             return Refusal;
         };
-        return ConflictQuestion(Conflict, advice, kLive);
+        return ConflictQuestion(Conflict, advice);
     }
 
     // What one key of a fresh question answers.
     std::optional<ConflictAnswer> AnswerTo(const TarvaneTransferConflict& Conflict, char Key) {
-        return Ask(Conflict).Handle(Letter(Key), kLive);
+        return Ask(Conflict).Handle(Letter(Key));
     }
 
     static void ExpectToFitEveryWindow(const ConflictQuestion& Question) {
         for (int columns = 6; columns < 100; columns += 3) {
             for (int rows = 1; rows < 16; ++rows) {
-                const ConflictQuestion::Screen screen = Question.Show({columns, rows});
+                const QuestionScreen screen = LayOutQuestion(Question, {columns, rows});
                 ASSERT_LE(screen.Lines.size(), static_cast<std::size_t>(rows));
                 ASSERT_EQ(screen.Cursor.Line, screen.Lines.size() - 1);
                 ASSERT_LT(DisplayWidth(screen.Cursor.Prefix), columns);
@@ -102,13 +99,13 @@ protected:
 
     static void Type(ConflictQuestion& Question, std::string_view Text) {
         for (const char byte : Text) {
-            EXPECT_EQ(Question.Handle(Letter(byte), kLive), std::nullopt);
+            EXPECT_EQ(Question.Handle(Letter(byte)), std::nullopt);
         }
     }
 
     static Texts Shown(const ConflictQuestion& Question, TerminalSize Size = kUsualSize) {
         Texts texts;
-        for (const ScreenLine& line : Question.Show(Size).Lines) {
+        for (const ScreenLine& line : LayOutQuestion(Question, Size).Lines) {
             texts.push_back(line.Text);
         }
         return texts;
@@ -124,7 +121,7 @@ protected:
 
     static Texts Warnings(const ConflictQuestion& Question) {
         Texts texts;
-        for (const ScreenLine& line : Question.Show(kUsualSize).Lines) {
+        for (const ScreenLine& line : LayOutQuestion(Question, kUsualSize).Lines) {
             if (line.bWarning) {
                 texts.push_back(line.Text);
             }

@@ -4,23 +4,27 @@
 
 namespace {
 
-ProgressView RunningView() {
-    ProgressView view;
-    view.StageLabel = [] { return "Copying"; };
-    view.Claims.Percent = 12;
-    view.Snapshot.MessageText = "Copying items";
-    view.Snapshot.PathText = "Current: /x/a.bin";
-    view.Snapshot.DoneBytes = 1610612736;
-    view.Snapshot.TotalBytes = 12884901888;
-    view.Snapshot.DoneItems = 3;
-    view.Snapshot.TotalItems = 12;
-    view.Snapshot.CurrentFileDoneBytes = 25480396;
-    view.Snapshot.CurrentFileTotalBytes = 41037004;
-    view.Snapshot.TransferRateBytesPerSecond = 6291456;
-    view.Snapshot.ElapsedSeconds = 256.5;
-    view.Snapshot.RemainingSeconds = 1792.0;
-    return view;
-}
+class JsonProgress : public testing::Test {
+protected:
+    JsonProgress() {
+        Job.SetStage(TarvaneTransferStage::Copying, "Copying items");
+        Job.SetCurrentPath("/x/a.bin", 41037004);
+        Running.Claims.Percent = 12;
+        Running.Snapshot.MessageText = "Copying items";
+        Running.Snapshot.DoneBytes = 1610612736;
+        Running.Snapshot.TotalBytes = 12884901888;
+        Running.Snapshot.DoneItems = 3;
+        Running.Snapshot.TotalItems = 12;
+        Running.Snapshot.CurrentFileDoneBytes = 25480396;
+        Running.Snapshot.CurrentFileTotalBytes = 41037004;
+        Running.Snapshot.TransferRateBytesPerSecond = 6291456;
+        Running.Snapshot.ElapsedSeconds = 256.5;
+        Running.Snapshot.RemainingSeconds = 1792.0;
+    }
+
+    TarvaneTransferJob Job{false, 12, ""};
+    ProgressView Running{Job, {}, {}};
+};
 
 AnsweredConflict OverwrittenFile() {
     AnsweredConflict answer;
@@ -40,8 +44,8 @@ AnsweredConflict OverwrittenFile() {
 
 } // namespace
 
-TEST(JsonProgress, ReportsTheNumbersOfARunningJob) {
-    EXPECT_EQ(ProgressRecord(RunningView()),
+TEST_F(JsonProgress, ReportsTheNumbersOfARunningJob) {
+    EXPECT_EQ(ProgressRecord(Running),
               R"({"event":"progress","stage":"Copying","status":"Copying items",)"
               R"("path":"/x/a.bin","percent":12,"done_bytes":1610612736,)"
               R"("total_bytes":12884901888,"done_items":3,"total_items":12,)"
@@ -50,11 +54,10 @@ TEST(JsonProgress, ReportsTheNumbersOfARunningJob) {
               R"("cancel_requested":false})");
 }
 
-TEST(JsonProgress, ReportsNullForWhatIsNotKnownYet) {
-    ProgressView view;
-    view.StageLabel = [] { return "Preparing"; };
+TEST_F(JsonProgress, ReportsNullForWhatIsNotKnownYet) {
+    const TarvaneTransferJob job(false, 1, "");
+    ProgressView view{job, {}, {}};
     view.Snapshot.MessageText = "Scanning transfer contents";
-    view.Snapshot.PathText = "Current: Waiting...";
     view.Snapshot.ElapsedSeconds = 0.25;
     EXPECT_EQ(ProgressRecord(view),
               R"({"event":"progress","stage":"Preparing","status":"Scanning transfer contents",)"
@@ -64,15 +67,14 @@ TEST(JsonProgress, ReportsNullForWhatIsNotKnownYet) {
               R"("cancel_requested":false})");
 }
 
-TEST(JsonProgress, ReportsThePercentageOfAJobThatEndedUncounted) {
-    ProgressView view;
-    view.StageLabel = [] { return "Failed"; };
+TEST_F(JsonProgress, ReportsThePercentageOfAJobThatEndedUncounted) {
+    ProgressView view{Job, {}, {}};
     view.Snapshot.bFinished = true;
     EXPECT_NE(ProgressRecord(view).find(R"("percent":0,)"), std::string::npos);
 }
 
-TEST(JsonProgress, ReportsStallsWrongTotalsAndACancel) {
-    ProgressView view = RunningView();
+TEST_F(JsonProgress, ReportsStallsWrongTotalsAndACancel) {
+    ProgressView view = Running;
     view.Claims.StalledSeconds = 9;
     view.Claims.bMoreThanCounted = true;
     view.Snapshot.bCancelRequested = true;
@@ -81,22 +83,27 @@ TEST(JsonProgress, ReportsStallsWrongTotalsAndACancel) {
               std::string::npos);
 }
 
-TEST(JsonProgress, GivesTheBytesOfANameThatIsNotUtf8InHexadecimal) {
-    ProgressView view = RunningView();
-    view.Snapshot.PathText = "Current: /x/bad\xFF\xFE.bin";
-    EXPECT_NE(ProgressRecord(view).find("\"path\":\"/x/bad\xEF\xBF\xBD\xEF\xBF\xBD.bin\","
-                                        R"("path_hex":"2f782f626164fffe2e62696e",)"),
+TEST_F(JsonProgress, GivesTheBytesOfANameThatIsNotUtf8InHexadecimal) {
+    Job.SetCurrentPath("/x/bad\xFF\xFE.bin", 0);
+    EXPECT_NE(ProgressRecord(Running).find("\"path\":\"/x/bad\xEF\xBF\xBD\xEF\xBF\xBD.bin\","
+                                           R"("path_hex":"2f782f626164fffe2e62696e",)"),
               std::string::npos);
 }
 
-TEST(JsonProgress, KeepsARecordOnOneLineWhateverTheName) {
+TEST_F(JsonProgress, GivesTheWholePathHoweverLong) {
+    const std::string path = "/x/" + std::string(200, 'y');
+    Job.SetCurrentPath(path, 0);
+    EXPECT_NE(ProgressRecord(Running).find("\"path\":\"" + path + "\","), std::string::npos);
+}
+
+TEST_F(JsonProgress, KeepsARecordOnOneLineWhateverTheName) {
     AnsweredConflict answer = OverwrittenFile();
     answer.Conflict.SourcePath = "/a/new\nline\x1B\"\\";
     EXPECT_NE(ConflictRecord(answer).find(R"("source":"/a/new\nline\u001b\"\\",)"),
               std::string::npos);
 }
 
-TEST(JsonProgress, ReportsAConflictAboutAFileWithItsAnswer) {
+TEST_F(JsonProgress, ReportsAConflictAboutAFileWithItsAnswer) {
     EXPECT_EQ(ConflictRecord(OverwrittenFile()),
               R"({"event":"conflict","kind":"file","source":"/a/cover.jpg",)"
               R"("destination":"/b/cover.jpg","source_size":48230,"destination_size":47110,)"
@@ -105,7 +112,7 @@ TEST(JsonProgress, ReportsAConflictAboutAFileWithItsAnswer) {
               R"("by":"user"})");
 }
 
-TEST(JsonProgress, ReportsAConflictAboutADirectoryAnsweredByAChoice) {
+TEST_F(JsonProgress, ReportsAConflictAboutADirectoryAnsweredByAChoice) {
     AnsweredConflict answer;
     answer.Conflict.Kind = TarvaneTransferConflictKind::Directory;
     answer.Conflict.SourcePath = "/a/Live";
@@ -119,7 +126,7 @@ TEST(JsonProgress, ReportsAConflictAboutADirectoryAnsweredByAChoice) {
               R"("answer":"merge","rename_path":null,"by":"choice"})");
 }
 
-TEST(JsonProgress, NamesTheNewPathOfARename) {
+TEST_F(JsonProgress, NamesTheNewPathOfARename) {
     AnsweredConflict answer = OverwrittenFile();
     answer.Action = TarvaneTransferConflictAction::Rename;
     answer.RenamePath = "/b/\xFF.jpg";
@@ -128,7 +135,7 @@ TEST(JsonProgress, NamesTheNewPathOfARename) {
               std::string::npos);
 }
 
-TEST(JsonProgress, HasANameForEveryAnswer) {
+TEST_F(JsonProgress, HasANameForEveryAnswer) {
     using Action = TarvaneTransferConflictAction;
     const std::pair<Action, std::string> names[] = {
         {Action::Merge, "merge"},
@@ -150,7 +157,7 @@ TEST(JsonProgress, HasANameForEveryAnswer) {
     }
 }
 
-TEST(JsonProgress, ReportsAFindingOfThePreflight) {
+TEST_F(JsonProgress, ReportsAFindingOfThePreflight) {
     PreflightFinding finding;
     finding.Kind = PreflightFindingKind::DanglingLink;
     finding.Path = "/a/link";
@@ -161,7 +168,7 @@ TEST(JsonProgress, ReportsAFindingOfThePreflight) {
               R"("stops_job":true})");
 }
 
-TEST(JsonProgress, ReportsTheTotalsOfThePreflight) {
+TEST_F(JsonProgress, ReportsTheTotalsOfThePreflight) {
     PreflightResult result;
     result.Entries = 5;
     result.Bytes = 600;
@@ -172,14 +179,14 @@ TEST(JsonProgress, ReportsTheTotalsOfThePreflight) {
               R"("copied_bytes":800,"complete":true})");
 }
 
-TEST(JsonProgress, ReportsTotalsOfALookThatWasEndedEarlyAsIncomplete) {
+TEST_F(JsonProgress, ReportsTotalsOfALookThatWasEndedEarlyAsIncomplete) {
     PreflightResult result;
     result.bCanceled = true;
     EXPECT_EQ(TotalsRecord(result), R"({"event":"totals","entries":0,"bytes":0,"copied_entries":0,)"
                                     R"("copied_bytes":0,"complete":false})");
 }
 
-TEST(JsonProgress, ReportsARunningFlush) {
+TEST_F(JsonProgress, ReportsARunningFlush) {
     FlushProgress progress;
     progress.RemainingBytes = 4096;
     progress.BytesPerSecond = 1024;
@@ -188,7 +195,7 @@ TEST(JsonProgress, ReportsARunningFlush) {
               R"("error":null})");
 }
 
-TEST(JsonProgress, ReportsAFlushThatFailed) {
+TEST_F(JsonProgress, ReportsAFlushThatFailed) {
     FlushProgress progress;
     progress.bFinished = true;
     progress.ErrorText = "The disk is gone.";
@@ -197,7 +204,7 @@ TEST(JsonProgress, ReportsAFlushThatFailed) {
               R"("error":"The disk is gone."})");
 }
 
-TEST(JsonProgress, EndsWithTheResultOfTheRun) {
+TEST_F(JsonProgress, EndsWithTheResultOfTheRun) {
     EXPECT_EQ(
         DoneRecord({.Result = RunResult::Succeeded, .Text = "Copied 2 item(s).", .bFlushed = true},
                    0),

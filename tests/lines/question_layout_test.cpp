@@ -10,11 +10,11 @@
 
 namespace {
 
-using QuestionScreen = AskedConflict;
+using QuestionLayout = AskedConflict;
 
 } // namespace
 
-TEST_F(QuestionScreen, ShowsBothSidesOfAFile) {
+TEST_F(QuestionLayout, ShowsBothSidesOfAFile) {
     EXPECT_EQ(Shown(Ask(FileConflict())),
               (Texts{
                   "File exists: /media/usb0/Backup/cover.jpg",
@@ -29,12 +29,12 @@ TEST_F(QuestionScreen, ShowsBothSidesOfAFile) {
               }));
 }
 
-TEST_F(QuestionScreen, PutsTheCursorBehindThePrompt) {
-    const ConflictQuestion::Screen screen = Ask(FileConflict()).Show(kUsualSize);
+TEST_F(QuestionLayout, PutsTheCursorBehindThePrompt) {
+    const QuestionScreen screen = LayOutQuestion(Ask(FileConflict()), kUsualSize);
     EXPECT_EQ(screen.Cursor, (BlockCursor{8, "? "}));
 }
 
-TEST_F(QuestionScreen, MarksHowTheSourceCompares) {
+TEST_F(QuestionLayout, MarksHowTheSourceCompares) {
     const auto sourceFacts = [this](const TarvaneTransferConflict& Conflict) {
         return Shown(Ask(Conflict))[3];
     };
@@ -53,7 +53,7 @@ TEST_F(QuestionScreen, MarksHowTheSourceCompares) {
     EXPECT_EQ(sourceFacts(conflict), "  source       47.1 KB (48230 bytes)  2024-03-07 14:05:09");
 }
 
-TEST_F(QuestionScreen, SaysWhatIsUnknown) {
+TEST_F(QuestionLayout, SaysWhatIsUnknown) {
     TarvaneTransferConflict conflict = FileConflict();
     conflict.bSourceHasSize = conflict.bDestinationHasSize = false;
     conflict.bSourceHasModifiedTime = conflict.bDestinationHasModifiedTime = false;
@@ -61,20 +61,20 @@ TEST_F(QuestionScreen, SaysWhatIsUnknown) {
     EXPECT_EQ(Shown(Ask(conflict))[3], "  source       size unknown  date unknown");
 }
 
-TEST_F(QuestionScreen, WrapsLongPaths) {
+TEST_F(QuestionLayout, WrapsLongPaths) {
     TarvaneTransferConflict conflict = FileConflict();
     conflict.DestinationPath = "/" + std::string(100, 'd');
     EXPECT_EQ(Shown(Ask(conflict))[0], "File exists: /" + std::string(65, 'd'));
     EXPECT_EQ(Shown(Ask(conflict))[1], std::string(35, 'd'));
 }
 
-TEST_F(QuestionScreen, CleansNames) {
+TEST_F(QuestionLayout, CleansNames) {
     TarvaneTransferConflict conflict = FileConflict();
     conflict.SourcePath = "/a\x1B[2J\n\xFF\u202E";
     EXPECT_EQ(Shown(Ask(conflict))[1], "Source:      /a?[2J?\uFFFD\uFFFD");
 }
 
-TEST_F(QuestionScreen, WarnsThatOverwritingRemovesADirectory) {
+TEST_F(QuestionLayout, WarnsThatOverwritingRemovesADirectory) {
     const ConflictQuestion question = Ask(FileOntoDirectory());
     EXPECT_EQ(Shown(question)[0], "Directory exists: /media/usb0/Backup/cover.jpg");
     EXPECT_EQ(Shown(question)[2], "  destination  directory  2023-12-24 18:00:00");
@@ -82,7 +82,7 @@ TEST_F(QuestionScreen, WarnsThatOverwritingRemovesADirectory) {
               Texts{"Overwriting removes this whole directory with all in it."});
 }
 
-TEST_F(QuestionScreen, ShowsBothSidesOfADirectory) {
+TEST_F(QuestionLayout, ShowsBothSidesOfADirectory) {
     EXPECT_EQ(Shown(Ask(DirectoryConflict())),
               (Texts{
                   "Directory exists: /media/usb0/Backup/Live",
@@ -94,13 +94,13 @@ TEST_F(QuestionScreen, ShowsBothSidesOfADirectory) {
               }));
 }
 
-TEST_F(QuestionScreen, WarnsThatMergingReplacesAFile) {
+TEST_F(QuestionLayout, WarnsThatMergingReplacesAFile) {
     const ConflictQuestion question = Ask(DirectoryOntoFile());
     EXPECT_EQ(Shown(question)[0], "File exists: /media/usb0/Backup/Live");
     EXPECT_EQ(Warnings(question), Texts{"Merging replaces this file by a directory."});
 }
 
-TEST_F(QuestionScreen, ShowsTheKeysAloneInASmallWindow) {
+TEST_F(QuestionLayout, ShowsTheKeysAloneInASmallWindow) {
     EXPECT_EQ(Shown(Ask(FileConflict()), {40, 10}), (Texts{
                                                         "File exists: /media/usb0/Backup/cover.j",
                                                         "pg",
@@ -115,9 +115,9 @@ TEST_F(QuestionScreen, ShowsTheKeysAloneInASmallWindow) {
                                                     }));
 }
 
-TEST_F(QuestionScreen, ListsTheAnswersOnAQuestionMark) {
+TEST_F(QuestionLayout, ListsTheAnswersOnAQuestionMark) {
     ConflictQuestion question = Ask(FileConflict());
-    EXPECT_EQ(question.Handle(Letter('?'), kLive), std::nullopt);
+    EXPECT_EQ(question.Handle(Letter('?')), std::nullopt);
     EXPECT_EQ(Shown(question, {40, 10}), (Texts{
                                              "File exists: /media/usb0/Backup/cover.j",
                                              "pg",
@@ -131,17 +131,17 @@ TEST_F(QuestionScreen, ListsTheAnswersOnAQuestionMark) {
                                              "? ",
                                          }));
     EXPECT_EQ(Shown(question, {40, 5}).back(), "[oOusSrkKbB Esc, ? lists] ");
-    question.Handle(Letter('?'), kLive);
+    question.Handle(Letter('?'));
     EXPECT_EQ(Shown(question, {40, 10}).back(), "[oOusSrkKbB Esc, ? lists] ");
 }
 
-TEST_F(QuestionScreen, KeepsTheWarningInASmallWindow) {
+TEST_F(QuestionLayout, KeepsTheWarningInASmallWindow) {
     EXPECT_EQ(Shown(Ask(FileOntoDirectory()), {60, 2}),
               (Texts{"Overwriting removes this whole directory with all in it.",
                      "[oOusSrkKbB Esc, ? lists] "}));
 }
 
-TEST_F(QuestionScreen, NeverExceedsTheWindow) {
+TEST_F(QuestionLayout, NeverExceedsTheWindow) {
     for (const TarvaneTransferConflict& conflict :
          {FileConflict(), DirectoryConflict(), FileOntoDirectory(), DirectoryOntoFile()}) {
         for (const char* key : {"", "?", "r"}) {

@@ -16,8 +16,8 @@ using RenameQuestion = AskedConflict;
 
 TEST_F(RenameQuestion, ProposesAFreeName) {
     ConflictQuestion question = Ask(FileConflict());
-    EXPECT_EQ(question.Handle(Letter('r'), kLive), std::nullopt);
-    const ConflictQuestion::Screen screen = question.Show(kUsualSize);
+    EXPECT_EQ(question.Handle(Letter('r')), std::nullopt);
+    const QuestionScreen screen = LayOutQuestion(question, kUsualSize);
     EXPECT_EQ(screen.Lines.back().Text, "Rename to: cover-2.jpg");
     EXPECT_EQ(screen.Lines[screen.Lines.size() - 2].Text,
               "Enter use this name  Esc back to the answers");
@@ -27,7 +27,7 @@ TEST_F(RenameQuestion, ProposesAFreeName) {
 TEST_F(RenameQuestion, ProposesTheTakenNameWhenNoneIsFree) {
     FreePath.clear();
     ConflictQuestion question = Ask(FileConflict());
-    question.Handle(Letter('r'), kLive);
+    question.Handle(Letter('r'));
     EXPECT_EQ(Shown(question).back(), "Rename to: cover.jpg");
 }
 
@@ -35,7 +35,7 @@ TEST_F(RenameQuestion, SendsTheFullPath) {
     ConflictQuestion question = Ask(FileConflict());
     Type(question, "r");
     Type(question, "x");
-    EXPECT_EQ(question.Handle(kEnter, kLive),
+    EXPECT_EQ(question.Handle(kEnter),
               (ConflictAnswer{Action::Rename, "/media/usb0/Backup/cover-2.jpgx", {}, {}}));
     EXPECT_EQ(Checked, Texts{"/media/usb0/Backup/cover-2.jpgx"});
     EXPECT_EQ(question.AnswerLine(), "File exists: /media/usb0/Backup/cover.jpg | rename | "
@@ -45,17 +45,17 @@ TEST_F(RenameQuestion, SendsTheFullPath) {
 TEST_F(RenameQuestion, TakesAFullPathAsItIs) {
     ConflictQuestion question = Ask(FileConflict());
     Type(question, "r");
-    question.Handle({KeyCode::ClearLine, {}}, kLive);
+    question.Handle({KeyCode::ClearLine, {}});
     Type(question, "/tmp/so");
-    EXPECT_EQ(question.Handle(kEnter, kLive), (ConflictAnswer{Action::Rename, "/tmp/so", {}, {}}));
+    EXPECT_EQ(question.Handle(kEnter), (ConflictAnswer{Action::Rename, "/tmp/so", {}, {}}));
 }
 
 TEST_F(RenameQuestion, KeepsTheBytesOfTheName) {
     FreePath = "/x/bad\xFF\xFE\n-2.bin";
     ConflictQuestion question = Ask(FileConflict());
-    question.Handle(Letter('r'), kLive);
+    question.Handle(Letter('r'));
     EXPECT_EQ(Shown(question).back(), "Rename to: bad\uFFFD\uFFFD?-2.bin");
-    EXPECT_EQ(question.Handle(kEnter, kLive),
+    EXPECT_EQ(question.Handle(kEnter),
               (ConflictAnswer{Action::Rename, "/media/usb0/Backup/bad\xFF\xFE\n-2.bin", {}, {}}));
 }
 
@@ -63,21 +63,21 @@ TEST_F(RenameQuestion, StaysOpenWhenTheNameIsRefused) {
     Refusal = "That name exists already.";
     ConflictQuestion question = Ask(FileConflict());
     Type(question, "r");
-    EXPECT_EQ(question.Handle(kEnter, kLive), std::nullopt);
+    EXPECT_EQ(question.Handle(kEnter), std::nullopt);
     EXPECT_NE(ShownText(question).find("That name exists already.\n"), std::string::npos);
     EXPECT_EQ(Shown(question).back(), "Rename to: cover-2.jpg");
     Refusal.clear();
     Type(question, "3");
     EXPECT_EQ(ShownText(question).find("That name exists already.\n"), std::string::npos);
-    EXPECT_EQ(question.Handle(kEnter, kLive),
+    EXPECT_EQ(question.Handle(kEnter),
               (ConflictAnswer{Action::Rename, "/media/usb0/Backup/cover-2.jpg3", {}, {}}));
 }
 
 TEST_F(RenameQuestion, RefusesAnEmptyName) {
     ConflictQuestion question = Ask(FileConflict());
     Type(question, "r");
-    question.Handle({KeyCode::ClearLine, {}}, kLive);
-    EXPECT_EQ(question.Handle(kEnter, kLive), std::nullopt);
+    question.Handle({KeyCode::ClearLine, {}});
+    EXPECT_EQ(question.Handle(kEnter), std::nullopt);
     EXPECT_NE(ShownText(question).find("The name is empty.\n"), std::string::npos);
     EXPECT_TRUE(Checked.empty());
 }
@@ -85,7 +85,7 @@ TEST_F(RenameQuestion, RefusesAnEmptyName) {
 TEST_F(RenameQuestion, GoesBackToTheAnswersOnEscape) {
     ConflictQuestion question = Ask(FileConflict());
     Type(question, "r");
-    EXPECT_EQ(question.Handle(kEscape, kLive), std::nullopt);
+    EXPECT_EQ(question.Handle(kEscape), std::nullopt);
     EXPECT_EQ(Shown(question).back(), "? ");
-    EXPECT_EQ(question.Handle(Letter('s'), kLive), (ConflictAnswer{Action::Skip, {}, {}, {}}));
+    EXPECT_EQ(question.Handle(Letter('s')), (ConflictAnswer{Action::Skip, {}, {}, {}}));
 }

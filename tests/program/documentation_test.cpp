@@ -295,8 +295,8 @@ TEST(Documentation, ZshOffersTheParsersChoices) {
 }
 
 TEST(Documentation, ThePageListsTheMembersOfEveryRecord) {
-    ProgressView view;
-    view.StageLabel = [] { return std::string(); };
+    const TarvaneTransferJob job(false, 1, "");
+    const ProgressView view{job, job.MakeUiSnapshot(), {}};
     const int exitStatus = 0;
     const Words records{PreflightRecord({}), TotalsRecord({}), ProgressRecord(view),
                         ConflictRecord({}),  FlushRecord({}),  DoneRecord({}, exitStatus)};

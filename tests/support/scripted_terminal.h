@@ -140,7 +140,7 @@ public:
         LeaveKeyMode();
         Asked.emplace_back("closed");
     }
-    [[noreturn]] void Exit(int Status) override { throw ScriptedExit{Status}; }
+    void Exit(int Status) override { throw ScriptedExit{Status}; }
 
 private:
     static constexpr int kMostWaits = 20000;
