@@ -30,27 +30,27 @@ RunOutcome CanceledOutcome(EndRequest& Requests) {
 // Waits until the look is over, hangs although it is to stop, or the program is to end.
 class PreflightWait : public Activity {
 public:
-    PreflightWait(PreflightThread& RunningLook, const PromptContext& ContextToUse)
-        : Look(RunningLook), Context(ContextToUse) {}
+    PreflightWait(PreflightThread& RunningPreflight, const PromptContext& ContextToUse)
+        : Preflight(RunningPreflight), Context(ContextToUse) {}
 
     void TakeKey(const KeyPress& Key) override {
         if (Key.Code == KeyCode::Escape && !Deadline) {
-            Look.RequestStop();
+            Preflight.RequestStop();
             Deadline = Context.Loop.Now() + kStopTime;
         }
     }
 
     bool IsOver() override {
-        return Look.IsOver() || Context.Loop.Requests().IsAsked() ||
+        return Preflight.IsOver() || Context.Loop.Requests().IsAsked() ||
                (Deadline && Context.Loop.Now() >= *Deadline);
     }
 
-    void Draw() override { Context.Report.PreflightRuns(Look.EntriesSeen()); }
-    std::string StatusText() override { return PreflightText(Look.EntriesSeen()); }
-    int Descriptor() const override { return Look.OverFd(); }
+    void Draw() override { Context.Report.PreflightRuns(Preflight.EntriesSeen()); }
+    std::string StatusText() override { return PreflightText(Preflight.EntriesSeen()); }
+    int Descriptor() const override { return Preflight.OverFd(); }
 
 private:
-    PreflightThread& Look;
+    PreflightThread& Preflight;
     const PromptContext& Context;
     std::optional<Terminal::TimePoint> Deadline;
 };
@@ -126,22 +126,22 @@ std::optional<RunOutcome> FollowVerdict(const PreflightVerdict& Verdict,
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
                                             const PromptContext& Context) {
-    PreflightThread look(Plan);
-    PreflightWait wait(look, Context);
+    PreflightThread preflight(Plan);
+    PreflightWait wait(preflight, Context);
     Context.Loop.Run(wait);
     Context.Shown.Clear();
     if (Context.Loop.Requests().IsAsked()) {
         return CanceledOutcome(Context.Loop.Requests());
     }
-    if (!look.IsOver()) {
+    if (!preflight.IsOver()) {
         // Skipped while a file system keeps the look waiting.
         return std::nullopt;
     }
-    if (!look.Failure().empty()) {
-        Context.Shown.PrintMessage("cannot look through the sources: " + look.Failure());
+    if (!preflight.Failure().empty()) {
+        Context.Shown.PrintMessage("cannot look through the sources: " + preflight.Failure());
         return std::nullopt;
     }
-    const PreflightResult& result = look.Result();
+    const PreflightResult& result = preflight.Result();
     const bool bCanAsk = Context.Screen.CanAsk();
     const std::uint64_t listed = bCanAsk ? kListedOnScreen : PreflightFindings::kKeptPerKind;
     for (const std::string& sentence : DescribeFindings(result.Findings, listed)) {

@@ -52,16 +52,16 @@ wchar_t Decode(std::string_view Text, std::size_t Length) {
     return value;
 }
 
-void AppendClean(std::string& Clean, std::string_view Sequence) {
+void AppendClean(std::string& OutClean, std::string_view Sequence) {
     const wchar_t codePoint = Decode(Sequence, Sequence.size());
     if (codePoint < 0x20 || (codePoint >= 0x7F && codePoint <= 0x9F)) {
-        Clean += '?';
+        OutClean += '?';
     } else if (IsIn(kDropped, codePoint)) {
         return;
     } else if (IsIn(kDirectionControls, codePoint) || wcwidth(codePoint) < 0) {
-        Clean += kReplacement;
+        OutClean += kReplacement;
     } else {
-        Clean += Sequence;
+        OutClean += Sequence;
     }
 }
 

@@ -54,21 +54,21 @@ std::vector<FileIdentity> LineageOf(const fs::path& Directory) {
     return lineage;
 }
 
-void AddFileSystemFacts(DestinationFacts& Facts) {
+void AddFileSystemFacts(DestinationFacts& OutFacts) {
     struct statfs fileSystem {};
-    if (::statfs(Facts.Directory.c_str(), &fileSystem) != 0) {
+    if (::statfs(OutFacts.Directory.c_str(), &fileSystem) != 0) {
         return;
     }
     // File systems without a size of their own say 0.
     if (fileSystem.f_blocks > 0 && fileSystem.f_frsize > 0) {
-        Facts.BlockBytes = static_cast<std::uint64_t>(fileSystem.f_frsize);
-        Facts.FreeBytes = fileSystem.f_bavail * Facts.BlockBytes;
+        OutFacts.BlockBytes = static_cast<std::uint64_t>(fileSystem.f_frsize);
+        OutFacts.FreeBytes = fileSystem.f_bavail * OutFacts.BlockBytes;
     }
     if (fileSystem.f_type == MSDOS_SUPER_MAGIC) {
-        Facts.MaxFileBytes = kMaxFatFileBytes;
+        OutFacts.MaxFileBytes = kMaxFatFileBytes;
     }
     // An overlay copies directories of its lower layers on a rename, or refuses.
-    Facts.bRenamesDirectories = fileSystem.f_type != OVERLAYFS_SUPER_MAGIC;
+    OutFacts.bRenamesDirectories = fileSystem.f_type != OVERLAYFS_SUPER_MAGIC;
 }
 
 } // namespace

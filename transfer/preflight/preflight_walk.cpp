@@ -62,41 +62,42 @@ void SourceWalk::WalkDirectory(const std::string& Path,
 }
 
 // False when there is nothing to go into; otherwise the directory has been added to Chain.
-bool SourceWalk::ListDirectory(Listing& In, const std::optional<DirectoryStatus>& KnownStatus) {
-    DirectoryReader reader(In.Path, ListingBuffer);
+bool SourceWalk::ListDirectory(Listing& InOutListing,
+                               const std::optional<DirectoryStatus>& KnownStatus) {
+    DirectoryReader reader(InOutListing.Path, ListingBuffer);
     if (reader.Error() != 0) {
-        AddUnopenable(In.Path, reader.Error());
+        AddUnopenable(InOutListing.Path, reader.Error());
         return false;
     }
-    In.Descriptor = reader.Descriptor();
-    const DirectoryStatus directory = KnownStatus ? *KnownStatus : StatusOfOpen(In);
+    InOutListing.Descriptor = reader.Descriptor();
+    const DirectoryStatus directory = KnownStatus ? *KnownStatus : StatusOfOpen(InOutListing);
     Chain.push_back(directory.Identity);
-    if (Rules.bRemoved && In.bSelected) {
+    if (Rules.bRemoved && InOutListing.bSelected) {
         SelectedDirectories.insert(directory.Identity);
     }
     while (const dirent64* entry = IsStopped() ? nullptr : reader.Next()) {
-        LookAtEntry(In, entry->d_name, entry->d_type);
+        LookAtEntry(InOutListing, entry->d_name, entry->d_type);
     }
     if (reader.Error() != 0) {
-        AddUninspectable(In.Path, reader.Error());
+        AddUninspectable(InOutListing.Path, reader.Error());
     }
-    if (!directory.bWritable && In.Entries > 0) {
-        Result.Findings.AddStop(PreflightFindingKind::UnwritableSourceDirectory, In.Path);
+    if (!directory.bWritable && InOutListing.Entries > 0) {
+        Result.Findings.AddStop(PreflightFindingKind::UnwritableSourceDirectory, InOutListing.Path);
     }
     return true;
 }
 
-void SourceWalk::WalkSubdirectories(const Listing& In) {
-    for (const Subdirectory& subdirectory : In.Subdirectories) {
+void SourceWalk::WalkSubdirectories(const Listing& Directory) {
+    for (const Subdirectory& subdirectory : Directory.Subdirectories) {
         if (IsStopped()) {
             return;
         }
-        const std::string path = Join(In.Path, subdirectory.Name);
+        const std::string path = Join(Directory.Path, subdirectory.Name);
         if (subdirectory.Status &&
             Contains(Rules.DestinationLineage, subdirectory.Status->Identity)) {
             Result.Findings.AddStop(PreflightFindingKind::DestinationInsideSource, path);
         } else if (!subdirectory.bLink) {
-            WalkDirectory(path, subdirectory.Status, In.bSelected);
+            WalkDirectory(path, subdirectory.Status, Directory.bSelected);
         } else if (!Rules.bRenamed) {
             FollowLink(path, *subdirectory.Status);
         }
@@ -130,45 +131,47 @@ void SourceWalk::FollowLink(const std::string& Path, const DirectoryStatus& Targ
 
 // At most one status query: none where the listing tells enough, and a directory's is made when it
 // is open.
-void SourceWalk::LookAtEntry(Listing& In, const char* Name, unsigned char Type) {
+void SourceWalk::LookAtEntry(Listing& InOutListing, const char* Name, unsigned char Type) {
     ++Control.EntriesSeen;
-    ++In.Entries;
-    Result.Entries += In.bSelected ? 1 : 0;
+    ++InOutListing.Entries;
+    Result.Entries += InOutListing.bSelected ? 1 : 0;
     Copied.Entries += Rules.bRenamed ? 0 : 1;
     if (Type == DT_DIR) {
-        In.Subdirectories.push_back({Name, std::nullopt, false});
+        InOutListing.Subdirectories.push_back({Name, std::nullopt, false});
     } else if (Type == DT_REG || Type == DT_LNK || Type == DT_UNKNOWN) {
-        const bool bLink = Type == DT_LNK || (Type == DT_UNKNOWN && IsLink(In.Descriptor, Name));
-        QueryEntry(In, Name, bLink);
+        const bool bLink =
+            Type == DT_LNK || (Type == DT_UNKNOWN && IsLink(InOutListing.Descriptor, Name));
+        QueryEntry(InOutListing, Name, bLink);
     } else {
-        AddSpecial(Join(In.Path, Name));
+        AddSpecial(Join(InOutListing.Path, Name));
     }
 }
 
-void SourceWalk::QueryEntry(Listing& In, const char* Name, bool bLink) {
+void SourceWalk::QueryEntry(Listing& InOutListing, const char* Name, bool bLink) {
     struct stat status {};
-    const int error = ::fstatat(In.Descriptor, Name, &status, 0) == 0 ? 0 : errno;
+    const int error = ::fstatat(InOutListing.Descriptor, Name, &status, 0) == 0 ? 0 : errno;
     if (bLink && (error == ENOENT || error == ENOTDIR || error == ELOOP)) {
-        Result.Findings.AddStop(PreflightFindingKind::DanglingLink, Join(In.Path, Name));
+        Result.Findings.AddStop(PreflightFindingKind::DanglingLink, Join(InOutListing.Path, Name));
     } else if (error != 0) {
-        AddUninspectable(Join(In.Path, Name), error);
-    } else if (In.Path.empty() && IdentityOf(status) == Rules.Destination) {
+        AddUninspectable(Join(InOutListing.Path, Name), error);
+    } else if (InOutListing.Path.empty() && IdentityOf(status) == Rules.Destination) {
         Result.Findings.AddStop(PreflightFindingKind::SourceIsDestination, Name);
     } else if (S_ISREG(status.st_mode)) {
-        LookAtFile(In, Name, status, bLink);
+        LookAtFile(InOutListing, Name, status, bLink);
     } else if (S_ISDIR(status.st_mode)) {
-        In.Subdirectories.push_back({Name, StatusOf(In.Descriptor, Name, status), bLink});
+        InOutListing.Subdirectories.push_back(
+            {Name, StatusOf(InOutListing.Descriptor, Name, status), bLink});
     } else if (!bLink) {
-        AddSpecial(Join(In.Path, Name));
+        AddSpecial(Join(InOutListing.Path, Name));
     }
 }
 
-void SourceWalk::LookAtFile(const Listing& In, const char* Name, const struct stat& Status,
+void SourceWalk::LookAtFile(const Listing& Directory, const char* Name, const struct stat& Status,
                             bool bLink) {
     const auto size = static_cast<std::uint64_t>(Status.st_size);
     // The engine counts no bytes of a link that is an item of its own.
-    const bool bLinkAsItem = bLink && In.Path.empty();
-    Result.Bytes += In.bSelected && !bLinkAsItem ? size : 0;
+    const bool bLinkAsItem = bLink && Directory.Path.empty();
+    Result.Bytes += Directory.bSelected && !bLinkAsItem ? size : 0;
     if (Rules.bRenamed) {
         return;
     }
@@ -176,22 +179,22 @@ void SourceWalk::LookAtFile(const Listing& In, const char* Name, const struct st
     // Moved within one file system, a file takes no more room than it leaves.
     const bool bMakesRoom = Rules.bRemoved && !bLink && Status.st_dev == Rules.DestinationDevice;
     Copied.BlockBytes += bMakesRoom ? 0 : RoundUp(size, Rules.BlockBytes);
-    if (!Rights.MayAccess(In.Descriptor, Name, Status, R_OK)) {
-        Result.Findings.AddStop(PreflightFindingKind::UnreadableFile, Join(In.Path, Name));
+    if (!Rights.MayAccess(Directory.Descriptor, Name, Status, R_OK)) {
+        Result.Findings.AddStop(PreflightFindingKind::UnreadableFile, Join(Directory.Path, Name));
     }
     if (size > Rules.MaxFileBytes) {
         Result.Findings.Add({.Kind = PreflightFindingKind::FileTooLarge,
-                             .Path = Join(In.Path, Name),
+                             .Path = Join(Directory.Path, Name),
                              .bStopsJob = true,
                              .NeededBytes = size,
                              .AvailableBytes = Rules.MaxFileBytes});
     }
 }
 
-SourceWalk::DirectoryStatus SourceWalk::StatusOfOpen(const Listing& In) const {
+SourceWalk::DirectoryStatus SourceWalk::StatusOfOpen(const Listing& Directory) const {
     struct stat status {};
-    ::fstat(In.Descriptor, &status);
-    return StatusOf(AT_FDCWD, In.Path.c_str(), status);
+    ::fstat(Directory.Descriptor, &status);
+    return StatusOf(AT_FDCWD, Directory.Path.c_str(), status);
 }
 
 SourceWalk::DirectoryStatus SourceWalk::StatusOf(int Parent, const char* Name,

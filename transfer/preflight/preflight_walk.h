@@ -72,14 +72,15 @@ private:
 
     void WalkDirectory(const std::string& Path, const std::optional<DirectoryStatus>& KnownStatus,
                        bool bSelected);
-    bool ListDirectory(Listing& In, const std::optional<DirectoryStatus>& KnownStatus);
-    void WalkSubdirectories(const Listing& In);
+    bool ListDirectory(Listing& InOutListing, const std::optional<DirectoryStatus>& KnownStatus);
+    void WalkSubdirectories(const Listing& Directory);
     void FollowLink(const std::string& Path, const DirectoryStatus& Target);
-    void LookAtEntry(Listing& In, const char* Name, unsigned char Type);
-    void QueryEntry(Listing& In, const char* Name, bool bLink);
-    void LookAtFile(const Listing& In, const char* Name, const struct stat& Status, bool bLink);
+    void LookAtEntry(Listing& InOutListing, const char* Name, unsigned char Type);
+    void QueryEntry(Listing& InOutListing, const char* Name, bool bLink);
+    void LookAtFile(const Listing& Directory, const char* Name, const struct stat& Status,
+                    bool bLink);
 
-    DirectoryStatus StatusOfOpen(const Listing& In) const;
+    DirectoryStatus StatusOfOpen(const Listing& Directory) const;
     DirectoryStatus StatusOf(int Parent, const char* Name, const struct stat& Status) const;
     bool IsStopped();
     void AddSpecial(const std::string& Path);
