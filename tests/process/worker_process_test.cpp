@@ -60,18 +60,6 @@ std::string DescribeDescriptors() {
     return text;
 }
 
-// Ignores SIGCHLD for its lifetime, as the program does that some shells and services start.
-class ChildSignalIgnored {
-public:
-    ChildSignalIgnored() : Before(signal(SIGCHLD, SIG_IGN)) {}
-    ~ChildSignalIgnored() { signal(SIGCHLD, Before); }
-    ChildSignalIgnored(const ChildSignalIgnored&) = delete;
-    ChildSignalIgnored& operator=(const ChildSignalIgnored&) = delete;
-
-private:
-    const sighandler_t Before;
-};
-
 } // namespace
 
 TEST(WorkerProcess, GivesTheReplyOfItsWork) {

@@ -54,6 +54,17 @@ TEST_F(ThroughPipes, CopiesNamesThatAreAnyBytes) {
     EXPECT_EQ(TreeOf(Root / "into"), TreeOf(Root / "from"));
 }
 
+// As some shells and services start their programs.
+TEST_F(ThroughPipes, FlushesWhereTheSignalOfEndedChildrenIsIgnored) {
+    constexpr double kLimitSeconds = 20.0;
+    WriteFile(Root / "file", "data");
+    EXPECT_RESULT(RunProgram({"env", "--ignore-signal=CHLD", TARVANE_PROGRAM, "copy",
+                              "--on-conflict=skip", "--flush=always", "file", "copied"},
+                             Root.Path().string(), {}, kLimitSeconds),
+                  0, "",
+                  "Copied 1 item(s).\nEverything is written. It is safe to unplug the disk.\n");
+}
+
 TEST_F(ThroughPipes, MovesATreeAcrossFileSystems) {
     EnterPrivateMountNamespace();
     fs::create_directory(Root / "other");

@@ -1,7 +1,8 @@
-// The processes that a test has started.
+// The processes that a test has started, and what it hears of their ends.
 
 #pragma once
 
+#include <csignal>
 #include <fstream>
 #include <vector>
 
@@ -16,3 +17,15 @@ inline std::vector<pid_t> ChildProcesses() {
     }
     return children;
 }
+
+// Ignores SIGCHLD for its lifetime, as the program does that some shells and services start.
+class ChildSignalIgnored {
+public:
+    ChildSignalIgnored() : Before(signal(SIGCHLD, SIG_IGN)) {}
+    ~ChildSignalIgnored() { signal(SIGCHLD, Before); }
+    ChildSignalIgnored(const ChildSignalIgnored&) = delete;
+    ChildSignalIgnored& operator=(const ChildSignalIgnored&) = delete;
+
+private:
+    const sighandler_t Before;
+};

@@ -3,18 +3,15 @@
 #include "block_device.h"
 #include "full_path.h"
 #include "quoted.h"
-#include "signals_blocked.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <fstream>
 #include <set>
 #include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -43,31 +40,17 @@ std::optional<std::uint64_t> PendingBytes() {
     return bytes;
 }
 
-// In the new process. It holds nothing else open, so that whoever reads the program's output sees
-// its end, and its exit status is the error number.
-[[noreturn]] void FlushAndExit(int Descriptor) {
-    constexpr unsigned kNoFlags = 0;
-    if (Descriptor < 0) {
-        ::sync();
-        ::_exit(0);
-    }
-    const auto kept = static_cast<unsigned>(Descriptor);
-    if (kept > 0) {
-        ::close_range(0, kept - 1, static_cast<int>(kNoFlags));
-    }
-    ::close_range(kept + 1, ~0U, static_cast<int>(kNoFlags));
-    ::_exit(::syncfs(Descriptor) == 0 ? 0 : errno);
-}
-
-// Signals stay blocked in the process: those of the terminal are meant for the interface, and its
-// handlers must not run twice.
-int StartFlush(int Descriptor) {
-    const SignalsBlocked blocked;
-    const pid_t process = ::fork();
-    if (process == 0) {
-        FlushAndExit(Descriptor);
-    }
-    return process;
+// Flushes the file system of the process's input, or all of them where that could not be opened.
+// The reply is the errno, or 0.
+WorkerProcess::Work FlushOf(bool bOpened) {
+    return [bOpened, error = 0]() mutable {
+        if (bOpened) {
+            error = ::syncfs(STDIN_FILENO) == 0 ? 0 : errno;
+        } else {
+            ::sync();
+        }
+        return AsReply(error);
+    };
 }
 
 } // namespace
@@ -95,28 +78,16 @@ std::vector<fs::path> DirectoriesToFlush(const TarvaneTransferPlan& Plan, FlushC
 Flusher::Flusher(const std::vector<fs::path>& Directories) {
     std::set<dev_t> known;
     for (const fs::path& wanted : Directories) {
-        Target target;
-        target.Directory = NearestExistingDirectory(wanted);
+        const fs::path directory = NearestExistingDirectory(wanted);
         struct stat status {};
-        if (::stat(target.Directory.c_str(), &status) == 0 && !known.insert(status.st_dev).second) {
+        if (::stat(directory.c_str(), &status) == 0 && !known.insert(status.st_dev).second) {
             continue;
         }
-        target.Descriptor =
-            ::open(target.Directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
-        target.DeviceDirectory = BlockDeviceDirectoryOf(target.Directory);
-        Targets.push_back(target);
-    }
-}
-
-Flusher::~Flusher() {
-    for (const Target& target : Targets) {
-        if (target.Process > 0) {
-            ::kill(target.Process, SIGKILL);
-            ::waitpid(target.Process, nullptr, WNOHANG);
-        }
-        if (target.Descriptor >= 0) {
-            ::close(target.Descriptor);
-        }
+        Target& target = Targets.emplace_back();
+        target.Directory = directory;
+        target.Opened = OwnedDescriptor(
+            ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+        target.DeviceDirectory = BlockDeviceDirectoryOf(directory);
     }
 }
 
@@ -124,9 +95,11 @@ void Flusher::Start() {
     PendingBytesAtStart = PendingBytes().value_or(0);
     for (Target& target : Targets) {
         target.WrittenBytesAtStart = BytesWrittenTo(target.DeviceDirectory).value_or(0);
-        target.Process = StartFlush(target.Descriptor);
-        if (target.Process < 0) {
-            NoteError(target, std::generic_category().message(errno));
+        const int opened = target.Opened.Get();
+        try {
+            target.Process.emplace(FlushOf(opened >= 0), opened);
+        } catch (const std::system_error& error) {
+            NoteError(target, error.what());
         }
     }
 }
@@ -135,7 +108,7 @@ FlushProgress Flusher::Poll() {
     NoteEnds();
     FlushProgress progress;
     progress.bFinished = std::all_of(Targets.begin(), Targets.end(),
-                                     [](const Target& Each) { return Each.Process < 0; });
+                                     [](const Target& Each) { return !Each.Process; });
     progress.ErrorText = ErrorText;
     if (progress.bFinished) {
         return progress;
@@ -151,15 +124,17 @@ FlushProgress Flusher::Poll() {
 
 void Flusher::NoteEnds() {
     for (Target& target : Targets) {
-        int status = 0;
-        if (target.Process < 0 || ::waitpid(target.Process, &status, WNOHANG) != target.Process) {
+        const std::optional<std::string> reply =
+            target.Process ? target.Process->TakeReply() : std::nullopt;
+        if (!reply) {
             continue;
         }
-        target.Process = -1;
-        if (!WIFEXITED(status)) {
+        target.Process.reset();
+        const std::optional<int> error = FromReply<int>(*reply);
+        if (!error) {
             NoteError(target, "the flush was interrupted");
-        } else if (WEXITSTATUS(status) != 0) {
-            NoteError(target, std::generic_category().message(WEXITSTATUS(status)));
+        } else if (*error != 0) {
+            NoteError(target, std::generic_category().message(*error));
         }
     }
 }

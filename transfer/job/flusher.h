@@ -5,6 +5,7 @@
 
 #include "tarvanetransfer.h"
 #include "transfer_request.h"
+#include "worker_process.h"
 
 #include <chrono>
 #include <cstdint>
@@ -41,7 +42,7 @@ public:
     // write only to those who had the file system open when it failed.
     explicit Flusher(const std::vector<std::filesystem::path>& Directories);
     // Leaves an unfinished flush to the kernel and returns at once.
-    ~Flusher();
+    ~Flusher() = default;
     Flusher(const Flusher&) = delete;
     Flusher& operator=(const Flusher&) = delete;
 
@@ -56,13 +57,13 @@ public:
 private:
     struct Target {
         std::filesystem::path Directory;
-        // -1 when the directory must not be opened.
-        int Descriptor = -1;
+        // None when the directory must not be opened.
+        OwnedDescriptor Opened;
         // Empty when no block device holds the directory.
         std::filesystem::path DeviceDirectory;
         std::uint64_t WrittenBytesAtStart = 0;
-        // Flushes it; -1 before and after.
-        int Process = -1;
+        // Flushes it; none before and after.
+        std::optional<WorkerProcess> Process;
     };
     using Clock = std::chrono::steady_clock;
 
@@ -71,7 +72,7 @@ private:
     std::uint64_t WrittenBytes(std::uint64_t PendingBytes) const;
     std::uint64_t SampleRate(std::uint64_t Written);
 
-    std::vector<Target> Targets;
+    std::deque<Target> Targets;
     std::string ErrorText;
     std::uint64_t PendingBytesAtStart = 0;
     // Bytes written since the start, oldest first.

@@ -4,9 +4,11 @@
 #include "flusher.h"
 
 #include "becomes_true.h"
+#include "child_processes.h"
 #include "fake_syncfs.h"
 #include "file_tree.h"
 #include "mounts.h"
+#include "no_processes_left.h"
 #include "temporary_directory.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +19,6 @@
 #include <fcntl.h>
 #include <fstream>
 #include <string>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -37,14 +38,8 @@ protected:
         return progress;
     }
 
-    // The processes that this one has started and that are not over.
-    static std::vector<pid_t> Children() {
-        std::ifstream list("/proc/thread-self/children");
-        std::vector<pid_t> children;
-        for (pid_t child = 0; list >> child;) {
-            children.push_back(child);
-        }
-        return children;
+    static testing::AssertionResult NoChildIsLeft() {
+        return BecomesTrue("no process is left", [] { return ChildProcesses().empty(); });
     }
 
     // How far the kernel gets before it gives up decides which of the two it reports.
@@ -93,7 +88,7 @@ TEST_F(FlusherTest, BringsDataToTheDisk) {
     const FlushProgress end = Finished(watch);
     EXPECT_EQ(end.ErrorText, "");
     EXPECT_NE(ReadFile(Room / "disk.image").find(bytes), std::string::npos);
-    EXPECT_TRUE(Children().empty());
+    EXPECT_TRUE(NoChildIsLeft());
 }
 
 // The disk believes that it has room, but what holds it has none.
@@ -139,6 +134,25 @@ TEST_F(FlusherTest, SaysThatItWasInterrupted) {
                                              "': the flush was interrupted");
 }
 
+TEST_F(FlusherTest, NeedsNoChildSignal) {
+    const ChildSignalIgnored ignored;
+    Fake.Syncfs = FakeSyncfs::FailWith(ENOSPC);
+    Flusher watch({Room.Path()});
+    watch.Start();
+    EXPECT_EQ(Finished(watch).ErrorText,
+              "cannot write everything to '" + Room.Path().string() + "': No space left on device");
+}
+
+TEST_F(FlusherTest, SaysWhyItCannotBeStarted) {
+    Flusher watch({Room.Path()});
+    {
+        const NoProcessesLeft limit;
+        watch.Start();
+    }
+    EXPECT_EQ(Finished(watch).ErrorText, "cannot write everything to '" + Room.Path().string() +
+                                             "': Resource temporarily unavailable");
+}
+
 TEST_F(FlusherTest, FlushesEachFileSystemOnce) {
     EnterPrivateMountNamespace();
     const ScopedMount other = MountTmpfs(Room / "other", "size=1m");
@@ -168,27 +182,22 @@ TEST_F(FlusherTest, FlushesEverythingWhenTheDirectoryMustNotBeOpened) {
 
 TEST_F(FlusherTest, CanBeLeftWhileTheDiskKeepsItWaiting) {
     Fake.Syncfs = FakeSyncfs::NeverEnd;
-    std::vector<pid_t> children;
     {
         Flusher watch({Room.Path()});
         watch.Start();
-        children = Children();
+        EXPECT_EQ(ChildProcesses().size(), 1U);
         EXPECT_FALSE(watch.Poll().bFinished);
         EXPECT_EQ(watch.Poll().ErrorText, "");
     }
-    ASSERT_EQ(children.size(), 1U);
-    EXPECT_TRUE(BecomesTrue("its process is over", [&] {
-        ::waitpid(children.front(), nullptr, WNOHANG);
-        return ::kill(children.front(), 0) != 0;
-    }));
+    EXPECT_TRUE(NoChildIsLeft());
 }
 
 TEST_F(FlusherTest, TakesNoSignalsFromTheTerminal) {
     Fake.Syncfs = FakeSyncfs::NeverEnd;
     Flusher watch({Room.Path()});
     watch.Start();
-    ASSERT_EQ(Children().size(), 1U);
-    const pid_t child = Children().front();
+    ASSERT_EQ(ChildProcesses().size(), 1U);
+    const pid_t child = ChildProcesses().front();
     for (const int signal : {SIGINT, SIGTSTP, SIGHUP, SIGTERM, SIGUSR1}) {
         ::kill(child, signal);
     }
