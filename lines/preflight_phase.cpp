@@ -5,7 +5,7 @@
 
 #include "block_layout.h"
 #include "key_guard.h"
-#include "preflight_thread.h"
+#include "preflight_run.h"
 #include "preflight_verdict.h"
 #include "progress_texts.h"
 #include "prompt.h"
@@ -30,7 +30,7 @@ RunOutcome CanceledOutcome(EndRequest& Requests) {
 // Waits until the look is over, hangs although it is to stop, or the program is to end.
 class PreflightWait : public Activity {
 public:
-    PreflightWait(PreflightThread& RunningPreflight, const PromptContext& ContextToUse)
+    PreflightWait(PreflightRun& RunningPreflight, const PromptContext& ContextToUse)
         : Preflight(RunningPreflight), Context(ContextToUse) {}
 
     void TakeKey(const KeyPress& Key) override {
@@ -50,7 +50,7 @@ public:
     int Descriptor() const override { return Preflight.OverFd(); }
 
 private:
-    PreflightThread& Preflight;
+    PreflightRun& Preflight;
     const PromptContext& Context;
     std::optional<Terminal::TimePoint> Deadline;
 };
@@ -126,7 +126,7 @@ std::optional<RunOutcome> FollowVerdict(const PreflightVerdict& Verdict,
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
                                             const PromptContext& Context) {
-    PreflightThread preflight(Plan);
+    PreflightRun preflight(Plan);
     PreflightWait wait(preflight, Context);
     Context.Loop.Run(wait);
     Context.Shown.Clear();

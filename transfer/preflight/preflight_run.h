@@ -13,12 +13,12 @@
 // system that does not answer may hold it for ever.
 //
 // Threads: one thread uses it; the look is inside.
-class PreflightThread {
+class PreflightRun {
 public:
-    explicit PreflightThread(TarvaneTransferPlan Plan);
-    ~PreflightThread() { RequestStop(); }
-    PreflightThread(const PreflightThread&) = delete;
-    PreflightThread& operator=(const PreflightThread&) = delete;
+    explicit PreflightRun(TarvaneTransferPlan Plan);
+    ~PreflightRun() { RequestStop(); }
+    PreflightRun(const PreflightRun&) = delete;
+    PreflightRun& operator=(const PreflightRun&) = delete;
 
     void RequestStop() { Shared->Control.bStopRequested = true; }
     std::uint64_t EntriesSeen() const { return Shared->Control.EntriesSeen; }

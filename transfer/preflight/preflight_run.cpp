@@ -1,4 +1,4 @@
-#include "preflight_thread.h"
+#include "preflight_run.h"
 
 #include "signals_blocked.h"
 
@@ -10,13 +10,13 @@
 #include <unistd.h>
 #include <utility>
 
-PreflightThread::State::~State() {
+PreflightRun::State::~State() {
     if (OverEvent >= 0) {
         close(OverEvent);
     }
 }
 
-PreflightThread::PreflightThread(TarvaneTransferPlan Plan) : Shared(std::make_shared<State>()) {
+PreflightRun::PreflightRun(TarvaneTransferPlan Plan) : Shared(std::make_shared<State>()) {
     Shared->Plan = std::move(Plan);
     Shared->OverEvent = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     const SignalsBlocked blocked;
@@ -28,7 +28,7 @@ PreflightThread::PreflightThread(TarvaneTransferPlan Plan) : Shared(std::make_sh
     }
 }
 
-void PreflightThread::Look(State& Shared) noexcept {
+void PreflightRun::Look(State& Shared) noexcept {
     try {
         Shared.Result = RunPreflight(Shared.Plan, Shared.Control);
     } catch (const std::exception& error) {
