@@ -24,10 +24,11 @@ public:
     using Work = std::function<std::string_view()>;
     static constexpr int kNoInput = -1;
 
-    // Starts at once. Everything that Work needs is to be made before: where other threads run, it
-    // must not allocate.
-    // Requires: the program's standard streams are open, be it to /dev/null.
-    // Errors: std::system_error when the process cannot be started.
+    // Starts at once. Where other threads run, Work must not wait for a lock that one of them may
+    // hold at that moment, as nobody opens the copy of it. Of the C library's own locks only those
+    // of memory are safe, so what can be made before is better made before. Requires: the program's
+    // standard streams are open, be it to /dev/null. Errors: std::system_error when the process
+    // cannot be started.
     explicit WorkerProcess(const Work& WorkToDo, int Input = kNoInput);
     // Kills a process that still works. Never waits.
     ~WorkerProcess();

@@ -1,9 +1,12 @@
 // The look before a job and the flush after it, as a person meets them on a terminal.
 
+#include "becomes_true.h"
+#include "hanging_file_system.h"
 #include "mounts.h"
 #include "on_terminal.h"
 
 #include <filesystem>
+#include <optional>
 
 namespace {
 
@@ -63,6 +66,39 @@ TEST_F(PreflightOnTerminal, IsLeftOutWhenToldSo) {
     Start({"copy", "--no-preflight", "from/file", "to"});
     EXPECT_TRUE(Program->ExitsWith(0));
     EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
+}
+
+// A look that a file system never lets go of, not even when the program is killed.
+class HungPreflightOnTerminal : public OnTerminal {
+protected:
+    HungPreflightOnTerminal() {
+        EnterPrivateMountNamespace();
+        Hung.emplace(Root / "from");
+    }
+
+    void StartAndHang() {
+        Start({"copy", "--dry-run", "from", "to"});
+        ASSERT_TRUE(Program->ShowsText("Looking through the sources: 1 entries."));
+        ASSERT_TRUE(BecomesTrue("the look hangs", [this] { return Hung->IsHolding(); }));
+    }
+
+    std::optional<HangingFileSystem> Hung;
+};
+
+TEST_F(HungPreflightOnTerminal, CanBeSkippedAndDoesNotHoldTheEnd) {
+    StartAndHang();
+    Program->Type(kEsc);
+    EXPECT_TRUE(Program->ExitsWith(1, 10.0));
+    EXPECT_EQ(Program->HistoryAndScreen(), "the look through the sources has no result\n");
+    ExpectRestoredTerminal();
+}
+
+TEST_F(HungPreflightOnTerminal, CanBeCanceled) {
+    StartAndHang();
+    Program->Type(kCtrlC);
+    EXPECT_TRUE(Program->ExitsWith(130, 10.0));
+    EXPECT_EQ(Program->HistoryAndScreen(), "Canceled before anything was touched.\n");
+    ExpectRestoredTerminal();
 }
 
 class FlushOnTerminal : public OnTerminal {

@@ -16,8 +16,8 @@ std::size_t IndexOf(PreflightFindingKind Kind) {
 } // namespace
 
 void PreflightFindings::Add(PreflightFinding Finding) {
-    bAnyStopsJob = bAnyStopsJob || Finding.bStopsJob;
-    if (Counts.at(IndexOf(Finding.Kind))++ < kKeptPerKind) {
+    All.bAnyStopsJob = All.bAnyStopsJob || Finding.bStopsJob;
+    if (All.Counts.at(IndexOf(Finding.Kind))++ < kKeptPerKind) {
         KeptFindings.push_back(std::move(Finding));
     }
 }
@@ -28,11 +28,11 @@ void PreflightFindings::AddStop(PreflightFindingKind Kind, const std::filesystem
 }
 
 std::uint64_t PreflightFindings::Count(PreflightFindingKind Kind) const {
-    return Counts.at(IndexOf(Kind));
+    return All.Counts.at(IndexOf(Kind));
 }
 
 std::uint64_t PreflightFindings::Count() const {
-    return std::accumulate(Counts.begin(), Counts.end(), std::uint64_t{0});
+    return std::accumulate(All.Counts.begin(), All.Counts.end(), std::uint64_t{0});
 }
 
 std::string_view PreflightFindingName(PreflightFindingKind Kind) {

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 enum class PreflightFindingKind {
@@ -59,6 +60,16 @@ class PreflightFindings {
 public:
     static constexpr std::size_t kKeptPerKind = 100;
 
+    // What is known of all findings, those that were not kept included.
+    struct Tally {
+        std::array<std::uint64_t, kPreflightFindingKinds> Counts{};
+        bool bAnyStopsJob = false;
+    };
+
+    PreflightFindings() = default;
+    PreflightFindings(const Tally& CountedFindings, std::vector<PreflightFinding> FirstFindings)
+        : KeptFindings(std::move(FirstFindings)), All(CountedFindings) {}
+
     void Add(PreflightFinding Finding);
     // Adds one at which the job ends.
     void AddStop(PreflightFindingKind Kind, const std::filesystem::path& Path,
@@ -66,15 +77,14 @@ public:
 
     // In the order in which they were found.
     const std::vector<PreflightFinding>& Kept() const { return KeptFindings; }
-    // Those that were not kept included.
+    const Tally& Counted() const { return All; }
     std::uint64_t Count(PreflightFindingKind Kind) const;
     std::uint64_t Count() const;
-    bool AnyStopsJob() const { return bAnyStopsJob; }
+    bool AnyStopsJob() const { return All.bAnyStopsJob; }
 
 private:
     std::vector<PreflightFinding> KeptFindings;
-    std::array<std::uint64_t, kPreflightFindingKinds> Counts{};
-    bool bAnyStopsJob = false;
+    Tally All;
 };
 
 // The kind in lower case with hyphens: "dangling-link".

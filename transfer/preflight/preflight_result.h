@@ -7,7 +7,8 @@
 #include <atomic>
 #include <cstdint>
 
-// How the interface follows a look that runs on another thread, and ends it early.
+// How the interface follows a look that runs elsewhere, and ends it early. It may lie in memory
+// that processes share.
 struct PreflightControl {
     std::atomic<bool> bStopRequested{false};
     std::atomic<std::uint64_t> EntriesSeen{0};

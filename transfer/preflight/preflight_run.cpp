@@ -1,40 +1,57 @@
 #include "preflight_run.h"
 
-#include "signals_blocked.h"
+#include "preflight.h"
 
-#include <cstdint>
 #include <exception>
-#include <sys/eventfd.h>
+#include <new>
+#include <string_view>
+#include <sys/mman.h>
 #include <system_error>
-#include <thread>
-#include <unistd.h>
-#include <utility>
 
-PreflightRun::State::~State() {
-    if (OverEvent >= 0) {
-        close(OverEvent);
+namespace {
+
+PreflightControl* MapShared() {
+    static_assert(decltype(PreflightControl::bStopRequested)::is_always_lock_free);
+    static_assert(decltype(PreflightControl::EntriesSeen)::is_always_lock_free);
+    void* memory = mmap(nullptr, sizeof(PreflightControl), PROT_READ | PROT_WRITE,
+                        MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) {
+        throw std::bad_alloc();
     }
+    return new (memory) PreflightControl;
 }
 
-PreflightRun::PreflightRun(TarvaneTransferPlan Plan) : Shared(std::make_shared<State>()) {
-    Shared->Plan = std::move(Plan);
-    Shared->OverEvent = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    const SignalsBlocked blocked;
-    try {
-        std::thread([shared = Shared] { Look(*shared); }).detach();
-    } catch (const std::system_error& error) {
-        Shared->Failure = error.what();
-        Shared->bOver = true;
-    }
+void Unmap(PreflightControl* Mapped) {
+    munmap(Mapped, sizeof(PreflightControl));
 }
 
-void PreflightRun::Look(State& Shared) noexcept {
+PreflightEnd Look(const TarvaneTransferPlan& Plan, PreflightControl& Control) {
     try {
-        Shared.Result = RunPreflight(Shared.Plan, Shared.Control);
+        return {RunPreflight(Plan, Control), {}};
     } catch (const std::exception& error) {
-        Shared.Failure = error.what();
+        return {{}, error.what()};
     }
-    Shared.bOver = true;
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = write(Shared.OverEvent, &one, sizeof(one));
+}
+
+} // namespace
+
+PreflightRun::PreflightRun(const TarvaneTransferPlan& Plan) : Control(MapShared(), Unmap) {
+    try {
+        Process.emplace([&Plan, &control = *Control, reply = std::string()]() mutable {
+            reply = ReplyFrom(Look(Plan, control));
+            return std::string_view(reply);
+        });
+    } catch (const std::system_error& error) {
+        End = {{}, error.what()};
+    }
+}
+
+bool PreflightRun::IsOver() {
+    if (End) {
+        return true;
+    }
+    if (const std::optional<std::string> reply = Process->TakeReply()) {
+        End = EndFrom(*reply);
+    }
+    return End.has_value();
 }

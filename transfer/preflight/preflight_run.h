@@ -1,48 +1,39 @@
-// A look through the sources that runs on a thread of its own.
+// A look through the sources that holds nobody.
 
 #pragma once
 
-#include "preflight.h"
+#include "preflight_reply.h"
 #include "tarvanetransfer.h"
+#include "worker_process.h"
 
-#include <atomic>
 #include <memory>
+#include <optional>
 #include <string>
 
-// Starts when it is made. Letting go of it asks the thread to stop but does not wait for it: a file
-// system that does not answer may hold it for ever.
+// Starts when it is made, in a process of its own: a file system that does not answer may hold the
+// look for ever, and as a thread it would hold the end of the program too. Letting go of it waits
+// for nothing.
 //
-// Threads: one thread uses it; the look is inside.
+// Threads: one thread makes, uses and destroys it; others may run.
 class PreflightRun {
 public:
-    explicit PreflightRun(TarvaneTransferPlan Plan);
-    ~PreflightRun() { RequestStop(); }
-    PreflightRun(const PreflightRun&) = delete;
-    PreflightRun& operator=(const PreflightRun&) = delete;
+    explicit PreflightRun(const TarvaneTransferPlan& Plan);
 
-    void RequestStop() { Shared->Control.bStopRequested = true; }
-    std::uint64_t EntriesSeen() const { return Shared->Control.EntriesSeen; }
-    bool IsOver() const { return Shared->bOver; }
-    // Becomes readable when the look is over; for poll.
-    int OverFd() const { return Shared->OverEvent; }
+    void RequestStop() { Control->bStopRequested = true; }
+    std::uint64_t EntriesSeen() const { return Control->EntriesSeen; }
+    bool IsOver();
+    // Becomes readable when IsOver has something to do; for poll. It is -1, which poll ignores,
+    // when the look could not be started.
+    int OverFd() const { return Process ? Process->OverFd() : -1; }
 
     // Requires, for both: it is over. The second is the reason when the look has broken off.
-    const PreflightResult& Result() const { return Shared->Result; }
-    const std::string& Failure() const { return Shared->Failure; }
+    const PreflightResult& Result() const { return End->Result; }
+    const std::string& Failure() const { return End->Failure; }
 
 private:
-    struct State {
-        ~State();
-
-        TarvaneTransferPlan Plan;
-        PreflightControl Control;
-        PreflightResult Result;
-        std::string Failure;
-        int OverEvent = -1;
-        std::atomic<bool> bOver{false};
-    };
-
-    static void Look(State& Shared) noexcept;
-
-    std::shared_ptr<State> Shared;
+    // Shared with the process.
+    const std::unique_ptr<PreflightControl, void (*)(PreflightControl*)> Control;
+    std::optional<WorkerProcess> Process;
+    // Nothing until it is over.
+    std::optional<PreflightEnd> End;
 };
