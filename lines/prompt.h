@@ -10,7 +10,7 @@
 #include "block_drawer.h"
 #include "exit_status_function.h"
 #include "interface_loop.h"
-#include "output_queue.h"
+#include "line_queue.h"
 #include "terminal.h"
 
 // Shows on standard error, through the terminal or, where that is a pipe or a file, as plain lines.
@@ -55,7 +55,7 @@ private:
     Terminal& Screen;
     ExitStatusFunction ExitStatusOf;
     BlockDrawer Drawer;
-    OutputQueue Errors;
+    LineQueue Errors;
     std::string PartingSentence;
     // What a terminal that cannot redraw has been shown last.
     std::vector<ScreenLine> PlainShown;

@@ -57,7 +57,7 @@ private:
     InterfaceLoop Loop;
     std::unique_ptr<Reporter> Report;
     // Standard output, unless the records go there.
-    OutputQueue Results;
+    LineQueue Results;
 };
 
 RunOutcome PromptFrontEnd::Run() {

@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include "json_records.h"
+#include "line_queue.h"
 #include "live_block.h"
-#include "output_queue.h"
 #include "progress_texts.h"
 
 namespace {
@@ -153,7 +153,7 @@ public:
     }
 
 private:
-    OutputQueue Records;
+    LineQueue Records;
     IntervalTimer Timer;
     bool bCancelSaid = false;
 };

@@ -1,4 +1,4 @@
-#include "output_queue.h"
+#include "line_queue.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -6,35 +6,35 @@
 #include <poll.h>
 #include <unistd.h>
 
-void OutputQueue::Add(std::string_view Line) {
+void LineQueue::Add(std::string_view Line) {
     if (FirstError == 0) {
         Waiting.append(Line).push_back('\n');
         Pump();
     }
 }
 
-void OutputQueue::Offer(std::string_view Line) {
+void LineQueue::Offer(std::string_view Line) {
     Pump();
     if (Waiting.empty()) {
         Add(Line);
     }
 }
 
-void OutputQueue::Pump() {
+void LineQueue::Pump() {
     const int atOnce = 0;
     while (!Waiting.empty() && WaitUntilReady(atOnce)) {
         WriteSome();
     }
 }
 
-void OutputQueue::Finish() {
+void LineQueue::Finish() {
     const int forever = -1;
     while (!Waiting.empty() && WaitUntilReady(forever)) {
         WriteSome();
     }
 }
 
-bool OutputQueue::WaitUntilReady(int TimeoutMilliseconds) const {
+bool LineQueue::WaitUntilReady(int TimeoutMilliseconds) const {
     pollfd target{Target, POLLOUT, 0};
     int ready = 0;
     do {
@@ -43,7 +43,7 @@ bool OutputQueue::WaitUntilReady(int TimeoutMilliseconds) const {
     return ready > 0;
 }
 
-void OutputQueue::WriteSome() {
+void LineQueue::WriteSome() {
     // A pipe that is ready takes this much without waiting.
     const std::size_t size = std::min<std::size_t>(Waiting.size(), PIPE_BUF);
     const ssize_t written = write(Target, Waiting.data(), size);

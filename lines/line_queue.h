@@ -9,9 +9,9 @@
 // be written now is kept.
 //
 // Requires: SIGPIPE is ignored. Threads: one at a time.
-class OutputQueue {
+class LineQueue {
 public:
-    explicit OutputQueue(int Descriptor) : Target(Descriptor) {}
+    explicit LineQueue(int Descriptor) : Target(Descriptor) {}
 
     // Line comes without its line end and is written sooner or later.
     void Add(std::string_view Line);

@@ -1,4 +1,4 @@
-#include "output_queue.h"
+#include "line_queue.h"
 
 #include "needs.h"
 
@@ -14,9 +14,9 @@
 
 namespace {
 
-class OutputQueueTest : public testing::Test {
+class LineQueueTest : public testing::Test {
 protected:
-    OutputQueueTest() {
+    LineQueueTest() {
         int ends[2] = {-1, -1};
         EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
         Reader = ends[0];
@@ -24,7 +24,7 @@ protected:
         std::signal(SIGPIPE, SIG_IGN);
     }
 
-    ~OutputQueueTest() override {
+    ~LineQueueTest() override {
         close(Reader);
         close(Target);
     }
@@ -51,24 +51,24 @@ protected:
 
 } // namespace
 
-TEST_F(OutputQueueTest, WritesALineAtOnceWhenTheReaderKeepsUp) {
-    OutputQueue writer(Target);
+TEST_F(LineQueueTest, WritesALineAtOnceWhenTheReaderKeepsUp) {
+    LineQueue writer(Target);
     writer.Add("one");
     EXPECT_EQ(Read(), "one\n");
 }
 
-TEST_F(OutputQueueTest, KeepsALineForALateReader) {
+TEST_F(LineQueueTest, KeepsALineForALateReader) {
     FillPipe();
-    OutputQueue writer(Target);
+    LineQueue writer(Target);
     writer.Add("one");
     Read();
     writer.Pump();
     EXPECT_EQ(Read(), "one\n");
 }
 
-TEST_F(OutputQueueTest, LeavesOutAnOfferedLineWhileOthersWait) {
+TEST_F(LineQueueTest, LeavesOutAnOfferedLineWhileOthersWait) {
     FillPipe();
-    OutputQueue writer(Target);
+    LineQueue writer(Target);
     writer.Add("one");
     writer.Offer("two");
     Read();
@@ -79,9 +79,9 @@ TEST_F(OutputQueueTest, LeavesOutAnOfferedLineWhileOthersWait) {
     EXPECT_EQ(text, "one\nthree\n");
 }
 
-TEST_F(OutputQueueTest, FinishesOnlyWhenTheReaderHasEverything) {
+TEST_F(LineQueueTest, FinishesOnlyWhenTheReaderHasEverything) {
     const std::string line(1 << 19, 'x');
-    OutputQueue writer(Target);
+    LineQueue writer(Target);
     writer.Add(line);
     std::string received;
     std::thread reading([&] {
@@ -99,17 +99,17 @@ TEST_F(OutputQueueTest, FinishesOnlyWhenTheReaderHasEverything) {
     EXPECT_EQ(writer.Error(), 0);
 }
 
-TEST_F(OutputQueueTest, TellsThatTheReaderHasGone) {
+TEST_F(LineQueueTest, TellsThatTheReaderHasGone) {
     close(std::exchange(Reader, -1));
-    OutputQueue writer(Target);
+    LineQueue writer(Target);
     writer.Add("one");
     EXPECT_EQ(writer.Error(), EPIPE);
 }
 
-TEST(OutputQueueOnAFile, TellsTheFirstError) {
+TEST(LineQueueOnAFile, TellsTheFirstError) {
     NeedDeviceNode("/dev/full");
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
-    OutputQueue writer(full);
+    LineQueue writer(full);
     writer.Add("one");
     writer.Finish();
     EXPECT_EQ(writer.Error(), ENOSPC);
