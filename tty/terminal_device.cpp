@@ -11,6 +11,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "restore_on_end.h"
 #include "signals_blocked.h"
 #include "terminal_modes.h"
 
@@ -94,7 +95,11 @@ TerminalSize TerminalDevice::Size() const {
 }
 
 bool TerminalDevice::EnterKeyMode() {
-    if (InputFd < 0 || !EnterKeyModes(InputFd)) {
+    if (InputFd < 0) {
+        return false;
+    }
+    RestoreOnEveryEnd();
+    if (!EnterKeyModes(InputFd)) {
         return false;
     }
     bKeyMode = true;

@@ -1,4 +1,4 @@
-// The modes of the terminal, and how they come back on every end of the program.
+// The modes of the terminal.
 
 #pragma once
 
@@ -12,8 +12,10 @@ bool OwnsTerminal(int Descriptor);
 // with nothing changed, when the terminal is not ours or none.
 bool EnterKeyModes(int Descriptor);
 
+// Whether RestoreTerminalNow has modes to give back. May be called in a signal handler.
+bool HasKeyModes();
+
 // Gives the terminal the modes back that it had before EnterKeyModes; does nothing when that was
-// not called, or in the background, where the terminal is someone else's. For leaving at once: it
-// may be called in a signal handler and before _exit. std::exit, std::terminate and a crash call it
-// by themselves.
+// not called, or in the background, where the terminal is someone else's. May be called in a signal
+// handler and before _exit.
 void RestoreTerminalNow();

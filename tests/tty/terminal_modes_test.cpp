@@ -1,74 +1,21 @@
-// The modes of a real terminal: while keys are taken, and after every way to end.
+// The modes of a real terminal while keys are taken and afterwards.
 
 #include "terminal_modes.h"
 
 #include <array>
 #include <csignal>
-#include <cstdlib>
-#include <exception>
 #include <functional>
-#include <string>
-#include <sys/mman.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <termios.h>
-#include <thread>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
-#include "forked_in_terminal.h"
-#include "signals_blocked.h"
-#include "worker_thread.h"
+#include "in_key_mode.h"
 
 namespace {
 
 using Reporter = ForkedInTerminal::Reporter;
-
-// Enters key mode, waits for a key so that the test can look at the terminal, and ends by End.
-ForkedInTerminal InKeyModeUntilKey(const std::function<void()>& End) {
-    return ForkedInTerminal([&End](const Reporter& Report) {
-        const rlimit noCore{0, 0};
-        setrlimit(RLIMIT_CORE, &noCore);
-        Report(EnterKeyModes(STDIN_FILENO) ? "entered" : "refused");
-        char key = 0;
-        if (read(STDIN_FILENO, &key, 1) == 1) {
-            End();
-        }
-        return 0;
-    });
-}
-
-// A process that ends as End does in key mode gives the terminal its modes back. Returns how it
-// ended.
-int StatusOfRestoringEnd(const std::function<void()>& End) {
-    ForkedInTerminal process = InKeyModeUntilKey(End);
-    EXPECT_EQ(process.NextReport(), "entered");
-    EXPECT_FALSE(process.HasModesAsAtFirst());
-    process.Type("x");
-    process.Output();
-    const int status = process.WaitForEnd();
-    EXPECT_TRUE(process.HasModesAsAtFirst());
-    return status;
-}
-
-// A sanitizer turns a fault into an exit with a status of its own.
-bool EndedByFault(int Status, int Signal) {
-    return WIFSIGNALED(Status) ? WTERMSIG(Status) == Signal
-                               : WIFEXITED(Status) && WEXITSTATUS(Status) != 0;
-}
-
-void WriteToNowhere() {
-    void* page = mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    *static_cast<volatile char*>(page) = 1;
-}
-
-// Never ends, although no compiler can see that.
-int FillStack(int Depth) {
-    volatile char room[4096];
-    room[0] = static_cast<char>(Depth);
-    return Depth < 0 ? 0 : FillStack(Depth + 1) + room[0];
-}
 
 // Runs Body in a child that is in the background of the terminal that its parent owns.
 int InBackground(const std::function<int()>& Body) {
@@ -167,54 +114,6 @@ TEST(TerminalRestore, HappensWhenItIsAskedFor) {
         _exit(7);
     });
     EXPECT_EQ(WEXITSTATUS(status), 7);
-}
-
-TEST(TerminalRestore, HappensOnExit) {
-    const int status = StatusOfRestoringEnd([] { std::exit(7); });
-    EXPECT_EQ(WEXITSTATUS(status), 7);
-}
-
-TEST(TerminalRestore, HappensOnAnUncaughtException) {
-    EXPECT_TRUE(EndedByFault(StatusOfRestoringEnd([] { std::terminate(); }), SIGABRT));
-}
-
-TEST(TerminalRestore, HappensOnAFault) {
-    EXPECT_TRUE(EndedByFault(StatusOfRestoringEnd(WriteToNowhere), SIGSEGV));
-}
-
-TEST(TerminalRestore, HappensOnAFaultOfAnotherThread) {
-    const int status = StatusOfRestoringEnd([] { std::thread(WriteToNowhere).join(); });
-    EXPECT_TRUE(EndedByFault(status, SIGSEGV));
-}
-
-TEST(TerminalRestore, HappensOnAFaultOfAThreadWithoutSignals) {
-    const int status = StatusOfRestoringEnd([] {
-        const SignalsBlocked blocked;
-        std::thread(WriteToNowhere).join();
-    });
-    EXPECT_TRUE(EndedByFault(status, SIGSEGV));
-}
-
-TEST(TerminalRestore, HappensOnASignalThatWasSent) {
-    EXPECT_TRUE(EndedByFault(StatusOfRestoringEnd([] { kill(getpid(), SIGBUS); }), SIGBUS));
-}
-
-TEST(TerminalRestore, HappensWhenTheStackOverflows) {
-    EXPECT_TRUE(EndedByFault(StatusOfRestoringEnd([] { FillStack(0); }), SIGSEGV));
-}
-
-TEST(TerminalRestore, HappensWhenAWorkersStackOverflows) {
-    const int status =
-        StatusOfRestoringEnd([] { const WorkerThread worker([] { FillStack(0); }); });
-    EXPECT_TRUE(EndedByFault(status, SIGSEGV));
-}
-
-TEST(TerminalRestore, MovesBelowTheBlockOnACrash) {
-    ForkedInTerminal process = InKeyModeUntilKey([] { raise(SIGFPE); });
-    ASSERT_EQ(process.NextReport(), "entered");
-    process.Type("x");
-    EXPECT_EQ(process.Output().substr(0, 3), "\r\r\n");
-    process.WaitForEnd();
 }
 
 TEST(TerminalRestore, LeavesTheTerminalAloneInTheBackground) {

@@ -1,0 +1,87 @@
+// The modes of a real terminal after every way to end.
+
+#include "restore_on_end.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "in_key_mode.h"
+#include "signals_blocked.h"
+#include "worker_thread.h"
+
+namespace {
+
+// A sanitizer turns a fault into an exit with a status of its own.
+bool EndedByFault(int Status, int Signal) {
+    return WIFSIGNALED(Status) ? WTERMSIG(Status) == Signal
+                               : WIFEXITED(Status) && WEXITSTATUS(Status) != 0;
+}
+
+void WriteToNowhere() {
+    void* page = mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    *static_cast<volatile char*>(page) = 1;
+}
+
+// Never ends, although no compiler can see that.
+int FillStack(int Depth) {
+    volatile char room[4096];
+    room[0] = static_cast<char>(Depth);
+    return Depth < 0 ? 0 : FillStack(Depth + 1) + room[0];
+}
+
+} // namespace
+
+TEST(RestoreOnEnd, HappensOnExit) {
+    const int status = StatusOfRestoringEnd([] { std::exit(7); });
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+}
+
+TEST(RestoreOnEnd, HappensOnAnUncaughtException) {
+    EXPECT_TRUE(EndedByFault(StatusOfRestoringEnd([] { std::terminate(); }), SIGABRT));
+}
+
+TEST(RestoreOnEnd, HappensOnAFault) {
+    EXPECT_TRUE(EndedByFault(StatusOfRestoringEnd(WriteToNowhere), SIGSEGV));
+}
+
+TEST(RestoreOnEnd, HappensOnAFaultOfAnotherThread) {
+    const int status = StatusOfRestoringEnd([] { std::thread(WriteToNowhere).join(); });
+    EXPECT_TRUE(EndedByFault(status, SIGSEGV));
+}
+
+TEST(RestoreOnEnd, HappensOnAFaultOfAThreadWithoutSignals) {
+    const int status = StatusOfRestoringEnd([] {
+        const SignalsBlocked blocked;
+        std::thread(WriteToNowhere).join();
+    });
+    EXPECT_TRUE(EndedByFault(status, SIGSEGV));
+}
+
+TEST(RestoreOnEnd, HappensOnASignalThatWasSent) {
+    EXPECT_TRUE(EndedByFault(StatusOfRestoringEnd([] { kill(getpid(), SIGBUS); }), SIGBUS));
+}
+
+TEST(RestoreOnEnd, HappensWhenTheStackOverflows) {
+    EXPECT_TRUE(EndedByFault(StatusOfRestoringEnd([] { FillStack(0); }), SIGSEGV));
+}
+
+TEST(RestoreOnEnd, HappensWhenAWorkersStackOverflows) {
+    const int status =
+        StatusOfRestoringEnd([] { const WorkerThread worker([] { FillStack(0); }); });
+    EXPECT_TRUE(EndedByFault(status, SIGSEGV));
+}
+
+TEST(RestoreOnEnd, MovesBelowTheBlockOnACrash) {
+    ForkedInTerminal process = InKeyModeUntilKey([] { raise(SIGFPE); });
+    ASSERT_EQ(process.NextReport(), "entered");
+    process.Type("x");
+    EXPECT_EQ(process.Output().substr(0, 3), "\r\r\n");
+    process.WaitForEnd();
+}
