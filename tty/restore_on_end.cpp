@@ -13,11 +13,36 @@
 
 namespace {
 
-constexpr std::array kCrashSignals = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT};
+std::array<struct sigaction, NSIG> gActionsBefore{};
 
-std::array<struct sigaction, kCrashSignals.size()> gActionsBefore{};
+struct sigaction& ActionBefore(int Signal) {
+    return gActionsBefore[static_cast<std::size_t>(Signal)];
+}
 
-// What the system says about the crash comes out below the block, not over its last line.
+bool IsCrash(int Signal) {
+    return Signal == SIGSEGV || Signal == SIGBUS || Signal == SIGILL || Signal == SIGFPE ||
+           Signal == SIGABRT;
+}
+
+// Whether a program that does nothing about it is ended by it and could do something.
+bool EndsProgramsByItself(int Signal) {
+    switch (Signal) {
+    case SIGCHLD:
+    case SIGCONT:
+    case SIGURG:
+    case SIGWINCH:
+    case SIGTSTP:
+    case SIGTTIN:
+    case SIGTTOU:
+    case SIGSTOP:
+    case SIGKILL:
+        return false;
+    default:
+        return true;
+    }
+}
+
+// What the system says about the end comes out below the block, not over its last line.
 void LeaveBlock() {
     pollfd output{STDERR_FILENO, POLLOUT, 0};
     if (poll(&output, 1, 0) > 0 && (output.revents & POLLOUT) != 0) {
@@ -26,20 +51,35 @@ void LeaveBlock() {
 }
 
 // Everything in here is safe in a signal handler.
-void RestoreAfterCrash(int Signal, siginfo_t* Info, void*) {
+void RestoreAndEnd(int Signal, siginfo_t* Info, void*) {
     if (HasKeyModes()) {
         LeaveBlock();
         RestoreTerminalNow();
     }
-    for (std::size_t i = 0; i < kCrashSignals.size(); ++i) {
-        if (kCrashSignals[i] == Signal) {
-            sigaction(Signal, &gActionsBefore[i], nullptr);
-        }
-    }
-    // A fault happens again on return and ends the program as it would have; a signal that was sent
-    // has to be sent again.
-    if (Info->si_code <= 0) {
+    sigaction(Signal, &ActionBefore(Signal), nullptr);
+    // A fault happens again on return, which leaves a core of the place where it happened; any
+    // other signal has to be sent again.
+    const bool bHappensAgain = IsCrash(Signal) && Info->si_code > 0;
+    if (!bHappensAgain) {
         raise(Signal);
+    }
+}
+
+// Signals that are ignored stay so, and those that somebody else acts on do not end the program,
+// but for crashes: a sanitizer reports them first.
+void TakeOver(int Signal) {
+    struct sigaction& before = ActionBefore(Signal);
+    if (sigaction(Signal, nullptr, &before) != 0) {
+        return;
+    }
+    const bool bEnds =
+        before.sa_handler == SIG_DFL || (before.sa_handler != SIG_IGN && IsCrash(Signal));
+    if (bEnds) {
+        struct sigaction action {};
+        action.sa_sigaction = RestoreAndEnd;
+        action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+        sigemptyset(&action.sa_mask);
+        sigaction(Signal, &action, nullptr);
     }
 }
 
@@ -52,11 +92,9 @@ void RestoreOnEveryEnd() {
         return;
     }
     std::atexit(RestoreTerminalNow);
-    struct sigaction action {};
-    action.sa_sigaction = RestoreAfterCrash;
-    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
-    sigemptyset(&action.sa_mask);
-    for (std::size_t i = 0; i < kCrashSignals.size(); ++i) {
-        sigaction(kCrashSignals[i], &action, &gActionsBefore[i]);
+    for (int signal = 1; signal < NSIG; ++signal) {
+        if (EndsProgramsByItself(signal)) {
+            TakeOver(signal);
+        }
     }
 }

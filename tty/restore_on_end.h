@@ -2,6 +2,7 @@
 
 #pragma once
 
-// From now on std::exit, std::terminate and a crash call RestoreTerminalNow. Call it before the
-// modes are changed; more calls do nothing.
+// From now on std::exit, std::terminate, a crash and every other signal that ends the program call
+// RestoreTerminalNow first. Signals that are ignored or have a handler at the first call are left
+// alone. Call it before the modes are changed; more calls do nothing.
 void RestoreOnEveryEnd();

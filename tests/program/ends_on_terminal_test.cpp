@@ -89,6 +89,13 @@ TEST_F(EndsOnTerminal, AnAbortRestoresTheTerminal) {
     ExpectRestoredTerminal();
 }
 
+TEST_F(EndsOnTerminal, ASignalThatNobodyTakesRestoresTheTerminal) {
+    StartSlowCopy();
+    Program->Signal(SIGUSR2);
+    EXPECT_TRUE(Program->ExitsWith(128 + SIGUSR2));
+    ExpectRestoredTerminal();
+}
+
 class HeldEndsOnTerminal : public OnTerminal {
 protected:
     // A drive that keeps one read for minutes: nothing can interrupt it.

@@ -6,9 +6,11 @@
 #include <cstdlib>
 #include <exception>
 #include <sys/mman.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -18,10 +20,24 @@
 
 namespace {
 
+using Reporter = ForkedInTerminal::Reporter;
+
 // A sanitizer turns a fault into an exit with a status of its own.
 bool EndedByFault(int Status, int Signal) {
     return WIFSIGNALED(Status) ? WTERMSIG(Status) == Signal
                                : WIFEXITED(Status) && WEXITSTATUS(Status) != 0;
+}
+
+// Those that end a program which does nothing about them, without faults and SIGABRT, which
+// sanitizers take.
+std::vector<int> SignalsThatEndPrograms() {
+    std::vector<int> signals = {SIGHUP,  SIGINT,  SIGQUIT, SIGPIPE,   SIGALRM,  SIGTERM,
+                                SIGUSR1, SIGUSR2, SIGTRAP, SIGSYS,    SIGXCPU,  SIGXFSZ,
+                                SIGIO,   SIGPROF, SIGPWR,  SIGVTALRM, SIGSTKFLT};
+    for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) {
+        signals.push_back(signal);
+    }
+    return signals;
 }
 
 void WriteToNowhere() {
@@ -66,6 +82,41 @@ TEST(RestoreOnEnd, HappensOnAFaultOfAThreadWithoutSignals) {
 
 TEST(RestoreOnEnd, HappensOnASignalThatWasSent) {
     EXPECT_TRUE(EndedByFault(StatusOfRestoringEnd([] { kill(getpid(), SIGBUS); }), SIGBUS));
+}
+
+TEST(RestoreOnEnd, HappensOnEverySignalThatEndsPrograms) {
+    for (const int signal : SignalsThatEndPrograms()) {
+        SCOPED_TRACE(signal);
+        const int status = StatusOfRestoringEnd([signal] { kill(getpid(), signal); });
+        EXPECT_TRUE(WIFSIGNALED(status));
+        EXPECT_EQ(WTERMSIG(status), signal);
+    }
+}
+
+TEST(RestoreOnEnd, HappensOnASignalOfTheSystem) {
+    const int status = StatusOfRestoringEnd([] {
+        constexpr itimerval kSoon{{0, 0}, {0, 1}};
+        setitimer(ITIMER_REAL, &kSoon, nullptr);
+        pause();
+    });
+    EXPECT_EQ(WTERMSIG(status), SIGALRM);
+}
+
+TEST(RestoreOnEnd, LeavesSignalsAloneThatDoNotEndTheProgram) {
+    ForkedInTerminal process([](const Reporter& Report) {
+        std::signal(SIGUSR2, SIG_IGN);
+        std::signal(SIGPROF, [](int) {});
+        RestoreOnEveryEnd();
+        EnterKeyModes(STDIN_FILENO);
+        for (const int signal : {SIGUSR2, SIGPROF, SIGCHLD, SIGWINCH, SIGURG, SIGCONT}) {
+            raise(signal);
+        }
+        termios modes{};
+        tcgetattr(STDIN_FILENO, &modes);
+        Report((modes.c_lflag & ICANON) == 0 ? "in key mode" : "restored");
+        return 0;
+    });
+    EXPECT_EQ(process.NextReport(), "in key mode");
 }
 
 TEST(RestoreOnEnd, HappensWhenTheStackOverflows) {
