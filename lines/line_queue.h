@@ -2,13 +2,32 @@
 
 #pragma once
 
+#include <csignal>
 #include <string>
 #include <string_view>
+
+// Lets a write to a pipe that nobody reads fail with EPIPE instead of ending the program, while it
+// lives.
+class SigpipeIgnored {
+public:
+    SigpipeIgnored() {
+        struct sigaction ignore {};
+        ignore.sa_handler = SIG_IGN;
+        sigaction(SIGPIPE, &ignore, &Before);
+    }
+    ~SigpipeIgnored() { sigaction(SIGPIPE, &Before, nullptr); }
+    SigpipeIgnored(const SigpipeIgnored&) = delete;
+    SigpipeIgnored& operator=(const SigpipeIgnored&) = delete;
+
+private:
+    struct sigaction Before {};
+};
 
 // Writes to a descriptor that it does not own without ever making the interface wait: what cannot
 // be written now is kept.
 //
-// Requires: SIGPIPE is ignored. Threads: one at a time.
+// Requires: a SigpipeIgnored lives where a closed pipe is not to end the program. Threads: one at a
+// time.
 class LineQueue {
 public:
     explicit LineQueue(int Descriptor) : Target(Descriptor) {}

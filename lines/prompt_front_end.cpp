@@ -52,6 +52,8 @@ private:
     const PromptRequest& Request;
     const TransferRequest& Transfer;
     ExitStatusFunction ExitStatusOf;
+    // Until everything is written, which is after the terminal has given the signals back.
+    const SigpipeIgnored ClosedPipesAreErrors;
     Terminal& Screen;
     Prompt Shown;
     InterfaceLoop Loop;

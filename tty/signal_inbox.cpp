@@ -28,7 +28,6 @@ SignalInbox::SignalInbox() {
     if (Descriptor < 0) {
         throw std::system_error(errno, std::generic_category(), "signalfd");
     }
-    std::signal(SIGPIPE, SIG_IGN);
     pthread_sigmask(SIG_BLOCK, &Signals, &MaskBefore);
 }
 

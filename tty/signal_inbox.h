@@ -7,7 +7,7 @@
 
 // Receives SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP, SIGCONT, SIGWINCH and SIGUSR1 through a file
 // descriptor while it lives. A signal that the program was started to ignore, as nohup and shells
-// without job control do, stays ignored. SIGPIPE is ignored: a write reports it.
+// without job control do, stays ignored.
 //
 // Threads: the one that made it. Make it before other threads are started: they inherit the mask.
 class SignalInbox {

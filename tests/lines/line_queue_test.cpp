@@ -21,7 +21,6 @@ protected:
         EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
         Reader = ends[0];
         Target = ends[1];
-        std::signal(SIGPIPE, SIG_IGN);
     }
 
     ~LineQueueTest() override {
@@ -45,6 +44,7 @@ protected:
         EXPECT_EQ(write(Target, page.data(), page.size()), 4096);
     }
 
+    const SigpipeIgnored ClosedPipesAreErrors;
     int Reader = -1;
     int Target = -1;
 };
@@ -104,6 +104,17 @@ TEST_F(LineQueueTest, TellsThatTheReaderHasGone) {
     LineQueue writer(Target);
     writer.Add("one");
     EXPECT_EQ(writer.Error(), EPIPE);
+}
+
+TEST(SigpipeIgnoredTest, GivesBackWhatWasBefore) {
+    for (const auto before : {SIG_DFL, SIG_IGN}) {
+        std::signal(SIGPIPE, before);
+        {
+            const SigpipeIgnored ignored;
+            EXPECT_EQ(std::signal(SIGPIPE, SIG_IGN), SIG_IGN);
+        }
+        EXPECT_EQ(std::signal(SIGPIPE, SIG_DFL), before);
+    }
 }
 
 TEST(LineQueueOnAFile, TellsTheFirstError) {

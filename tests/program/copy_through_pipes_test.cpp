@@ -6,6 +6,7 @@
 #include "run_program.h"
 #include "temporary_directory.h"
 
+#include <csignal>
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -164,6 +165,20 @@ TEST_F(ThroughPipes, NeverSendsEscapeSequences) {
         Tarvane({"copy", "-v", "--progress=lines", "--on-conflict=skip", "\x1b[2Jclear", "to"});
     EXPECT_EQ(result.Status, 0);
     EXPECT_EQ((result.Output + result.Errors).find('\x1b'), std::string::npos);
+}
+
+// The program does not die of the write: it cancels and removes the partial file. The disk makes
+// the copy slow enough for that.
+TEST_F(ThroughPipes, CancelsWhenNobodyReadsTheOutput) {
+    const RemovableDisk disk(Root.Path(), "1\n");
+    WriteFile(Root / "big.bin", PatternBytes(20 << 20));
+    EXPECT_RESULT(RunProgram({"/bin/bash", "-c",
+                              "exec > >(:); wait $!; exec \"$0\" copy -v --no-preflight "
+                              "--on-conflict=skip big.bin disk",
+                              TARVANE_PROGRAM},
+                             Root.Path().string()),
+                  128 + SIGPIPE, "", "Copy canceled. Partial destination files may remain.\n");
+    EXPECT_EQ(TreeOf(Root / "disk").count("big.bin"), 0U);
 }
 
 } // namespace

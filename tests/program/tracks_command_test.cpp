@@ -5,6 +5,7 @@
 #include "run_program.h"
 
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -30,6 +31,13 @@ protected:
     ProgramResult Tracks(Strings Arguments = {}) {
         Arguments.insert(Arguments.begin(), {TARVANE_PROGRAM, "tracks"});
         return RunProgram(Arguments, Directory.Path(), Drives.Environment());
+    }
+
+    // What a shell makes of `tarvane tracks` with this redirection.
+    ProgramResult TracksInShell(const std::string& Redirection) {
+        return RunProgram(
+            {"/bin/bash", "-c", Redirection + "; exec \"$0\" tracks", TARVANE_PROGRAM},
+            Directory.Path(), Drives.Environment());
     }
 
     void ExpectFailure(const ProgramResult& Result, int Status, const std::string& Errors) {
@@ -228,11 +236,13 @@ TEST_F(TracksCommand, TakesAnOperandThatBeginsWithADash) {
 TEST_F(TracksCommand, FailsWhenTheListCannotBeWritten) {
     NeedDeviceNode("/dev/full");
     Drives.Describe(TwoTracks());
-    const ProgramResult result =
-        RunProgram({"/bin/sh", "-c", "'" TARVANE_PROGRAM "' tracks >/dev/full"}, Directory.Path(),
-                   Drives.Environment());
-    EXPECT_EQ(result.Errors, "tarvane: cannot write the list: No space left on device\n");
-    EXPECT_EQ(result.Status, 1);
+    ExpectFailure(TracksInShell("exec >/dev/full"), 1,
+                  "tarvane: cannot write the list: No space left on device\n");
+}
+
+TEST_F(TracksCommand, EndsWithoutAWordWhenNobodyReadsTheList) {
+    Drives.Describe(TwoTracks());
+    ExpectFailure(TracksInShell("exec > >(:); wait $!"), 128 + SIGPIPE, "");
 }
 
 } // namespace
