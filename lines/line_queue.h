@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "output_queue.h"
+
 #include <csignal>
 #include <string>
 #include <string_view>
@@ -23,32 +25,26 @@ private:
     struct sigaction Before {};
 };
 
-// Writes to a descriptor that it does not own without ever making the interface wait: what cannot
-// be written now is kept.
+// Never makes the interface wait; see OutputQueue.
 //
 // Requires: a SigpipeIgnored lives where a closed pipe is not to end the program. Threads: one at a
 // time.
 class LineQueue {
 public:
-    explicit LineQueue(int Descriptor) : Target(Descriptor) {}
+    explicit LineQueue(int Descriptor) : Output(Descriptor) {}
 
     // Line comes without its line end and is written sooner or later.
     void Add(std::string_view Line);
     // The same for a line that is worthless when it is late: it is left out while others wait.
     void Offer(std::string_view Line);
     // Writes what can be written without waiting.
-    void Pump();
+    void Pump() { Output.Pump(); }
     // Waits until everything is written or writing fails.
-    void Finish();
+    void Finish() { Output.Finish(); }
 
     // The errno of the write that failed, after which nothing more is written; 0 while all is well.
-    int Error() const { return FirstError; }
+    int Error() const { return Output.Error(); }
 
 private:
-    bool WaitUntilReady(int TimeoutMilliseconds) const;
-    void WriteSome();
-
-    int Target;
-    int FirstError = 0;
-    std::string Waiting;
+    OutputQueue Output;
 };

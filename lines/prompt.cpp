@@ -52,9 +52,17 @@ void Prompt::RingBell() {
     }
 }
 
-void Prompt::Close() {
+void Prompt::Close(const EndRequest& Requests) {
     Clear();
     Screen.Close();
+    if (Requests.IsAsked()) {
+        Screen.SendSignalAfter(EndRequest::kCleanUpTime, Requests.Signal());
+    }
+}
+
+void Prompt::Finish() {
+    Errors.Finish();
+    Screen.FinishWriting();
 }
 
 bool Prompt::Pump() {

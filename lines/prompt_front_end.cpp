@@ -69,7 +69,7 @@ RunOutcome PromptFrontEnd::Run() {
     }
     RunOutcome outcome = Carry(std::get<TarvaneTransferPlan>(std::move(built)));
     Report->RunIsOver(outcome, ExitStatusOf(outcome));
-    Shown.Close();
+    Shown.Close(Loop.Requests());
     SayEnd(outcome);
     FinishOutputs(outcome);
     return outcome;
@@ -99,7 +99,7 @@ BuiltPlan PromptFrontEnd::Plan() {
 }
 
 RunOutcome PromptFrontEnd::Refuse(const PlanRefusal& Refusal) {
-    Shown.Close();
+    Shown.Close(Loop.Requests());
     for (const std::string& sentence : Refusal.Sentences) {
         Shown.PrintMessage(sentence);
     }

@@ -155,7 +155,8 @@ std::variant<TrackList, RunOutcome> ReadDisc(const std::string& Device) {
     InterfaceLoop loop(screen, prompt);
     Reporter silent;
     const auto result = ListTracksAtPrompt(Device, {screen, prompt, loop, silent});
-    prompt.Close();
+    prompt.Close(loop.Requests());
+    prompt.Finish();
     if (const auto* list = std::get_if<TrackList>(&result)) {
         return *list;
     }

@@ -60,3 +60,14 @@ void SignalInbox::StopBy(int StopSignal) {
     constexpr timespec kAtOnce{};
     sigtimedwait(&only, nullptr, &kAtOnce);
 }
+
+void SendSignalAfter(std::chrono::seconds Delay, int Signal) {
+    sigevent event{};
+    event.sigev_notify = SIGEV_SIGNAL;
+    event.sigev_signo = Signal;
+    timer_t timer{};
+    if (timer_create(CLOCK_MONOTONIC, &event, &timer) == 0) {
+        const itimerspec once{{0, 0}, {Delay.count(), 0}};
+        timer_settime(timer, 0, &once, nullptr);
+    }
+}

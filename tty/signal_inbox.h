@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <csignal>
 #include <optional>
 
@@ -35,3 +36,7 @@ private:
     sigset_t MaskBefore{};
     int Descriptor = -1;
 };
+
+// Sends the program Signal once, after Delay, unless it has ended by then: for an end that was
+// asked for and must not take longer.
+void SendSignalAfter(std::chrono::seconds Delay, int Signal);

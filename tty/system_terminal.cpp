@@ -28,10 +28,13 @@ SystemTerminal::SystemTerminal()
       bCanRedraw(CanRedrawHere()), bCanAsk(CanAskHere()) {}
 
 Terminal::Events SystemTerminal::Wait(std::chrono::microseconds Timeout, int Descriptor) {
-    std::array<pollfd, 3> ready{
-        {{Signals->Fd(), POLLIN, 0}, {Device.KeyFd(), POLLIN, 0}, {Descriptor, POLLIN, 0}}};
+    std::array<pollfd, 4> ready{{{Signals->Fd(), POLLIN, 0},
+                                 {Device.KeyFd(), POLLIN, 0},
+                                 {Descriptor, POLLIN, 0},
+                                 {Device.RestFd(), POLLOUT, 0}}};
     const timespec timeout = ToTimespec(Timeout);
     ppoll(ready.data(), ready.size(), &timeout, nullptr);
+    Device.WriteRest();
     Events events;
     while (const std::optional<int> signal = Signals->Take()) {
         events.Signals.push_back(*signal);

@@ -34,6 +34,10 @@ public:
     TerminalSize Size() const override { return Device.Size(); }
     void Write(std::string_view Bytes) override;
     void Close() override;
+    void SendSignalAfter(std::chrono::seconds Delay, int Signal) override {
+        ::SendSignalAfter(Delay, Signal);
+    }
+    void FinishWriting() override { Device.FinishWriting(); }
     void Exit(int Status) override;
 
 private:

@@ -63,10 +63,16 @@ public:
     // Whether a frame reaches the screen now without waiting.
     virtual bool CanDraw() const = 0;
     virtual TerminalSize Size() const = 0;
+    // What the terminal does not take now is written by and by, in Wait.
     virtual void Write(std::string_view Bytes) = 0;
 
     // Gives back modes and signals, which act by themselves from then on. Writing goes on.
     virtual void Close() = 0;
+    // Sends the program Signal once, after Delay, unless it has ended by then.
+    virtual void SendSignalAfter(std::chrono::seconds Delay, int Signal) = 0;
+    // Waits until everything is written or the terminal is gone. Close it before, so that signals
+    // act meanwhile.
+    virtual void FinishWriting() = 0;
     // Ends the program at once and does not return. A scripted terminal throws.
     virtual void Exit(int Status) = 0;
 };

@@ -1,10 +1,8 @@
 #include "terminal_device.h"
 
 #include <array>
-#include <cerrno>
 #include <charconv>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -50,7 +48,7 @@ std::string EmphasizeWarning(const std::string& CleanText) {
     return begin + CleanText + "\x1B[m";
 }
 
-TerminalDevice::TerminalDevice() : EscapeDelay(ChosenEscapeDelay()) {
+TerminalDevice::TerminalDevice() : EscapeDelay(ChosenEscapeDelay()), Output(kOutputFd) {
     if (isatty(STDIN_FILENO) != 0) {
         InputFd = STDIN_FILENO;
         return;
@@ -80,8 +78,7 @@ bool TerminalDevice::IsClosed() const {
 }
 
 bool TerminalDevice::CanDraw() const {
-    pollfd output{kOutputFd, POLLOUT, 0};
-    return IsForeground() && poll(&output, 1, 0) > 0 && (output.revents & POLLOUT) != 0;
+    return IsForeground() && !IsClosed() && Output.IsEmpty() && Output.IsReady();
 }
 
 TerminalSize TerminalDevice::Size() const {
@@ -154,13 +151,6 @@ bool TerminalDevice::ReadMore(std::chrono::milliseconds Timeout) {
 }
 
 bool TerminalDevice::Write(std::string_view Bytes) {
-    while (!Bytes.empty()) {
-        const ssize_t written = write(kOutputFd, Bytes.data(), Bytes.size());
-        if (written >= 0) {
-            Bytes.remove_prefix(static_cast<std::size_t>(written));
-        } else if (errno != EINTR) {
-            return false;
-        }
-    }
-    return true;
+    Output.Write(Bytes);
+    return Output.Error() == 0;
 }

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "key_press.h"
+#include "output_queue.h"
 #include "terminal.h"
 
 // Whether a block of lines can be redrawn in place on the terminal that TERM names: not when it is
@@ -37,8 +38,9 @@ public:
     // Whether the program owns the terminal now: not after Ctrl-Z and `bg`, and not with `&`.
     bool IsForeground() const;
 
-    // Whether a frame reaches the screen now without waiting: in the foreground, and output not
-    // stopped by Ctrl-S. Ask before every frame, and skip the frame when it is false.
+    // Whether a frame reaches the screen now: in the foreground, output not stopped by Ctrl-S, and
+    // nothing that was written before still on its way. Ask before every frame, and skip the frame
+    // when it is false.
     bool CanDraw() const;
 
     // The window's size at this moment; 80x24 where it is not known.
@@ -66,8 +68,15 @@ public:
     // Whether the terminal under standard error has been closed.
     bool IsClosed() const;
 
-    // Writes all of Bytes. Errors: false when the terminal is gone.
+    // Writes Bytes, later where the terminal does not take them now: it never waits. Errors: false
+    // when the terminal is gone.
     bool Write(std::string_view Bytes);
+    // For poll with POLLOUT: call WriteRest when it is ready. -1 when there is no rest.
+    int RestFd() const { return Output.WaitingFd(); }
+    void WriteRest() { Output.Pump(); }
+    // Waits until everything is written, for as long as the user has stopped the output. For the
+    // last line, when signals end the program by themselves.
+    void FinishWriting() { Output.Finish(); }
 
 private:
     bool ReadMore(std::chrono::milliseconds Timeout);
@@ -77,4 +86,5 @@ private:
     bool bKeyMode = false;
     std::chrono::milliseconds EscapeDelay;
     KeyDecoder Decoder;
+    OutputQueue Output;
 };

@@ -1,6 +1,7 @@
 // Every way in which a running copy can be ended from outside: no partial file stays, the terminal
 // is as it was, and the status says what happened.
 
+#include "becomes_true.h"
 #include "mounts.h"
 #include "on_terminal.h"
 #include "preloaded_drive.h"
@@ -8,6 +9,8 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <iterator>
+#include <string>
 
 namespace {
 
@@ -93,6 +96,62 @@ TEST_F(EndsOnTerminal, ASignalThatNobodyTakesRestoresTheTerminal) {
     StartSlowCopy();
     Program->Signal(SIGUSR2);
     EXPECT_TRUE(Program->ExitsWith(128 + SIGUSR2));
+    ExpectRestoredTerminal();
+}
+
+// Output that Ctrl-S has stopped, which nobody sets going again.
+class EndsOnStoppedTerminal : public EndsOnTerminal {
+protected:
+    void SetUp() override {
+        StartSlowCopy();
+        Program->Type(kCtrlS);
+    }
+
+    void AwaitEndOfJob() {
+        const fs::path threads = "/proc/" + std::to_string(Program->ProcessId()) + "/task";
+        ASSERT_TRUE(BecomesTrue("the job's thread is over", [&threads] {
+            return std::distance(fs::directory_iterator(threads), {}) == 1;
+        }));
+    }
+
+    void ExpectSoonEndBy(int Signal) {
+        Program->Signal(Signal);
+        EXPECT_TRUE(Program->ExitsWith(128 + Signal, 10.0));
+        ExpectRestoredTerminal();
+    }
+};
+
+TEST_F(EndsOnStoppedTerminal, SigtermEndsARunningCopy) {
+    ExpectSoonEndBy(SIGTERM);
+    EXPECT_EQ(TreeOf(Root / "disk").count("big.bin"), 0U);
+}
+
+TEST_F(EndsOnStoppedTerminal, SigintEndsARunningCopy) {
+    ExpectSoonEndBy(SIGINT);
+    EXPECT_EQ(TreeOf(Root / "disk").count("big.bin"), 0U);
+}
+
+TEST_F(EndsOnStoppedTerminal, SigtermEndsACopyThatHasALineToPrint) {
+    Program->Signal(SIGUSR1);
+    ExpectSoonEndBy(SIGTERM);
+}
+
+TEST_F(EndsOnStoppedTerminal, SigtermEndsAFinishedCopy) {
+    AwaitEndOfJob();
+    ExpectSoonEndBy(SIGTERM);
+}
+
+TEST_F(EndsOnStoppedTerminal, SigintEndsAFinishedCopy) {
+    AwaitEndOfJob();
+    ExpectSoonEndBy(SIGINT);
+}
+
+TEST_F(EndsOnStoppedTerminal, AFinishedCopyWaitsForCtrlQ) {
+    AwaitEndOfJob();
+    Program->Watch(0.3);
+    Program->Type(kCtrlQ);
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
     ExpectRestoredTerminal();
 }
 

@@ -17,6 +17,8 @@ class OnTerminal : public testing::Test {
 protected:
     static constexpr const char* kEsc = "\x1b";
     static constexpr const char* kCtrlC = "\x03";
+    static constexpr const char* kCtrlQ = "\x11";
+    static constexpr const char* kCtrlS = "\x13";
     static constexpr const char* kCtrlZ = "\x1a";
 
     // The program with these arguments in the test's directory.

@@ -140,6 +140,11 @@ public:
         LeaveKeyMode();
         Asked.emplace_back("closed");
     }
+    void SendSignalAfter(std::chrono::seconds Delay, int Signal) override {
+        Asked.push_back("signal " + std::to_string(Signal) + " after " +
+                        std::to_string(Delay.count()) + " s");
+    }
+    void FinishWriting() override { Asked.emplace_back("finished"); }
     void Exit(int Status) override { throw ScriptedExit{Status}; }
 
 private:

@@ -71,6 +71,43 @@ TEST(TerminalDevice, DrawsNothingWhileOutputIsStopped) {
     EXPECT_EQ(process.NextReport(), "draws");
 }
 
+TEST(TerminalDevice, DrawsNothingWhileTheRestOfItsOutputWaits) {
+    ForkedInTerminal process([](const Reporter& Report) {
+        TerminalDevice device;
+        tcflow(STDERR_FILENO, TCOOFF);
+        Report(device.Write("rest") && device.RestFd() >= 0 ? "kept" : "written");
+        tcflow(STDERR_FILENO, TCOON);
+        Report(device.CanDraw() ? "draws" : "waits");
+        device.WriteRest();
+        Report(device.CanDraw() && device.RestFd() < 0 ? "draws" : "waits");
+        return 0;
+    });
+    EXPECT_EQ(process.NextReport(), "kept");
+    EXPECT_EQ(process.NextReport(), "waits");
+    EXPECT_EQ(process.NextReport(), "draws");
+    EXPECT_EQ(process.Output(), "rest");
+}
+
+TEST(TerminalDevice, WaitsWithTheLastLineFromCtrlSToCtrlQ) {
+    ForkedInTerminal process([](const Reporter& Report) {
+        TerminalDevice device;
+        Report("ready");
+        for (int polls = 0; polls < 20000 && device.CanDraw(); ++polls) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        device.Write("last line");
+        Report(device.RestFd() >= 0 ? "kept" : "written");
+        device.FinishWriting();
+        return 0;
+    });
+    ASSERT_EQ(process.NextReport(), "ready");
+    process.Type("\x13");
+    ASSERT_EQ(process.NextReport(), "kept");
+    process.Type("\x11");
+    EXPECT_EQ(process.Output(), "last line");
+    EXPECT_EQ(process.WaitForEnd(), 0);
+}
+
 TEST(TerminalDevice, NoticesThatTheTerminalIsClosed) {
     ForkedInTerminal process([](const Reporter& Report) {
         std::signal(SIGHUP, SIG_IGN);
