@@ -42,6 +42,21 @@ unsigned char ByteAt(std::string_view Text, std::size_t Index) {
     return static_cast<unsigned char>(Text[Index]);
 }
 
+// The length of the sequence that starts with this byte; 0 for a byte that starts none.
+std::size_t LengthByLead(unsigned char Lead) {
+    if (Lead < 0x80) {
+        return 1;
+    }
+    if (Lead < 0xC2 || Lead > 0xF4) {
+        return 0;
+    }
+    return Lead < 0xE0 ? 2 : Lead < 0xF0 ? 3 : 4;
+}
+
+bool AreContinuations(std::string_view Bytes) {
+    return std::all_of(Bytes.begin(), Bytes.end(), [](char Byte) { return (Byte & 0xC0) == 0x80; });
+}
+
 // The code point of the valid sequence of this length that Text starts with.
 wchar_t Decode(std::string_view Text, std::size_t Length) {
     constexpr unsigned char kLeadMask[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
@@ -112,30 +127,23 @@ bool EnsureUtf8Locale() {
 }
 
 std::size_t Utf8SequenceLength(std::string_view Text) {
-    if (Text.empty()) {
+    const std::size_t length = Text.empty() ? 0 : LengthByLead(ByteAt(Text, 0));
+    if (length < 2) {
+        return length;
+    }
+    if (Text.size() < length || !AreContinuations(Text.substr(1, length - 1))) {
         return 0;
-    }
-    const unsigned char lead = ByteAt(Text, 0);
-    if (lead < 0x80) {
-        return 1;
-    }
-    if (lead < 0xC2 || lead > 0xF4) {
-        return 0;
-    }
-    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    if (Text.size() < length) {
-        return 0;
-    }
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((ByteAt(Text, i) & 0xC0) != 0x80) {
-            return 0;
-        }
     }
     const wchar_t codePoint = Decode(Text, length);
     const bool bOverlong =
         (length == 3 && codePoint < 0x800) || (length == 4 && codePoint < 0x10000);
     const bool bSurrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
     return bOverlong || bSurrogate || codePoint > 0x10FFFF ? 0 : length;
+}
+
+bool IsUnfinishedUtf8(std::string_view Text) {
+    return !Text.empty() && Text.size() < LengthByLead(ByteAt(Text, 0)) &&
+           AreContinuations(Text.substr(1));
 }
 
 std::string CleanForScreen(std::string_view Text) {

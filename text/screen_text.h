@@ -31,3 +31,6 @@ std::vector<std::string> WrapAtColumns(std::string_view CleanText, int Width);
 // The byte length of the valid UTF-8 sequence that Text starts with; 0 when it starts with a byte
 // that belongs to none, or is empty.
 std::size_t Utf8SequenceLength(std::string_view Text);
+
+// Whether Text is the start of one sequence that more bytes may complete.
+bool IsUnfinishedUtf8(std::string_view Text);

@@ -78,21 +78,6 @@ std::size_t EscapeSequenceLength(std::string_view Bytes) {
     return Bytes.size() < kLongestSequence ? 0 : kLongestSequence;
 }
 
-// Whether Bytes is the start of a character that more bytes may complete.
-bool IsCharacterStart(std::string_view Bytes) {
-    const auto lead = static_cast<unsigned char>(Bytes[0]);
-    const std::size_t length = lead < 0xC2 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    if (lead > 0xF4 || Bytes.size() >= length) {
-        return false;
-    }
-    for (std::size_t i = 1; i < Bytes.size(); ++i) {
-        if ((static_cast<unsigned char>(Bytes[i]) & 0xC0) != 0x80) {
-            return false;
-        }
-    }
-    return true;
-}
-
 } // namespace
 
 void KeyDecoder::Feed(std::string_view Bytes) {
@@ -100,10 +85,8 @@ void KeyDecoder::Feed(std::string_view Bytes) {
 }
 
 bool KeyDecoder::IsAmbiguous() const {
-    if (Pending.empty()) {
-        return false;
-    }
-    return Pending[0] == kEscape ? EscapeSequenceLength(Pending) == 0 : IsCharacterStart(Pending);
+    return Pending.starts_with(kEscape) ? EscapeSequenceLength(Pending) == 0
+                                        : IsUnfinishedUtf8(Pending);
 }
 
 std::optional<KeyPress> KeyDecoder::Next(bool bComplete) {

@@ -127,6 +127,15 @@ TEST_F(ScreenText, IsNeverBrokenInsideACharacter) {
     EXPECT_EQ(WrapAtColumns("日本", 1), (Lines{"日", "本"}));
 }
 
+TEST(Utf8Sequence, IsUnfinishedWhileMoreBytesMayCompleteIt) {
+    for (const char* start : {"\xC3", "\xE6", "\xE6\x97", "\xF0\x9F\x98", "\xF4"}) {
+        EXPECT_TRUE(IsUnfinishedUtf8(start)) << start;
+    }
+    for (const char* other : {"", "a", "é", "日", "\x97", "\xC1", "\xF5", "\xE6x", "\xE6\xFF"}) {
+        EXPECT_FALSE(IsUnfinishedUtf8(other)) << other;
+    }
+}
+
 TEST_F(Utf8Locale, ReplacesTheLocaleOfPlainC) {
     ExpectUtf8With("C");
     ExpectUtf8With("POSIX");
