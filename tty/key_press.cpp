@@ -89,8 +89,12 @@ bool KeyDecoder::IsAmbiguous() const {
                                         : IsUnfinishedUtf8(Pending);
 }
 
-std::optional<KeyPress> KeyDecoder::Next(bool bComplete) {
-    if (Pending.empty() || (IsAmbiguous() && !bComplete)) {
+std::optional<KeyPress> KeyDecoder::Next() {
+    return IsAmbiguous() ? std::nullopt : NextAfterSilence();
+}
+
+std::optional<KeyPress> KeyDecoder::NextAfterSilence() {
+    if (Pending.empty()) {
         return std::nullopt;
     }
     if (Pending[0] == kEscape) {

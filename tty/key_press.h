@@ -39,12 +39,13 @@ public:
     void Feed(std::string_view Bytes);
 
     // Whether the bytes so far might be the start of something longer. The caller waits a moment
-    // for more and calls Next with bComplete when nothing comes.
+    // for more and calls NextAfterSilence when nothing comes.
     bool IsAmbiguous() const;
 
-    // Takes the next key. With bComplete the bytes at hand are taken for all that there are.
-    // Errors: nothing when no whole key is there.
-    std::optional<KeyPress> Next(bool bComplete);
+    // Takes the next key. Errors: nothing when no whole key is there.
+    std::optional<KeyPress> Next();
+    // The same, but the bytes at hand are taken for all that there are.
+    std::optional<KeyPress> NextAfterSilence();
 
     void Clear();
 

@@ -117,7 +117,7 @@ int TerminalDevice::KeyFd() const {
 
 std::optional<KeyPress> TerminalDevice::TakeKey() {
     while (KeyFd() >= 0) {
-        if (std::optional<KeyPress> key = Decoder.Next(false)) {
+        if (std::optional<KeyPress> key = Decoder.Next()) {
             return key;
         }
         if (ReadMore(std::chrono::milliseconds(0))) {
@@ -127,7 +127,7 @@ std::optional<KeyPress> TerminalDevice::TakeKey() {
             return std::nullopt;
         }
         if (!ReadMore(EscapeDelay)) {
-            return Decoder.Next(true);
+            return Decoder.NextAfterSilence();
         }
     }
     return std::nullopt;

@@ -23,7 +23,7 @@ Keys KeysOf(std::string_view Bytes) {
     KeyDecoder decoder;
     decoder.Feed(Bytes);
     Keys keys;
-    while (const std::optional<KeyPress> key = decoder.Next(true)) {
+    while (const std::optional<KeyPress> key = decoder.NextAfterSilence()) {
         keys.push_back(*key);
     }
     return keys;
@@ -88,39 +88,39 @@ TEST(KeyDecoder, WaitsForTheRestOfASequence) {
     for (const char byte : std::string("\x1B[3")) {
         decoder.Feed({&byte, 1});
         EXPECT_TRUE(decoder.IsAmbiguous());
-        EXPECT_EQ(decoder.Next(false), std::nullopt);
+        EXPECT_EQ(decoder.Next(), std::nullopt);
     }
     decoder.Feed("~");
     EXPECT_FALSE(decoder.IsAmbiguous());
-    EXPECT_EQ(decoder.Next(false), Named(KeyCode::Delete));
+    EXPECT_EQ(decoder.Next(), Named(KeyCode::Delete));
 }
 
 TEST(KeyDecoder, WaitsForTheRestOfACharacter) {
     KeyDecoder decoder;
     decoder.Feed("\xE6\x97");
     EXPECT_TRUE(decoder.IsAmbiguous());
-    EXPECT_EQ(decoder.Next(false), std::nullopt);
+    EXPECT_EQ(decoder.Next(), std::nullopt);
     decoder.Feed("\xA5");
-    EXPECT_EQ(decoder.Next(false), Text("日"));
+    EXPECT_EQ(decoder.Next(), Text("日"));
     EXPECT_FALSE(decoder.IsAmbiguous());
 }
 
 TEST(KeyDecoder, DoesNotWaitBehindABrokenCharacter) {
     KeyDecoder decoder;
     decoder.Feed("\xE6x");
-    EXPECT_EQ(decoder.Next(false), Text("\xE6"));
-    EXPECT_EQ(decoder.Next(false), Text("x"));
+    EXPECT_EQ(decoder.Next(), Text("\xE6"));
+    EXPECT_EQ(decoder.Next(), Text("x"));
 }
 
 TEST(KeyDecoder, EndsASequenceThatNeverEnds) {
     KeyDecoder decoder;
     decoder.Feed("\x1B[" + std::string(100, '0'));
-    EXPECT_EQ(decoder.Next(false), Named(KeyCode::Other));
+    EXPECT_EQ(decoder.Next(), Named(KeyCode::Other));
 }
 
 TEST(KeyDecoder, ForgetsWhatIsCleared) {
     KeyDecoder decoder;
     decoder.Feed("abc\x1B");
     decoder.Clear();
-    EXPECT_EQ(decoder.Next(true), std::nullopt);
+    EXPECT_EQ(decoder.NextAfterSilence(), std::nullopt);
 }
