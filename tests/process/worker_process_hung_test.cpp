@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 TEST(HungWorkerProcess, IsLetGoAtOnceAndReapedWhenItEnds) {
+    ASSERT_TRUE(NoChildIsLeft());
     EnterPrivateMountNamespace();
     const TemporaryDirectory room;
     std::optional<HangingFileSystem> hung;
@@ -36,5 +37,5 @@ TEST(HungWorkerProcess, IsLetGoAtOnceAndReapedWhenItEnds) {
     EXPECT_EQ(ChildProcesses().size(), 1U);
     hung.reset();
     caller.join();
-    EXPECT_TRUE(BecomesTrue("no process is left", [] { return ChildProcesses().empty(); }));
+    EXPECT_TRUE(NoChildIsLeft());
 }

@@ -2,11 +2,15 @@
 
 #pragma once
 
+#include "becomes_true.h"
+
 #include <csignal>
 #include <fstream>
 #include <vector>
 
 #include <sys/types.h>
+
+#include <gtest/gtest.h>
 
 // Those that the calling thread has started and that nobody has waited for, so zombies too.
 inline std::vector<pid_t> ChildProcesses() {
@@ -16,6 +20,12 @@ inline std::vector<pid_t> ChildProcesses() {
         children.push_back(child);
     }
     return children;
+}
+
+// Waits until there are none. A test that counts them begins with it: those of the test before may
+// still be about to end.
+inline testing::AssertionResult NoChildIsLeft() {
+    return BecomesTrue("no process is left", [] { return ChildProcesses().empty(); });
 }
 
 // Ignores SIGCHLD for its lifetime, as the program does that some shells and services start.

@@ -38,10 +38,6 @@ protected:
         return progress;
     }
 
-    static testing::AssertionResult NoChildIsLeft() {
-        return BecomesTrue("no process is left", [] { return ChildProcesses().empty(); });
-    }
-
     // How far the kernel gets before it gives up decides which of the two it reports.
     static void ExpectWriteError(const std::string& Text, const fs::path& Disk) {
         const std::string beginning = "cannot write everything to '" + Disk.string() + "': ";
@@ -181,6 +177,7 @@ TEST_F(FlusherTest, FlushesEverythingWhenTheDirectoryMustNotBeOpened) {
 }
 
 TEST_F(FlusherTest, CanBeLeftWhileTheDiskKeepsItWaiting) {
+    ASSERT_TRUE(NoChildIsLeft());
     Fake.Syncfs = FakeSyncfs::NeverEnd;
     {
         Flusher watch({Room.Path()});
@@ -193,6 +190,7 @@ TEST_F(FlusherTest, CanBeLeftWhileTheDiskKeepsItWaiting) {
 }
 
 TEST_F(FlusherTest, TakesNoSignalsFromTheTerminal) {
+    ASSERT_TRUE(NoChildIsLeft());
     Fake.Syncfs = FakeSyncfs::NeverEnd;
     Flusher watch({Room.Path()});
     watch.Start();

@@ -2,7 +2,6 @@
 
 #include "track_reader.h"
 
-#include "becomes_true.h"
 #include "child_processes.h"
 #include "fake_drive.h"
 #include "no_processes_left.h"
@@ -92,6 +91,7 @@ TEST(TrackReader, SaysWhyItCannotBeStarted) {
 }
 
 TEST(TrackReader, LeavesNothingBehindWhenItIsLetGoWhileTheDriveHolds) {
+    ASSERT_TRUE(NoChildIsLeft());
     ScopedDrive drive(AudioDisc({150}, 300));
     drive.Before = WaitForEver;
     const auto before = OpenDescriptors();
@@ -101,5 +101,5 @@ TEST(TrackReader, LeavesNothingBehindWhenItIsLetGoWhileTheDriveHolds) {
         EXPECT_EQ(ChildProcesses().size(), 1U);
     }
     EXPECT_EQ(OpenDescriptors(), before);
-    EXPECT_TRUE(BecomesTrue("no process is left", [] { return ChildProcesses().empty(); }));
+    EXPECT_TRUE(NoChildIsLeft());
 }
