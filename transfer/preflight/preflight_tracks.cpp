@@ -1,5 +1,6 @@
 #include "preflight_tracks.h"
 
+#include "table_of_contents.h"
 #include "tarvanepane.h"
 
 #include <algorithm>
@@ -12,14 +13,15 @@ std::uint64_t TrackLook::LookAt(const std::string& TrackPath) {
         return 0;
     }
     const Disc& disc = DiscIn(device);
-    if (!disc.bReadable) {
-        Result.Findings.AddStop(PreflightFindingKind::MissingDrive, TrackPath, disc.Reason);
+    if (const auto* failure = std::get_if<TrackListFailure>(&disc)) {
+        Result.Findings.AddStop(PreflightFindingKind::MissingDrive, TrackPath, failure->Reason);
         return 0;
     }
+    const std::vector<TrackListEntry>& tracks = std::get<TrackList>(disc).Tracks;
     const auto track =
-        std::find_if(disc.List.Tracks.begin(), disc.List.Tracks.end(),
+        std::find_if(tracks.begin(), tracks.end(),
                      [number](const TrackListEntry& Entry) { return Entry.Number == number; });
-    if (track == disc.List.Tracks.end() || (!track->bData && !track->HasValidRange())) {
+    if (track == tracks.end() || (!track->bData && !track->HasValidRange())) {
         Result.Findings.AddStop(PreflightFindingKind::MissingTrack, TrackPath);
         return 0;
     }
@@ -37,9 +39,8 @@ std::uint64_t TrackLook::LookAt(const std::string& TrackPath) {
 
 const TrackLook::Disc& TrackLook::DiscIn(const std::string& Device) {
     const auto [position, bNew] = Discs.try_emplace(Device);
-    Disc& disc = position->second;
     if (bNew) {
-        disc.bReadable = ReadTrackList(Device, disc.List, disc.Reason);
+        position->second = ReadTrackList(Device);
     }
-    return disc;
+    return position->second;
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <variant>
 
 class TrackLook {
 public:
@@ -20,11 +21,7 @@ public:
     std::uint64_t LookAt(const std::string& TrackPath);
 
 private:
-    struct Disc {
-        bool bReadable = false;
-        TrackList List;
-        std::string Reason;
-    };
+    using Disc = std::variant<TrackList, TrackListFailure>;
 
     const Disc& DiscIn(const std::string& Device);
 

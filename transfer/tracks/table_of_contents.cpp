@@ -85,3 +85,9 @@ std::variant<TrackList, TrackListFailure> TracksOf(const TableOfContents& Table,
     }
     return list;
 }
+
+std::variant<TrackList, TrackListFailure> ReadTrackList(const std::string& Device) {
+    TableOfContents table;
+    ReadTableOfContents(Device.c_str(), table);
+    return TracksOf(table, Device);
+}

@@ -30,3 +30,9 @@ void ReadTableOfContents(const char* Device, TableOfContents& Out);
 // The tracks, or why there are none to copy.
 std::variant<TrackList, TrackListFailure> TracksOf(const TableOfContents& Table,
                                                    const std::string& Device);
+
+// Both at once, with the requests that a copy uses.
+//
+// Threads: any but an interface thread: a drive that gets ready may keep each request for 20 s, and
+// nothing interrupts it. TrackReader waits without being held.
+std::variant<TrackList, TrackListFailure> ReadTrackList(const std::string& Device);

@@ -1,10 +1,9 @@
 #include "track_list.h"
 
-#include "table_of_contents.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <linux/cdrom.h>
 #include <sstream>
 #include <utility>
 
@@ -66,16 +65,4 @@ std::vector<std::string> FindOpticalDrives() {
     }
     std::sort(drives.begin(), drives.end(), ComesBefore);
     return drives;
-}
-
-bool ReadTrackList(const std::string& Device, TrackList& Out, std::string& ErrorMessage) {
-    TableOfContents table;
-    ReadTableOfContents(Device.c_str(), table);
-    std::variant<TrackList, TrackListFailure> result = TracksOf(table, Device);
-    if (const auto* failure = std::get_if<TrackListFailure>(&result)) {
-        ErrorMessage = failure->Reason;
-        return false;
-    }
-    Out = std::get<TrackList>(std::move(result));
-    return true;
 }

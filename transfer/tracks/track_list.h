@@ -50,12 +50,3 @@ std::uint64_t TrackWavSizeBytes(const TrackListEntry& Track);
 
 // The device nodes of the machine's optical drives, the first drive first.
 std::vector<std::string> FindOpticalDrives();
-
-// Reads the table of contents with the requests that a copy uses.
-//
-// Threads: any but an interface thread. A drive that gets ready may keep each request for 20 s,
-// and nothing interrupts it; TrackReader of track_reader.h is for those who cannot wait.
-// Errors: false when Device is no drive, when there is no disc or none that can be read, and when
-// the disc has no audio track. ErrorMessage then is one clause without a period, for people, and
-// Out is unchanged.
-bool ReadTrackList(const std::string& Device, TrackList& Out, std::string& ErrorMessage);

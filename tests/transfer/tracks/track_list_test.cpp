@@ -1,6 +1,6 @@
 // The table of contents of an audio CD, as the program lists it.
 
-#include "track_list.h"
+#include "table_of_contents.h"
 
 #include "fake_drive.h"
 
@@ -13,23 +13,21 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-struct ListResult {
-    bool bRead = false;
-    TrackList List{"untouched", {}};
-    std::string ErrorMessage = "untouched";
-};
-
-ListResult ReadList(const std::string& Device = kFakeDevice) {
-    ListResult result;
-    result.bRead = ReadTrackList(Device, result.List, result.ErrorMessage);
-    return result;
+// The list, or an empty one after a failed expectation.
+TrackList ReadList(const std::string& Device = kFakeDevice) {
+    const auto result = ReadTrackList(Device);
+    if (const auto* failure = std::get_if<TrackListFailure>(&result)) {
+        ADD_FAILURE() << failure->Reason;
+        return {};
+    }
+    return std::get<TrackList>(result);
 }
 
 void ExpectFailure(const std::string& Message, const std::string& Device = kFakeDevice) {
-    const ListResult result = ReadList(Device);
-    EXPECT_FALSE(result.bRead);
-    EXPECT_EQ(result.ErrorMessage, Message);
-    EXPECT_EQ(result.List.Device, "untouched");
+    const auto result = ReadTrackList(Device);
+    const auto* failure = std::get_if<TrackListFailure>(&result);
+    ASSERT_NE(failure, nullptr);
+    EXPECT_EQ(failure->Reason, Message);
 }
 
 void ExpectTrack(const TrackListEntry& Track, int Number, std::int32_t StartFrame,
@@ -42,14 +40,12 @@ void ExpectTrack(const TrackListEntry& Track, int Number, std::int32_t StartFram
 
 TEST(TrackList, HasEveryTrackUpToTheNextOneOrTheLeadOut) {
     ScopedDrive drive(AudioDisc({150, 18783, 30000}, 40500));
-    const ListResult result = ReadList();
-    EXPECT_TRUE(result.bRead);
-    EXPECT_EQ(result.ErrorMessage, "untouched");
-    EXPECT_EQ(result.List.Device, kFakeDevice);
-    ASSERT_EQ(result.List.Tracks.size(), 3U);
-    ExpectTrack(result.List.Tracks[0], 1, 150, 18783, false);
-    ExpectTrack(result.List.Tracks[1], 2, 18783, 30000, false);
-    ExpectTrack(result.List.Tracks[2], 3, 30000, 40500, false);
+    const TrackList list = ReadList();
+    EXPECT_EQ(list.Device, kFakeDevice);
+    ASSERT_EQ(list.Tracks.size(), 3U);
+    ExpectTrack(list.Tracks[0], 1, 150, 18783, false);
+    ExpectTrack(list.Tracks[1], 2, 18783, 30000, false);
+    ExpectTrack(list.Tracks[2], 3, 30000, 40500, false);
 }
 
 TEST(TrackList, IsReadWithTheRequestsOfACopy) {
@@ -64,10 +60,10 @@ TEST(TrackList, HasTheDataTracksToo) {
     FakeDisc disc = AudioDisc({150, 18783}, 40500);
     disc.Tracks[0].bData = true;
     ScopedDrive drive(disc);
-    const ListResult result = ReadList();
-    ASSERT_EQ(result.List.Tracks.size(), 2U);
-    ExpectTrack(result.List.Tracks[0], 1, 150, 18783, true);
-    ExpectTrack(result.List.Tracks[1], 2, 18783, 40500, false);
+    const TrackList list = ReadList();
+    ASSERT_EQ(list.Tracks.size(), 2U);
+    ExpectTrack(list.Tracks[0], 1, 150, 18783, true);
+    ExpectTrack(list.Tracks[1], 2, 18783, 40500, false);
 }
 
 TEST(TrackList, HasNinetyNineTracks) {
@@ -76,9 +72,9 @@ TEST(TrackList, HasNinetyNineTracks) {
         starts.push_back(150 + number * 300);
     }
     ScopedDrive drive(AudioDisc(starts, 150 + 99 * 300));
-    const ListResult result = ReadList();
-    ASSERT_EQ(result.List.Tracks.size(), 99U);
-    ExpectTrack(result.List.Tracks.back(), 99, 150 + 98 * 300, 150 + 99 * 300, false);
+    const TrackList list = ReadList();
+    ASSERT_EQ(list.Tracks.size(), 99U);
+    ExpectTrack(list.Tracks.back(), 99, 150 + 98 * 300, 150 + 99 * 300, false);
 }
 
 TEST(TrackList, StartsWithTheFirstTrackOfTheDisc) {
@@ -86,18 +82,17 @@ TEST(TrackList, StartsWithTheFirstTrackOfTheDisc) {
     disc.Tracks[0].Number = 5;
     disc.Tracks[1].Number = 6;
     ScopedDrive drive(disc);
-    const ListResult result = ReadList();
-    ASSERT_EQ(result.List.Tracks.size(), 2U);
-    ExpectTrack(result.List.Tracks[0], 5, 150, 1000, false);
+    const TrackList list = ReadList();
+    ASSERT_EQ(list.Tracks.size(), 2U);
+    ExpectTrack(list.Tracks[0], 5, 150, 1000, false);
 }
 
 TEST(TrackList, KeepsATrackThatGoesBackwards) {
     ScopedDrive drive(AudioDisc({5000, 150}, 5000));
-    const ListResult result = ReadList();
-    EXPECT_TRUE(result.bRead);
-    ASSERT_EQ(result.List.Tracks.size(), 2U);
-    EXPECT_FALSE(result.List.Tracks[0].HasValidRange());
-    EXPECT_TRUE(result.List.Tracks[1].HasValidRange());
+    const TrackList list = ReadList();
+    ASSERT_EQ(list.Tracks.size(), 2U);
+    EXPECT_FALSE(list.Tracks[0].HasValidRange());
+    EXPECT_TRUE(list.Tracks[1].HasValidRange());
 }
 
 TEST(TrackList, OfADriveThatIsMissingSaysWhy) {
