@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <iterator>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -18,15 +19,21 @@ namespace fs = std::filesystem;
 
 class EndsOnTerminal : public OnTerminal {
 protected:
-    void StartSlowCopy() {
+    void StartSlowCopy(const std::vector<std::string>& Options = {}) {
         WriteFile(Root / "big.bin", PatternBytes(20 << 20));
-        ProgramInTerminal::Setting setting =
-            Setting({"copy", "--no-preflight", "--flush=never", "big.bin", "disk"});
+        std::vector<std::string> arguments{"copy", "--no-preflight", "--flush=never", "big.bin",
+                                           "disk"};
+        arguments.insert(arguments.begin() + 1, Options.begin(), Options.end());
+        ProgramInTerminal::Setting setting = Setting(arguments);
         // A program under a sanitizer would end by the sanitizer's report instead of the signal.
         for (const char* options : {"ASAN_OPTIONS", "TSAN_OPTIONS"}) {
             setting.Environment.emplace_back(options, "handle_segv=0:handle_abort=0");
         }
         Start(setting);
+    }
+
+    void StartShownSlowCopy(const std::vector<std::string>& Options = {}) {
+        StartSlowCopy(Options);
         ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
     }
 
@@ -39,7 +46,7 @@ protected:
 };
 
 TEST_F(EndsOnTerminal, SigintCancels) {
-    StartSlowCopy();
+    StartShownSlowCopy();
     Program->Signal(SIGINT);
     EXPECT_TRUE(Program->ExitsWith(130));
     EXPECT_EQ(Program->HistoryAndScreen(),
@@ -47,29 +54,47 @@ TEST_F(EndsOnTerminal, SigintCancels) {
     ExpectNothingLeft();
 }
 
+TEST_F(EndsOnTerminal, EscCancelsWithPlainLines) {
+    StartShownSlowCopy({"--progress=lines", "--interval=0.1"});
+    Program->Type(kEsc);
+    EXPECT_TRUE(Program->ExitsWith(130));
+    EXPECT_EQ(Program->Output().find("^["), std::string::npos) << Program->HistoryAndScreen();
+    ExpectNothingLeft();
+}
+
+TEST_F(EndsOnTerminal, EscCancelsQuietly) {
+    StartSlowCopy({"-q"});
+    EXPECT_TRUE(
+        BecomesTrue("the copy has begun", [this] { return fs::exists(Root / "disk/big.bin"); }));
+    Program->Type(kEsc);
+    EXPECT_TRUE(Program->ExitsWith(130));
+    EXPECT_EQ(Program->HistoryAndScreen(), "");
+    ExpectNothingLeft();
+}
+
 TEST_F(EndsOnTerminal, SigtermCancelsAndKeepsItsStatus) {
-    StartSlowCopy();
+    StartShownSlowCopy();
     Program->Signal(SIGTERM);
     EXPECT_TRUE(Program->ExitsWith(143));
     ExpectNothingLeft();
 }
 
 TEST_F(EndsOnTerminal, SighupCancelsAndKeepsItsStatus) {
-    StartSlowCopy();
+    StartShownSlowCopy();
     Program->Signal(SIGHUP);
     EXPECT_TRUE(Program->ExitsWith(129));
     ExpectNothingLeft();
 }
 
 TEST_F(EndsOnTerminal, AClosedTerminalCancels) {
-    StartSlowCopy();
+    StartShownSlowCopy();
     Program->HangUp();
     EXPECT_TRUE(Program->ExitsWith(129));
     EXPECT_EQ(TreeOf(Root / "disk").count("big.bin"), 0U);
 }
 
 TEST_F(EndsOnTerminal, Sigusr1PrintsOneStatusLineAndGoesOn) {
-    StartSlowCopy();
+    StartShownSlowCopy();
     Program->Signal(SIGUSR1);
     EXPECT_TRUE(Program->ExitsWith(0));
     const std::string shown = Program->HistoryAndScreen();
@@ -79,21 +104,21 @@ TEST_F(EndsOnTerminal, Sigusr1PrintsOneStatusLineAndGoesOn) {
 }
 
 TEST_F(EndsOnTerminal, ACrashRestoresTheTerminal) {
-    StartSlowCopy();
+    StartShownSlowCopy();
     Program->Signal(SIGSEGV);
     EXPECT_TRUE(Program->ExitsWith(128 + SIGSEGV));
     ExpectRestoredTerminal();
 }
 
 TEST_F(EndsOnTerminal, AnAbortRestoresTheTerminal) {
-    StartSlowCopy();
+    StartShownSlowCopy();
     Program->Signal(SIGABRT);
     EXPECT_TRUE(Program->ExitsWith(128 + SIGABRT));
     ExpectRestoredTerminal();
 }
 
 TEST_F(EndsOnTerminal, ASignalThatNobodyTakesRestoresTheTerminal) {
-    StartSlowCopy();
+    StartShownSlowCopy();
     Program->Signal(SIGUSR2);
     EXPECT_TRUE(Program->ExitsWith(128 + SIGUSR2));
     ExpectRestoredTerminal();
@@ -103,7 +128,7 @@ TEST_F(EndsOnTerminal, ASignalThatNobodyTakesRestoresTheTerminal) {
 class EndsOnStoppedTerminal : public EndsOnTerminal {
 protected:
     void SetUp() override {
-        StartSlowCopy();
+        StartShownSlowCopy();
         Program->Type(kCtrlS);
     }
 
