@@ -38,8 +38,8 @@ public:
     void SetPartingSentence(std::string Sentence) { PartingSentence = std::move(Sentence); }
 
     // Takes the block away and gives back keys and signals, which act by themselves from then on.
-    // Printing goes on. Whoever has asked for the end does not wait for an output that stands still:
-    // their signal comes once more after the time for the clean-up.
+    // Printing goes on. Whoever has asked for the end does not wait for an output that stands
+    // still: their signal comes once more after the time for the clean-up.
     void Close(const EndRequest& Requests);
     // Waits until everything is out.
     void Finish();
