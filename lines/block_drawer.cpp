@@ -9,6 +9,10 @@ namespace {
 
 constexpr std::string_view kEraseToEndOfLine = "\x1B[K";
 constexpr std::string_view kEraseBelow = "\x1B[J";
+constexpr const char* kNextLine = "\x1B[K\r\n";
+// A line that is too long is cut meanwhile.
+constexpr std::string_view kWrapOff = "\x1B[?7l";
+constexpr std::string_view kWrapOn = "\x1B[?7h";
 
 std::string Up(int Rows) {
     return Rows > 0 ? "\x1B[" + std::to_string(Rows) + "A" : "";
@@ -30,13 +34,15 @@ std::string BlockDrawer::Draw(const std::vector<ScreenLine>& Lines, TerminalSize
     if (Lines.empty()) {
         return Erase(Size);
     }
-    const BlockCursor cursor = Cursor.value_or(BlockCursor{Lines.size() - 1, {}});
+    const BlockCursor cursor = Cursor.value_or(BlockCursor{});
     const bool bSameShape = Size == ShownSize && Lines.size() == Shown.size();
     if (bSameShape && Lines == Shown && cursor == ShownCursor) {
         return {};
     }
-    std::string bytes = bSameShape ? DrawChanges(Lines) : DrawAll(Lines, Size);
-    bytes += Up(static_cast<int>(Lines.size() - 1 - cursor.Line)) + "\r" + cursor.Prefix;
+    std::string bytes(kWrapOff);
+    bytes += bSameShape ? DrawChanges(Lines, cursor.Line) : DrawAll(Lines, Size, cursor.Line);
+    bytes += kWrapOn;
+    bytes += "\r" + cursor.Prefix;
     Shown = Lines;
     ShownSize = Size;
     ShownCursor = cursor;
@@ -47,8 +53,12 @@ std::string BlockDrawer::Erase(TerminalSize Size) {
     if (Shown.empty()) {
         return {};
     }
-    std::string bytes = GoToTop(Size);
+    // Behind a blank: erasing from the first cell of the screen makes tmux keep all that stood
+    // there in its history.
+    std::string bytes = GoToTop(Size) + " ";
     bytes += kEraseBelow;
+    bytes += "\r";
+    bytes += kEraseToEndOfLine;
     Forget();
     return bytes;
 }
@@ -82,17 +92,19 @@ std::string BlockDrawer::GoToTop(TerminalSize Size) const {
     return Up(rows) + "\r";
 }
 
-std::string BlockDrawer::DrawAll(const std::vector<ScreenLine>& Lines, TerminalSize Size) const {
+// Like DrawChanges it ends in line CursorLine.
+std::string BlockDrawer::DrawAll(const std::vector<ScreenLine>& Lines, TerminalSize Size,
+                                 std::size_t CursorLine) const {
     std::string bytes = GoToTop(Size);
-    bytes += kEraseBelow;
     for (std::size_t i = 0; i < Lines.size(); ++i) {
-        bytes += (i == 0 ? "" : "\r\n") + Rendered(Lines[i]);
+        bytes += (i == 0 ? "" : kNextLine) + Rendered(Lines[i]);
     }
-    return bytes;
+    bytes += kEraseBelow;
+    return bytes + Up(static_cast<int>(Lines.size() - 1 - CursorLine));
 }
 
-// Ends on the last line, like DrawAll.
-std::string BlockDrawer::DrawChanges(const std::vector<ScreenLine>& Lines) const {
+std::string BlockDrawer::DrawChanges(const std::vector<ScreenLine>& Lines,
+                                     std::size_t CursorLine) const {
     std::string bytes;
     std::size_t at = ShownCursor.Line;
     const auto goTo = [&bytes, &at](std::size_t Line) {
@@ -110,6 +122,6 @@ std::string BlockDrawer::DrawChanges(const std::vector<ScreenLine>& Lines) const
             bytes += bShorter ? kEraseToEndOfLine : "";
         }
     }
-    goTo(Lines.size() - 1);
+    goTo(CursorLine);
     return bytes;
 }

@@ -20,12 +20,19 @@ struct BlockCursor {
 };
 
 // Knows what it has put on the screen. Its bytes use nothing beyond carriage return, line feed,
-// "cursor up", "erase to the end of the line" and "erase to the end of the screen".
+// "cursor up", "erase to the end of the line", "erase to the end of the screen" and "wrap" on and
+// off.
+//
+// A terminal whose window is made narrower may rewrap what it shows, cut it or leave it, and tells
+// the program later, tmux after up to a quarter of a second. Frames for the old width still arrive
+// meanwhile. So the cursor rests at the start of the block, where nothing has to be counted before
+// the next frame, and a frame never takes more rows than it has lines.
 class BlockDrawer {
 public:
     // The bytes that replace the block on the screen by Lines; none when nothing changes. Lines
-    // must be laid out for Size. The cursor then stands at the start of the last line, or where
-    // Cursor says. A window that has changed its size is taken to have rewrapped the old lines.
+    // must be laid out for Size. The cursor then stands at the start of the first line, or where
+    // Cursor says: then a window that has changed its size is taken to have rewrapped the lines
+    // above the cursor.
     std::string Draw(const std::vector<ScreenLine>& Lines, TerminalSize Size,
                      const std::optional<BlockCursor>& Cursor = std::nullopt);
 
@@ -40,8 +47,9 @@ public:
 private:
     void Forget();
     std::string GoToTop(TerminalSize Size) const;
-    std::string DrawAll(const std::vector<ScreenLine>& Lines, TerminalSize Size) const;
-    std::string DrawChanges(const std::vector<ScreenLine>& Lines) const;
+    std::string DrawAll(const std::vector<ScreenLine>& Lines, TerminalSize Size,
+                        std::size_t CursorLine) const;
+    std::string DrawChanges(const std::vector<ScreenLine>& Lines, std::size_t CursorLine) const;
 
     std::vector<ScreenLine> Shown;
     TerminalSize ShownSize;

@@ -73,9 +73,9 @@ TEST_F(BlockDrawing, PutsTheBlockBelowWhatIsThere) {
     EXPECT_EQ(Screen.Text(), Below({"one", "two", "three"}));
 }
 
-TEST_F(BlockDrawing, LeavesTheCursorAtTheStartOfTheLastLine) {
+TEST_F(BlockDrawing, LeavesTheCursorAtTheStartOfTheFirstLine) {
     Draw({"one", "two"});
-    EXPECT_EQ(Screen.CursorLine(), 2U);
+    EXPECT_EQ(Screen.CursorLine(), 1U);
     EXPECT_EQ(Screen.CursorColumn(), 0U);
 }
 
@@ -119,7 +119,8 @@ TEST_F(BlockDrawing, SendsNothingWhenNothingChanges) {
 
 TEST_F(BlockDrawing, SendsOnlyTheLinesThatChange) {
     Draw({"one", "two", "three"});
-    EXPECT_EQ(Drawer.Draw(Lines({"one", "2", "three"}), kUsualSize), "\x1B[1A\r2\x1B[K\n\r");
+    EXPECT_EQ(Drawer.Draw(Lines({"one", "2", "three"}), kUsualSize),
+              "\x1B[?7l\n\r2\x1B[K\x1B[1A\x1B[?7h\r");
 }
 
 TEST_F(BlockDrawing, TakesTheBlockAway) {
@@ -157,6 +158,24 @@ TEST_F(BlockDrawing, LeavesNoRemnantsInANarrowerWindow) {
     EXPECT_EQ(Screen.Text(), Below({"aaa", "bbb", "ccc"}));
 }
 
+// The terminal has been made narrower already when frames for wider windows still arrive.
+TEST_F(BlockDrawing, LeavesNoRemnantsOfFramesThatComeTooLate) {
+    Draw({std::string(79, 'a'), std::string(41, 'b'), std::string(79, 'c')});
+    Screen.Resize(40, 24);
+    Draw({std::string(79, 'A'), std::string(45, 'B'), std::string(79, 'c')});
+    Draw({std::string(59, 'a'), std::string(20, 'a'), std::string(59, 'c')}, {60, 24});
+    Draw({std::string(59, 'A'), std::string(20, 'A'), std::string(59, 'c')}, {60, 24});
+    Draw({"aaa", "bbb", "ccc"}, {40, 24});
+    EXPECT_EQ(Screen.Text(), Below({"aaa", "bbb", "ccc"}));
+}
+
+TEST_F(BlockDrawing, LeavesWhatIsAboveAloneWhereLinesAreCut) {
+    Draw({std::string(79, 'a'), std::string(79, 'b')});
+    Screen.ResizeAndCut(40, 24);
+    Draw({"aaa", "bbb"}, {40, 24});
+    EXPECT_EQ(Screen.Text(), Below({"aaa", "bbb"}));
+}
+
 TEST_F(BlockDrawing, LeavesNoRemnantsOfATextFieldInANarrowerWindow) {
     const std::string line(70, 'n');
     Screen.Write(Drawer.Draw(Lines({"question", line}), kUsualSize, BlockCursor{1, line}));
@@ -185,14 +204,15 @@ TEST_F(BlockDrawing, CountsTheRowsOfWideCharactersThatDoNotFit) {
         wide += "日";
     }
     // Two of them to each row of five columns.
-    Drawer.Draw(Lines({wide, "x"}), kUsualSize);
-    EXPECT_EQ(Drawer.Erase({5, 24}), "\x1B[5A\r\x1B[J");
+    Drawer.Draw(Lines({wide, "x"}), kUsualSize, BlockCursor{1, {}});
+    EXPECT_EQ(Drawer.Erase({5, 24}), "\x1B[5A\r \x1B[J\r\x1B[K");
 }
 
 TEST_F(BlockDrawing, EmphasizesWarnings) {
     setenv("TERM", "xterm", 1);
     unsetenv("NO_COLOR");
-    EXPECT_EQ(Drawer.Draw({{"careful", true}}, kUsualSize), "\r\x1B[J\x1B[1;31mcareful\x1B[m\r");
+    EXPECT_EQ(Drawer.Draw({{"careful", true}}, kUsualSize),
+              "\x1B[?7l\r\x1B[1;31mcareful\x1B[m\x1B[J\x1B[?7h\r");
     EXPECT_NE(Drawer.Draw({{"careful", false}}, kUsualSize), "");
 }
 

@@ -4,22 +4,32 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 // Characters of one column each, carriage return, line feed, cursor up, erase to the end of the
-// line and of the screen, and emphasis, which is not kept. Rewraps long lines when it is resized.
+// line and of the screen, wrapping on and off, and emphasis, which is not kept.
 //
-// Errors: anything else throws std::runtime_error.
+// Errors: anything else throws std::runtime_error; so does erasing the whole screen, which tmux
+// takes for a wish to keep in its history what stood there.
 class PlainScreen {
 public:
     PlainScreen(int ColumnsAtFirst, int RowsAtFirst) : Columns(ColumnsAtFirst), Rows(RowsAtFirst) {}
 
+    // Rewraps long lines, as most terminals do.
     void Resize(int NewColumns, int NewRows) {
         Columns = NewColumns;
         Rows = NewRows;
+    }
+    // Cuts them, as some do.
+    void ResizeAndCut(int NewColumns, int NewRows) {
+        Resize(NewColumns, NewRows);
+        for (std::string& line : Lines) {
+            line.resize(std::min(line.size(), Width()));
+        }
     }
 
     void Write(std::string_view Bytes) {
@@ -56,41 +66,62 @@ private:
             Down();
         } else if (Byte >= ' ' && Byte <= '~') {
             Lines[Line].resize(std::max(Lines[Line].size(), Column + 1), ' ');
-            Lines[Line][Column++] = Byte;
+            Lines[Line][Column] = Byte;
+            const bool bAtMargin = Column % Width() == Width() - 1;
+            Column += bAtMargin && !bWraps ? 0 : 1;
         } else {
             throw std::runtime_error("a byte that a simple terminal does not show");
         }
         return 1;
     }
 
-    // The driver of the terminal adds the carriage return.
-    void Down() {
-        const std::size_t row = Column / Width();
-        Column = (row + 1) * Width();
-        if (row + 1 >= RowsOf(Line)) {
-            ++Line;
-            Column = 0;
-            Lines.resize(std::max(Lines.size(), Line + 1));
+    // The rows below the cursor's are no longer part of its line.
+    void EndLineInThisRow() {
+        const std::size_t end = (Column / Width() + 1) * Width();
+        if (Lines[Line].size() > end) {
+            const auto next = Lines.begin() + static_cast<std::ptrdiff_t>(Line) + 1;
+            Lines.insert(next, Lines[Line].substr(end));
+            Lines[Line].resize(end);
         }
     }
 
+    // The driver of the terminal adds the carriage return.
+    void Down() {
+        EndLineInThisRow();
+        ++Line;
+        Column = 0;
+        Lines.resize(std::max(Lines.size(), Line + 1));
+    }
+
     std::size_t TakeSequence(std::string_view Bytes) {
-        const std::size_t end = Bytes.find_first_of("AJKm");
+        const std::size_t end = Bytes.find_first_of("AJKmhl");
         if (end == std::string_view::npos || Bytes.substr(0, 2) != "\x1B[") {
             throw std::runtime_error("a sequence that a simple terminal does not know");
         }
-        const std::string number(Bytes.substr(2, end - 2));
-        if (Bytes[end] == 'A') {
-            Up(std::stoul(number));
-        } else if (Bytes[end] != 'm' && !number.empty()) {
-            throw std::runtime_error("a way of erasing that a simple terminal does not know");
-        } else if (Bytes[end] != 'm') {
-            Lines[Line].resize(std::min(Lines[Line].size(), Column));
-        }
-        if (Bytes[end] == 'J') {
-            Lines.resize(Line + 1);
-        }
+        Obey(Bytes[end], std::string(Bytes.substr(2, end - 2)));
         return end + 1;
+    }
+
+    void Obey(char Command, const std::string& Parameter) {
+        const bool bErases = Command == 'J' || Command == 'K';
+        if (bErases && !Parameter.empty()) {
+            throw std::runtime_error("a way of erasing that a simple terminal does not know");
+        }
+        if (Command == 'J' && Line == 0 && Column == 0) {
+            throw std::runtime_error("erases the whole screen");
+        }
+        if (Command == 'A') {
+            Up(std::stoul(Parameter));
+        } else if (bErases) {
+            EndLineInThisRow();
+            Lines[Line].resize(std::min(Lines[Line].size(), Column));
+            Lines.resize(Command == 'J' ? Line + 1 : Lines.size());
+        } else if (Command != 'm') {
+            if (Parameter != "?7") {
+                throw std::runtime_error("a mode that a simple terminal does not know");
+            }
+            bWraps = Command == 'h';
+        }
     }
 
     void Up(std::size_t Count) {
@@ -117,6 +148,7 @@ private:
 
     int Columns;
     int Rows;
+    bool bWraps = true;
     // As they were written; a long one takes several rows.
     std::vector<std::string> Lines = {""};
     std::size_t Line = 0;
