@@ -6,11 +6,17 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "end_request.h"
+
 namespace {
 
 bool IsIgnored(int Signal) {
     struct sigaction action {};
     return sigaction(Signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+bool EndsTheProgram(int Signal) {
+    return Signal == SIGINT || Signal == SIGTERM || Signal == SIGHUP || Signal == SIGQUIT;
 }
 
 } // namespace
@@ -32,8 +38,11 @@ SignalInbox::SignalInbox() {
 }
 
 SignalInbox::~SignalInbox() {
-    // What came too late to be acted on must not end the program with its work done.
-    while (Take()) {}
+    while (const std::optional<int> late = Take()) {
+        if (EndsTheProgram(*late)) {
+            SendSignalAfter(EndRequest::kCleanUpTime, *late);
+        }
+    }
     pthread_sigmask(SIG_SETMASK, &MaskBefore, nullptr);
     close(Descriptor);
 }

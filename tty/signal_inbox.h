@@ -14,7 +14,9 @@
 class SignalInbox {
 public:
     SignalInbox();
-    // Lets the signals act by themselves again.
+    // Lets the signals act by themselves again. One that ends the program and came too late to be
+    // taken comes once more after the time for the clean-up: a program with its work done prints
+    // its last line, and one that cannot print it ends all the same.
     ~SignalInbox();
     SignalInbox(const SignalInbox&) = delete;
     SignalInbox& operator=(const SignalInbox&) = delete;
