@@ -50,6 +50,10 @@ public:
     std::function<bool()> After(std::chrono::milliseconds Time) {
         return [this, at = Clock + Time] { return Clock >= at; };
     }
+    // The same after the step before.
+    std::function<bool()> Later(std::chrono::milliseconds Time) {
+        return [this, Time] { return Clock >= LatestStep + Time; };
+    }
     static std::function<bool()> Always() {
         return [] { return true; };
     }
@@ -92,6 +96,7 @@ public:
         if (!Steps.empty() && Steps.front().When()) {
             const Step step = std::move(Steps.front());
             Steps.pop_front();
+            LatestStep = Clock;
             if (step.Then) {
                 step.Then();
             }
@@ -153,6 +158,7 @@ private:
 
     std::deque<Step> Steps;
     TimePoint Clock = std::chrono::steady_clock::now();
+    TimePoint LatestStep = Clock;
     PlainScreen Shown{80, 24};
     TerminalSize Window;
     std::string Bytes;

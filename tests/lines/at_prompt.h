@@ -1,0 +1,108 @@
+// What the phases of a run at a prompt work with, in a test: a scripted terminal, the real prompt
+// and loop, and a reporter that writes down what it is told.
+
+#pragma once
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "fake_drive.h"
+#include "file_tree.h"
+#include "interface_loop.h"
+#include "prompt.h"
+#include "prompt_context.h"
+#include "reporter.h"
+#include "scripted_terminal.h"
+#include "shared_latch.h"
+#include "temporary_directory.h"
+
+class LoggingReporter : public Reporter {
+public:
+    void PreflightRuns(std::uint64_t EntriesSeen) override {
+        Log.push_back("look " + std::to_string(EntriesSeen));
+    }
+    void PreflightIsOver(const PreflightResult& Result) override {
+        Log.push_back("look over " + std::to_string(Result.Entries));
+    }
+    void JobRuns(const ProgressView& View) override {
+        Log.emplace_back(View.Snapshot.bCancelRequested ? "job to cancel" : "job");
+    }
+    void JobIsOver(const ProgressView& View) override {
+        Log.push_back("job over " + View.Snapshot.MessageText);
+    }
+    void FlushRuns(const FlushProgress& Progress) override {
+        Log.emplace_back(Progress.bFinished ? "flush at its end" : "flush");
+    }
+    void FlushIsOver(const FlushProgress& Progress) override {
+        Log.push_back("flush over " + Progress.ErrorText);
+    }
+    void ConflictIsAnswered(const AnsweredConflict& Answered) override {
+        Answers.push_back(Answered);
+    }
+    bool IsBroken() const override { return bBroken; }
+
+    int Count(const std::string& Entry) const {
+        return static_cast<int>(std::count(Log.begin(), Log.end(), Entry));
+    }
+
+    std::vector<std::string> Log;
+    std::vector<AnsweredConflict> Answers;
+    bool bBroken = false;
+};
+
+// Shows in the exit status what the program has ended by.
+inline int StatusInTests(const RunOutcome& Outcome) {
+    return Outcome.EndSignal ? 1000 + *Outcome.EndSignal : 0;
+}
+
+class AtPrompt : public testing::Test {
+protected:
+    AtPrompt() {
+        Screen.SetSize(300, 24);
+        std::signal(SIGPIPE, SIG_IGN);
+    }
+
+    PromptContext Context() { return {Screen, Shown, Loop, Report}; }
+
+    std::string PathOf(const std::string& Name) const { return (Root / Name).string(); }
+
+    std::function<bool()> Reports(const std::string& Entry, int Times = 1) {
+        return [this, Entry, Times] { return Report.Count(Entry) >= Times; };
+    }
+    // Presses Keys when the dead time of a question that shows Text is over.
+    void AnswerWhenShown(const std::string& Text, const std::vector<KeyPress>& Keys) {
+        Screen.Script({Screen.Shows(Text), {}});
+        Screen.PressWhen(Screen.Later(std::chrono::milliseconds(700)), Keys);
+    }
+
+    TemporaryDirectory Root;
+    ScriptedTerminal Screen;
+    Prompt Shown{Screen, StatusInTests};
+    InterfaceLoop Loop{Screen, Shown};
+    LoggingReporter Report;
+};
+
+// A drive that keeps whoever makes the call Held until it is released.
+class HeldDrive : public ScopedDrive {
+public:
+    explicit HeldDrive(const std::string& Held) : ScopedDrive(AudioDisc({150, 1000}, 2000)) {
+        Before = [this, Held](const std::string& Call) {
+            if (Call == Held) {
+                Latch.Wait();
+            }
+        };
+    }
+    ~HeldDrive() { Release(); }
+
+    void Release() { Latch.Open(); }
+
+private:
+    SharedLatch Latch;
+};
