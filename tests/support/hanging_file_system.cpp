@@ -1,5 +1,7 @@
 #include "hanging_file_system.h"
 
+#include "needs.h"
+
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -16,13 +18,18 @@
 
 namespace {
 
+std::filesystem::path NeededDevice() {
+    const std::filesystem::path node = "/dev/fuse";
+    NeedDeviceNode(node);
+    return node;
+}
+
 std::filesystem::path MountFuse(const std::filesystem::path& Where, int Device) {
     std::filesystem::create_directories(Where);
     const std::string options =
         "fd=" + std::to_string(Device) + ",rootmode=40000,user_id=0,group_id=0,allow_other";
     if (mount("hanging", Where.c_str(), "fuse", 0, options.c_str()) != 0) {
-        throw std::system_error(errno, std::generic_category(),
-                                "mounting a FUSE file system (needs root and /dev/fuse)");
+        throw std::system_error(errno, std::generic_category(), "mounting a FUSE file system");
     }
     return Where;
 }
@@ -53,7 +60,7 @@ fuse_attr_out RootStatus() {
 } // namespace
 
 HangingFileSystem::HangingFileSystem(const std::filesystem::path& Where)
-    : Device(open("/dev/fuse", O_RDWR | O_CLOEXEC)), Stop(eventfd(0, EFD_CLOEXEC)),
+    : Device(open(NeededDevice().c_str(), O_RDWR | O_CLOEXEC)), Stop(eventfd(0, EFD_CLOEXEC)),
       Mount(MountFuse(Where, Device.Get())), Server(&HangingFileSystem::Serve, this) {}
 
 HangingFileSystem::~HangingFileSystem() {
