@@ -1,7 +1,7 @@
 // A cancel at every place where the worker looks for one, and what it leaves. Needs root for the
 // mounts of the paced copies.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "answering_interface.h"
 #include "becomes_true.h"
@@ -18,8 +18,6 @@ using Act = TarvaneTransferConflictAction;
 using Policy = TarvaneTransferConflictPolicy;
 using Items = std::vector<std::pair<fs::path, fs::path>>;
 
-constexpr bool kCopy = false;
-constexpr bool kMove = true;
 constexpr const char* kCopyCanceled = "Copy canceled. Partial destination files may remain.";
 constexpr const char* kMoveCanceled = "Move canceled. Partial destination files may remain.";
 

@@ -1,6 +1,6 @@
 // Tracks of an audio CD as entries of a plan: scanned, copied, skipped, renamed and moved.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "answering_interface.h"
 #include "fake_drive.h"
@@ -13,7 +13,7 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-const char* const kSource = "cdda:/dev/fake-cd/Track 01.wav";
+const char* const kTrackPath = "cdda:/dev/fake-cd/Track 01.wav";
 constexpr std::uint64_t kWavBytes = 44 + 1000 * 2352;
 
 // Track 1 from frame 150 to 1150, track 2 to 1160.
@@ -24,7 +24,7 @@ FakeDisc TwoTracks() {
 class TrackCopy : public testing::Test {
 protected:
     TransferCopyResult Copy(TarvaneTransferConflictPolicy Policy, bool bMove = false) {
-        return CopyPathWithProgress(kSource, Wav, Job, Policy, bMove, ErrorMessage);
+        return CopyPathWithProgress(kTrackPath, Wav, Job, Policy, bMove, ErrorMessage);
     }
 
     void ExpectCounters(std::uint64_t Bytes, std::uint64_t Items) {
@@ -80,7 +80,7 @@ TEST_F(TrackCopy, AsksAboutATakenNameWithoutSizeAndDateOfTheTrack) {
     const std::vector<TarvaneTransferConflict> questions = interface.Stop();
     ASSERT_EQ(questions.size(), 1U);
     EXPECT_EQ(questions[0].Kind, TarvaneTransferConflictKind::File);
-    EXPECT_EQ(questions[0].SourcePath, kSource);
+    EXPECT_EQ(questions[0].SourcePath, kTrackPath);
     EXPECT_EQ(questions[0].DestinationPath, Wav.string());
     EXPECT_FALSE(questions[0].bSourceDirectory);
     EXPECT_FALSE(questions[0].bSourceHasSize);
@@ -160,7 +160,7 @@ TEST_F(TrackJob, ScansATrackAsOneItemOfItsAudio) {
     TransferTotals totals;
     std::string errorMessage = "untouched";
     TarvaneTransferJob job(false, 1, "Audio CD");
-    EXPECT_TRUE(ScanTransferPath(kSource, job, totals, errorMessage));
+    EXPECT_TRUE(ScanTransferPath(kTrackPath, job, totals, errorMessage));
     EXPECT_EQ(totals.ItemCount, 1U);
     EXPECT_EQ(totals.ByteCount, 2352000U);
     EXPECT_EQ(errorMessage, "untouched");
@@ -170,7 +170,7 @@ TEST_F(TrackJob, ScansATrackAsOneItemOfItsAudio) {
 
 TEST_F(TrackJob, FailsInTheScanWithTheReasonOfTheRange) {
     Drive.Disc().Tracks[0].bData = true;
-    const TarvaneTransferUiSnapshot snapshot = Run(false, {kSource});
+    const TarvaneTransferUiSnapshot snapshot = Run(false, {kTrackPath});
     EXPECT_FALSE(snapshot.bSucceeded);
     EXPECT_EQ(snapshot.MessageText, "Selected CD track is a data track, not audio.");
     EXPECT_FALSE(fs::exists(Target));
@@ -179,13 +179,13 @@ TEST_F(TrackJob, FailsInTheScanWithTheReasonOfTheRange) {
 }
 
 TEST_F(TrackJob, FailsInTheScanBeforeAnythingIsCopied) {
-    const TarvaneTransferUiSnapshot snapshot = Run(false, {kSource, "cdda:/dev/fake-cd/13"});
+    const TarvaneTransferUiSnapshot snapshot = Run(false, {kTrackPath, "cdda:/dev/fake-cd/13"});
     EXPECT_EQ(snapshot.MessageText, "Audio CD track is outside the disc TOC.");
     EXPECT_FALSE(fs::exists(Target));
 }
 
 TEST_F(TrackJob, CopiesATrackAndCountsIt) {
-    const TarvaneTransferUiSnapshot snapshot = Run(false, {kSource});
+    const TarvaneTransferUiSnapshot snapshot = Run(false, {kTrackPath});
     EXPECT_TRUE(snapshot.bSucceeded);
     EXPECT_EQ(snapshot.MessageText, "Copied 1 item(s).");
     EXPECT_EQ(snapshot.TotalItems, 1U);
@@ -197,8 +197,8 @@ TEST_F(TrackJob, CopiesATrackAndCountsIt) {
 
 TEST_F(TrackJob, CopiesTracksAndFilesInOnePlan) {
     WriteFile(Directory / "cover.jpg", "cover");
-    const TarvaneTransferUiSnapshot snapshot =
-        Run(false, {kSource, (Directory / "cover.jpg").string(), "cdda:/dev/fake-cd/Track 02.wav"});
+    const TarvaneTransferUiSnapshot snapshot = Run(
+        false, {kTrackPath, (Directory / "cover.jpg").string(), "cdda:/dev/fake-cd/Track 02.wav"});
     EXPECT_EQ(snapshot.MessageText, "Copied 3 item(s).");
     EXPECT_EQ(snapshot.TotalBytes, 1010U * 2352 + 5);
     EXPECT_EQ(snapshot.DoneBytes, 1010U * 2352 + 5);
@@ -210,7 +210,7 @@ TEST_F(TrackJob, CopiesTracksAndFilesInOnePlan) {
 TEST_F(TrackJob, CountsASkippedTrackAsOneItemWithoutBytes) {
     WriteFile(Target / "Track 01.wav", "old");
     const TarvaneTransferUiSnapshot snapshot =
-        Run(false, {kSource}, TarvaneTransferConflictPolicy::Skip);
+        Run(false, {kTrackPath}, TarvaneTransferConflictPolicy::Skip);
     EXPECT_EQ(snapshot.MessageText, "Copied 1 item(s).");
     EXPECT_EQ(snapshot.TotalBytes, 2352000U);
     EXPECT_EQ(snapshot.DoneBytes, 0U);
@@ -219,7 +219,7 @@ TEST_F(TrackJob, CountsASkippedTrackAsOneItemWithoutBytes) {
 }
 
 TEST_F(TrackJob, MovesATrackByCopyingIt) {
-    const TarvaneTransferUiSnapshot snapshot = Run(true, {kSource});
+    const TarvaneTransferUiSnapshot snapshot = Run(true, {kTrackPath});
     EXPECT_TRUE(snapshot.bSucceeded);
     EXPECT_EQ(snapshot.MessageText, "Moved 1 item(s).");
     EXPECT_EQ(fs::file_size(Target / "Track 01.wav"), kWavBytes);
@@ -233,7 +233,7 @@ TEST_F(TrackJob, CanceledInATrackLeavesNoFile) {
             Job->RequestCancel();
         }
     };
-    const TarvaneTransferUiSnapshot snapshot = Run(false, {kSource});
+    const TarvaneTransferUiSnapshot snapshot = Run(false, {kTrackPath});
     EXPECT_TRUE(snapshot.bCanceled);
     EXPECT_EQ(snapshot.MessageText, "Copy canceled. Partial destination files may remain.");
     EXPECT_EQ(TreeOf(Target), Tree{});
@@ -243,7 +243,7 @@ TEST_F(TrackJob, CanceledInATrackLeavesNoFile) {
 TEST_F(TrackJob, KeepsFinishedTracksWhenALaterOneFails) {
     Drive.Disc().Faults = {{"read 1150", EIO, 0}};
     const TarvaneTransferUiSnapshot snapshot =
-        Run(false, {kSource, "cdda:/dev/fake-cd/Track 02.wav"});
+        Run(false, {kTrackPath, "cdda:/dev/fake-cd/Track 02.wav"});
     EXPECT_EQ(snapshot.MessageText, "Failed reading audio CD sectors: Input/output error");
     EXPECT_EQ(snapshot.DoneItems, 1U);
     EXPECT_EQ(fs::file_size(Target / "Track 01.wav"), kWavBytes);

@@ -1,6 +1,6 @@
 // Which frames of an audio CD belong to a track.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "fake_drive.h"
 #include "link_names.h"

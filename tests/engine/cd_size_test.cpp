@@ -10,7 +10,7 @@
 #include <linux/cdrom.h>
 #undef minute
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "temporary_directory.h"
 

@@ -1,6 +1,6 @@
 // A track of an audio CD that does not become a file: what is said, closed, removed and counted.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "failing_stream.h"
 #include "mounts.h"

@@ -1,6 +1,6 @@
 // The WAV file that a track of an audio CD becomes.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "track_extraction.h"
 

@@ -1,6 +1,6 @@
 // The answers to a taken name that look further: at contents, at ages, at a new name.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "answering_interface.h"
 #include "transfer_fixture.h"

@@ -1,6 +1,6 @@
 // Describing both sides of a conflict: sizes, times, dates, content and age.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "transfer_fixture.h"
 

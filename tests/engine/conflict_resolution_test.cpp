@@ -1,6 +1,6 @@
 // What a taken name means for one file: whether to go on, where to write, whether to skip.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "answering_interface.h"
 #include "transfer_fixture.h"

@@ -1,6 +1,6 @@
 // Comparing two files by content: every failure reads as a difference.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "mounts.h"
 #include "transfer_fixture.h"

@@ -1,6 +1,6 @@
 // What a taken name means for a directory: merge, skip, or fail.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "answering_interface.h"
 #include "transfer_fixture.h"
@@ -11,9 +11,6 @@ using Act = TarvaneTransferConflictAction;
 using Kind = TarvaneTransferConflictKind;
 using Policy = TarvaneTransferConflictPolicy;
 using Result = TransferCopyResult;
-
-constexpr bool kCopy = false;
-constexpr bool kMove = true;
 
 class DirectoryConflict : public TransferTest {
 protected:

@@ -1,6 +1,6 @@
 // What is left when a directory cannot be copied or moved completely, and what counts as complete.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "answering_interface.h"
 #include "engine_hooks.h"
@@ -13,9 +13,6 @@ namespace {
 using Act = TarvaneTransferConflictAction;
 using Policy = TarvaneTransferConflictPolicy;
 using Result = TransferCopyResult;
-
-constexpr bool kCopy = false;
-constexpr bool kMove = true;
 
 class DirectoryFailure : public TransferTest {
 protected:

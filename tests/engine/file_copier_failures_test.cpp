@@ -1,6 +1,6 @@
 // What is left, on disk and in the counters, when one file cannot be copied or moved.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "answering_interface.h"
 #include "engine_hooks.h"
@@ -16,9 +16,6 @@ namespace {
 using Act = TarvaneTransferConflictAction;
 using Policy = TarvaneTransferConflictPolicy;
 using Result = TransferCopyResult;
-
-constexpr bool kCopy = false;
-constexpr bool kMove = true;
 
 class FileCopierFailure : public TransferTest {
 protected:

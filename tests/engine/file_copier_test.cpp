@@ -1,6 +1,6 @@
 // Copying and moving one regular file.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "answering_interface.h"
 #include "transfer_fixture.h"
@@ -12,9 +12,6 @@ namespace {
 using Act = TarvaneTransferConflictAction;
 using Policy = TarvaneTransferConflictPolicy;
 using Result = TransferCopyResult;
-
-constexpr bool kCopy = false;
-constexpr bool kMove = true;
 
 class FileCopier : public TransferTest {
 protected:

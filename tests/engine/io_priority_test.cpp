@@ -1,6 +1,6 @@
 // The I/O priority of the worker: idle for the whole run, and as before on every exit.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "engine_hooks.h"
 #include "fake_io_priority.h"

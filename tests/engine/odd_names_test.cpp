@@ -8,9 +8,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr bool kCopy = false;
-constexpr bool kMove = true;
-
 struct OddNameCase {
     std::string Word;
     std::string Name;

@@ -1,6 +1,6 @@
 // The rate at which a file is written to removable media. Needs root for its mounts.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "fake_sleep.h"
 #include "fake_steady_clock.h"

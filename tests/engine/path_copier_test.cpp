@@ -1,6 +1,6 @@
 // Copying and moving one path of any kind, directories with everything in them.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "engine_hooks.h"
 #include "mounts.h"
@@ -10,9 +10,6 @@ namespace {
 
 using Policy = TarvaneTransferConflictPolicy;
 using Result = TransferCopyResult;
-
-constexpr bool kCopy = false;
-constexpr bool kMove = true;
 
 class PathCopier : public TransferTest {
 protected:

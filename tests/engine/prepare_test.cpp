@@ -1,6 +1,6 @@
 // Preparing destinations, cleaning up, and counting what is skipped.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "engine_hooks.h"
 #include "mounts.h"

@@ -10,8 +10,6 @@ namespace fs = std::filesystem;
 using Policy = TarvaneTransferConflictPolicy;
 using Items = std::vector<std::pair<fs::path, fs::path>>;
 
-constexpr bool kCopy = false;
-constexpr bool kMove = true;
 constexpr std::size_t kBlock = 262144;
 
 class RealFileSystem : public TransferTest {

@@ -1,6 +1,6 @@
 // The public records and enumerations, and the two records that are private to the engine.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "job_access.h"
 

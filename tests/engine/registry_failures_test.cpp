@@ -1,6 +1,6 @@
 // The registry when locks or memory fail, and when jobs end in the middle of a collection.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "becomes_true.h"
 #include "counting_sound.h"

@@ -1,6 +1,6 @@
 // The list of running jobs: what is in it, in which order, and what its rows say.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "counting_sound.h"
 #include "fake_steady_clock.h"

@@ -1,7 +1,7 @@
 // Whether a destination lies on removable media, asked of a real disk whose attribute the test
 // writes. Needs root for its mounts.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "mounts.h"
 #include "transfer_fixture.h"

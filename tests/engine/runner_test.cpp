@@ -1,6 +1,6 @@
 // Whole jobs: order, totals, renames, final messages and the priority of the thread.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "engine_hooks.h"
 #include "fake_io_priority.h"
@@ -11,9 +11,6 @@ namespace {
 
 using Policy = TarvaneTransferConflictPolicy;
 using Items = std::vector<std::pair<fs::path, fs::path>>;
-
-constexpr bool kCopy = false;
-constexpr bool kMove = true;
 
 class Runner : public TransferTest {
 protected:

@@ -1,6 +1,6 @@
 // Counting what an item comprises before anything is copied.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "engine_hooks.h"
 #include "mounts.h"

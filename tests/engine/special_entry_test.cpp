@@ -1,6 +1,6 @@
 // Pipes, sockets, devices and links that lead to them.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "answering_interface.h"
 #include "mounts.h"
@@ -11,9 +11,6 @@ namespace {
 using Act = TarvaneTransferConflictAction;
 using Policy = TarvaneTransferConflictPolicy;
 using Result = TransferCopyResult;
-
-constexpr bool kCopy = false;
-constexpr bool kMove = true;
 
 class SpecialEntry : public TransferTest {
 protected:

@@ -1,6 +1,6 @@
 // Stage and status as another thread sees them at each point of a job.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "answering_interface.h"
 #include "engine_hooks.h"
@@ -12,9 +12,6 @@ namespace {
 using Act = TarvaneTransferConflictAction;
 using Policy = TarvaneTransferConflictPolicy;
 using Stages = std::vector<std::string>;
-
-constexpr bool kCopy = false;
-constexpr bool kMove = true;
 
 // Every hook of the engine lets an interface thread look, so no stage is missed.
 class SeenStages : public TransferTest {

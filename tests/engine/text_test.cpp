@@ -1,6 +1,6 @@
 // The texts that counters, durations, fractions and stages turn into.
 
-#include "tarvanetransfer.cpp"
+#include "engine_source.h"
 
 #include "grouping_locale.h"
 

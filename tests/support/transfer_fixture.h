@@ -17,6 +17,9 @@
 #include <utility>
 #include <vector>
 
+inline constexpr bool kCopy = false;
+inline constexpr bool kMove = true;
+
 // Items and bytes that a job counts as done.
 struct Counted {
     std::uint64_t Items = 0;

@@ -1,0 +1,6 @@
+// The engine's source, for tests of what is private in it. A test executable includes it once,
+// whatever number of files it is made of.
+
+#pragma once
+
+#include "tarvanetransfer.cpp"
