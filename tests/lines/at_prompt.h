@@ -73,6 +73,20 @@ protected:
 
     std::string PathOf(const std::string& Name) const { return (Root / Name).string(); }
 
+    // A copy of each Name from the directory "from" to the directory "to"; a track of the drive
+    // becomes "to/track".
+    TarvaneTransferPlan CopyOf(const std::vector<std::string>& Names) const {
+        TarvaneTransferPlan plan;
+        for (const std::string& name : Names) {
+            TarvaneTransferItemPlan item;
+            const bool bTrack = name == kTrack;
+            item.SourcePath = bTrack ? std::filesystem::path(kTrack) : Root / "from" / name;
+            item.DestinationPath = Root / "to" / (bTrack ? "track" : name);
+            plan.Items.push_back(item);
+        }
+        return plan;
+    }
+
     std::function<bool()> Reports(const std::string& Entry, int Times = 1) {
         return [this, Entry, Times] { return Report.Count(Entry) >= Times; };
     }
@@ -81,6 +95,8 @@ protected:
         Screen.Script({Screen.Shows(Text), {}});
         Screen.PressWhen(Screen.Later(std::chrono::milliseconds(700)), Keys);
     }
+
+    static constexpr const char* kTrack = "cdda:/dev/fake-cd/1";
 
     TemporaryDirectory Root;
     ScriptedTerminal Screen;
