@@ -7,12 +7,15 @@ using Action = TarvaneTransferConflictAction;
 
 const AnsweredConflict* ConflictDesk::Attend() {
     TarvaneTransferConflict conflict;
-    if (!Job.GetPendingConflict(conflict)) {
-        Open.reset();
-        CurrentPause = std::min(CurrentPause * 2, kLongestPause);
-        return nullptr;
+    const bool bPending = Job.GetPendingConflict(conflict);
+    if (bPending && !Open) {
+        return Decide(conflict);
     }
-    return Open ? nullptr : Decide(conflict);
+    if (!bPending) {
+        Open.reset();
+    }
+    CurrentPause = std::min(CurrentPause * 2, kLongestPause);
+    return nullptr;
 }
 
 const AnsweredConflict* ConflictDesk::Decide(const TarvaneTransferConflict& Conflict) {

@@ -231,6 +231,20 @@ TEST_F(ConflictDeskTest, LooksOftenAfterAnAnswerAndThenLessAndLess) {
     Worker.join();
 }
 
+// A person takes seconds.
+TEST_F(ConflictDeskTest, LooksLessAndLessWhileAQuestionWaits) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Ask);
+    WorkOn({ConflictAbout("a")});
+    WaitUntilPending();
+    for (int looks = 0; looks < 20; ++looks) {
+        desk.Attend();
+    }
+    ASSERT_TRUE(desk.OpenQuestion());
+    EXPECT_EQ(desk.Pause(), microseconds(20000));
+    desk.Answer(desk.OpenQuestion()->Id, {.Action = Action::Skip});
+    EXPECT_EQ(desk.Pause(), microseconds(200));
+}
+
 TEST_F(ConflictDeskTest, KeepsTheLatestAnswersAndCountsAll) {
     ConflictDesk desk = DeskWith(FileConflictChoice::Overwrite);
     std::vector<TarvaneTransferConflict> conflicts;
