@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -33,6 +34,7 @@ public:
     }
     void JobRuns(const ProgressView& View) override {
         Log.emplace_back(View.Snapshot.bCancelRequested ? "job to cancel" : "job");
+        LongestStall = std::max(LongestStall, View.Claims.StalledSeconds);
     }
     void JobIsOver(const ProgressView& View) override {
         Log.push_back("job over " + View.Snapshot.MessageText);
@@ -54,6 +56,7 @@ public:
 
     std::vector<std::string> Log;
     std::vector<AnsweredConflict> Answers;
+    int LongestStall = 0;
     bool bBroken = false;
 };
 
@@ -105,12 +108,12 @@ protected:
     LoggingReporter Report;
 };
 
-// A drive that keeps whoever makes the call Held until it is released.
+// A drive that keeps whoever makes a call that starts with Held until it is released.
 class HeldDrive : public ScopedDrive {
 public:
     explicit HeldDrive(const std::string& Held) : ScopedDrive(AudioDisc({150, 1000}, 2000)) {
         Before = [this, Held](const std::string& Call) {
-            if (Call == Held) {
+            if (Call.starts_with(Held)) {
                 Latch.Wait();
             }
         };

@@ -1,0 +1,372 @@
+// A running job as the user lives through it: what ends it, and what answers its questions.
+
+#include "job_phase.h"
+
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "at_prompt.h"
+#include "becomes_true.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using Action = TarvaneTransferConflictAction;
+
+constexpr const char* kCanceled = "Copy canceled. Partial destination files may remain.";
+
+class JobPhase : public AtPrompt {
+protected:
+    JobPhase() { std::filesystem::create_directory(Root / "to"); }
+
+    RunOutcome Run(const TarvaneTransferPlan& Plan) {
+        return RunJobPhase(Request, Plan, Context());
+    }
+
+    void ExpectOutcome(const RunOutcome& Outcome, RunResult Result, const std::string& Text,
+                       std::optional<int> EndSignal = std::nullopt) {
+        EXPECT_EQ(Outcome.Result, Result);
+        EXPECT_EQ(Outcome.Text, Text);
+        EXPECT_EQ(Outcome.EndSignal, EndSignal);
+        EXPECT_EQ(Report.Log.back().substr(0, 9), "job over ");
+        EXPECT_TRUE(Screen.IsThrough());
+    }
+
+    // A file at both ends.
+    void Take(const std::string& Name) {
+        WriteFile(Root / "from" / Name, "new " + Name);
+        WriteFile(Root / "to" / Name, "old " + Name);
+    }
+    std::string Title(const std::string& Name) const {
+        return "File exists: " + PathOf("to/" + Name);
+    }
+    static bool IsEngineAsking() {
+        const std::vector<TarvaneTransferJobSnapshot> jobs =
+            CollectActiveTarvaneTransferJobSnapshots();
+        return !jobs.empty() && jobs[0].State == "Waiting for conflict choice";
+    }
+    Tree Destination() const { return TreeOf(Root / "to"); }
+
+    TransferRequest Request;
+};
+
+// A copy whose first read is held.
+class HeldJob : public JobPhase {
+protected:
+    RunOutcome Run() { return JobPhase::Run(CopyOf({kTrack})); }
+    std::function<void()> Release() {
+        return [this] { Drive.Release(); };
+    }
+    void ReleaseWhenCanceled() { Screen.Script({Reports("job to cancel"), {}, Release()}); }
+    // Until the engine is through with it.
+    std::function<void()> ReleaseToTheEnd() {
+        return [this] {
+            Drive.Release();
+            EXPECT_TRUE(BecomesTrue("the job is over", [] {
+                return CollectActiveTarvaneTransferJobSnapshots().empty();
+            }));
+        };
+    }
+
+    HeldDrive Drive{"read"};
+};
+
+} // namespace
+
+TEST_F(JobPhase, CopiesAndReportsTheEnd) {
+    WriteFile(Root / "from/a", "data");
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    EXPECT_EQ(Report.Log.back(), "job over Copied 1 item(s).");
+    EXPECT_EQ(Destination(), (Tree{{"a", "file data"}}));
+    EXPECT_EQ(Screen.Screen(), "");
+}
+
+TEST_F(JobPhase, FailsWithTheJobsSentence) {
+    ExpectOutcome(Run(CopyOf({"missing"})), RunResult::Failed, "Source does not exist.");
+}
+
+TEST_F(HeldJob, IsReportedTenTimesASecond) {
+    const Terminal::TimePoint start = Screen.Now();
+    Screen.Script({Reports("job", 6), {}, Release()});
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
+    EXPECT_GE(Screen.Now() - start, milliseconds(540));
+}
+
+TEST_F(HeldJob, TakesItsBlockAway) {
+    Screen.Script({Reports("job"), {}, [this] {
+                       Shown.Show({{"block"}}, Screen.Size());
+                       Drive.Release();
+                   }});
+    Run();
+    EXPECT_EQ(Screen.Screen(), "");
+}
+
+TEST_F(HeldJob, IsCanceledByEsc) {
+    Screen.PressWhen(Reports("job"), {kEscapeKey});
+    ReleaseWhenCanceled();
+    ExpectOutcome(Run(), RunResult::Canceled, kCanceled);
+    EXPECT_EQ(Destination(), Tree());
+}
+
+TEST_F(HeldJob, IsCanceledByNoOtherKey) {
+    Screen.PressWhen(Reports("job"), {PressedKey('q'), kEnterKey});
+    Screen.Script({Screen.Later(milliseconds(300)), {}, Release()});
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
+}
+
+TEST_F(HeldJob, IsCanceledByAnInterruptLikeByEsc) {
+    Screen.RaiseWhen(Reports("job"), SIGINT);
+    ReleaseWhenCanceled();
+    ExpectOutcome(Run(), RunResult::Canceled, kCanceled);
+}
+
+TEST_F(HeldJob, EndsByATerminatingSignal) {
+    Screen.RaiseWhen(Reports("job"), SIGTERM);
+    ReleaseWhenCanceled();
+    ExpectOutcome(Run(), RunResult::Canceled, kCanceled, SIGTERM);
+}
+
+TEST_F(HeldJob, EndsByATerminatingSignalEvenWhenItWasFaster) {
+    Screen.Script({Reports("job"), {{SIGTERM}, {}}, ReleaseToTheEnd()});
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).", SIGTERM);
+}
+
+TEST_F(HeldJob, HasSucceededWhenItWasFasterThanEsc) {
+    Screen.Script({Reports("job"), {{}, {kEscapeKey}}, ReleaseToTheEnd()});
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
+}
+
+TEST_F(HeldJob, IsCanceledAtOnceWhenNobodyReadsItsRecords) {
+    Terminal::TimePoint broken;
+    Screen.Script({Reports("job"), {}, [&] {
+                       Report.bBroken = true;
+                       broken = Screen.Now();
+                   }});
+    Screen.Script({Reports("job to cancel"), {}, [&] {
+                       EXPECT_EQ(Screen.Now(), broken);
+                       Drive.Release();
+                   }});
+    ExpectOutcome(Run(), RunResult::Canceled, kCanceled, SIGPIPE);
+}
+
+// The user was first.
+TEST_F(HeldJob, KeepsTheSignalWhenItsRecordsBreakWhileItEnds) {
+    Screen.Script({Reports("job"), {{SIGTERM}, {}}, [&] { Report.bBroken = true; }});
+    ReleaseWhenCanceled();
+    ExpectOutcome(Run(), RunResult::Canceled, kCanceled, SIGTERM);
+}
+
+TEST_F(HeldJob, AnswersAStatusRequest) {
+    Screen.RaiseWhen(Reports("job"), SIGUSR1);
+    Screen.Script({Screen.Shows("Items"), {}, Release()});
+    Run();
+    EXPECT_EQ(Screen.Screen().find("Overall 0 B / 1.9 MB | Items 0 / 1"), 0U) << Screen.Screen();
+}
+
+TEST_F(HeldJob, SaysWhatItLeavesBehindWhenItHasToLeave) {
+    Screen.RaiseWhen(Reports("job"), SIGINT);
+    Screen.Script({Reports("job to cancel"), {{SIGINT}, {}}, Release()});
+    int status = 0;
+    try {
+        Run();
+    } catch (const ScriptedExit& exited) {
+        status = exited.Status;
+    }
+    EXPECT_EQ(status, 1000 + SIGINT);
+    EXPECT_EQ(Screen.Screen(),
+              "tarvane: left before the transfer has stopped; partial files may remain\n");
+}
+
+TEST_F(JobPhase, LeavesNothingToSayOnceItIsOver) {
+    WriteFile(Root / "from/a", "data");
+    Run(CopyOf({"a"}));
+    EXPECT_THROW(Shown.Leave(SIGTERM), ScriptedExit);
+    EXPECT_EQ(Screen.Screen(), "");
+}
+
+namespace {
+
+struct KeyCase {
+    std::vector<KeyPress> Keys;
+    std::string Answer;
+    Tree Destination;
+};
+
+class TakenName : public JobPhase {
+protected:
+    TakenName() { Take("a"); }
+};
+
+} // namespace
+
+TEST_F(TakenName, IsAnsweredByKeys) {
+    const KeyPress back{KeyCode::Backspace, {}};
+    const std::vector<KeyCase> cases = {
+        {{PressedKey('o')}, "overwrite", {{"a", "file new a"}}},
+        {{PressedKey('s')}, "skip", {{"a", "file old a"}}},
+        {{kEnterKey}, "skip", {{"a", "file old a"}}},
+        {{PressedKey('b')}, "compare by content", {{"a", "file new a"}}},
+        {{PressedKey('k')},
+         "keep both | " + PathOf("to/a-2"),
+         {{"a", "file old a"}, {"a-2", "file new a"}}},
+        {{PressedKey('r'), back, PressedKey('9'), kEnterKey},
+         "rename | " + PathOf("to/a-9"),
+         {{"a", "file old a"}, {"a-9", "file new a"}}},
+    };
+    std::string lines;
+    for (const KeyCase& each : cases) {
+        std::filesystem::remove_all(Root / "to");
+        WriteFile(Root / "to/a", "old a");
+        AnswerWhenShown("skip all", each.Keys);
+        ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+        EXPECT_EQ(Destination(), each.Destination);
+        lines += Title("a") + " | " + each.Answer + "\n";
+        EXPECT_EQ(Screen.Screen(), lines);
+    }
+}
+
+TEST_F(TakenName, AcceptsTheRefusedNameOnlyWhenItIsFree) {
+    WriteFile(Root / "to/b", "taken");
+    const KeyPress back{KeyCode::Backspace, {}};
+    AnswerWhenShown("skip all", {PressedKey('r'), back, back, back, PressedKey('b'), kEnterKey});
+    Screen.PressWhen(Screen.Shows("Rename to: b"), {kEscapeKey, kEscapeKey});
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Canceled, kCanceled);
+    EXPECT_EQ(Destination(), (Tree{{"a", "file old a"}, {"b", "file taken"}}));
+}
+
+TEST_F(TakenName, CancelsTheJobOnEsc) {
+    Screen.PressWhen(Screen.Shows(Title("a")), {kEscapeKey});
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Canceled, kCanceled);
+    EXPECT_EQ(Screen.Screen(), Title("a") + " | cancel\n");
+    EXPECT_EQ(Destination(), (Tree{{"a", "file old a"}}));
+    ASSERT_TRUE(Loop.Requests().IsAsked());
+    EXPECT_EQ(Loop.Requests().Signal(), SIGINT);
+}
+
+TEST_F(TakenName, TellsTheReporterWhatTheUserAnswered) {
+    AnswerWhenShown(Title("a"), {PressedKey('k')});
+    Run(CopyOf({"a"}));
+    ASSERT_EQ(Report.Answers.size(), 1U);
+    EXPECT_EQ(Report.Answers[0].Conflict.DestinationPath, PathOf("to/a"));
+    EXPECT_EQ(Report.Answers[0].Action, Action::Rename);
+    EXPECT_EQ(Report.Answers[0].RenamePath, PathOf("to/a-2"));
+    EXPECT_TRUE(Report.Answers[0].bByUser);
+}
+
+TEST_F(TakenName, TellsTheReporterWhatAChoiceAnswered) {
+    Request.OnConflict = FileConflictChoice::Overwrite;
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    ASSERT_EQ(Report.Answers.size(), 1U);
+    EXPECT_EQ(Report.Answers[0].Action, Action::Overwrite);
+    EXPECT_FALSE(Report.Answers[0].bByUser);
+    EXPECT_EQ(Screen.Screen(), "");
+}
+
+TEST_F(TakenName, FailsWithTheSentenceOfTheChoice) {
+    Request.OnConflict = FileConflictChoice::Fail;
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Failed,
+                  "cannot create '" + PathOf("to/a") + "': File exists");
+}
+
+TEST_F(TakenName, IsNotAnsweredByWhatWasTypedBefore) {
+    Screen.PressWhen(Screen.Shows(Title("a")), {PressedKey('o')});
+    Screen.PressWhen(Screen.Later(milliseconds(500)), {PressedKey('o')});
+    Screen.PressWhen(Screen.Later(milliseconds(200)), {PressedKey('s')});
+    Run(CopyOf({"a"}));
+    EXPECT_EQ(Screen.Screen(), Title("a") + " | skip\n");
+}
+
+TEST_F(TakenName, IsAskedAboutAtOnce) {
+    Terminal::TimePoint posted;
+    Screen.Script({ScriptedTerminal::Always(), {}, [&] {
+                       EXPECT_TRUE(BecomesTrue("the engine asks", IsEngineAsking));
+                       posted = Screen.Now();
+                   }});
+    Screen.Script(
+        {Screen.Shows(Title("a")), {{}, {kEscapeKey}}, [&] { EXPECT_EQ(Screen.Now(), posted); }});
+    Run(CopyOf({"a"}));
+    EXPECT_TRUE(Screen.IsThrough());
+}
+
+TEST_F(TakenName, PutsTheCursorBehindTheQuestion) {
+    Screen.Script({Screen.Shows(Title("a")), {{}, {kEscapeKey}}, [&] {
+                       EXPECT_TRUE(Screen.Written().ends_with("\r? ")) << Screen.Written();
+                   }});
+    Run(CopyOf({"a"}));
+}
+
+TEST_F(TakenName, AsksNoMoreWhenASignalHasCanceledTheJob) {
+    Screen.RaiseWhen(Screen.Shows(Title("a")), SIGTERM);
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Canceled, kCanceled, SIGTERM);
+    EXPECT_EQ(Screen.Screen(), "");
+    EXPECT_TRUE(Report.Answers.empty());
+}
+
+TEST_F(TakenName, StopsInTheBackgroundAndAsksWhenItComesBack) {
+    Screen.bForeground = false;
+    AnswerWhenShown(Title("a"), {PressedKey('o')});
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    EXPECT_EQ(Screen.Calls(),
+              (std::vector<std::string>{"stop " + std::to_string(SIGTTIN), "keys"}));
+}
+
+TEST_F(HeldJob, TakesNoWaitForAnAnswerForAStall) {
+    WriteFile(Root / "to/track", "old");
+    Screen.Script({Screen.Shows(Title("track")), {}});
+    Screen.PressWhen(Screen.Later(milliseconds(9000)), {PressedKey('o')});
+    Screen.Script({Reports("job", 3), {}, Release()});
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
+    EXPECT_EQ(Report.LongestStall, 0);
+}
+
+TEST_F(JobPhase, AsksForEachNameAndIsAttentiveAfterAnAnswer) {
+    Take("a");
+    Take("b");
+    AnswerWhenShown(Title("a"), {PressedKey('o')});
+    Screen.PressWhen(Screen.Shows(Title("b")), {PressedKey('o')});
+    Screen.PressWhen(Screen.Later(milliseconds(300)), {PressedKey('s')});
+    ExpectOutcome(Run(CopyOf({"a", "b"})), RunResult::Succeeded, "Copied 2 item(s).");
+    EXPECT_EQ(Screen.Screen(), Title("a") + " | overwrite\n" + Title("b") + " | skip\n");
+    EXPECT_EQ(Report.Answers.size(), 2U);
+}
+
+TEST_F(JobPhase, RemembersAnAnswerForAllFiles) {
+    Take("a");
+    Take("b");
+    AnswerWhenShown(Title("a"), {PressedKey('O')});
+    ExpectOutcome(Run(CopyOf({"a", "b"})), RunResult::Succeeded, "Copied 2 item(s).");
+    EXPECT_EQ(Screen.Screen(), Title("a") + " | overwrite all\n");
+    EXPECT_EQ(Destination(), (Tree{{"a", "file new a"}, {"b", "file new b"}}));
+    EXPECT_EQ(Report.Answers.size(), 2U);
+}
+
+TEST_F(JobPhase, RemembersAnAnswerForAllDirectories) {
+    for (const char* name : {"a", "b"}) {
+        WriteFile(Root / "from" / name / "new", name);
+        WriteFile(Root / "to" / name / "old", name);
+    }
+    AnswerWhenShown("merge all", {PressedKey('M')});
+    EXPECT_EQ(Run(CopyOf({"a", "b"})).Result, RunResult::Succeeded);
+    EXPECT_EQ(Screen.Screen(), "Directory exists: " + PathOf("to/a") + " | merge all\n");
+    EXPECT_EQ(Destination(), (Tree{{"a", "dir"},
+                                   {"a/new", "file a"},
+                                   {"a/old", "file a"},
+                                   {"b", "dir"},
+                                   {"b/new", "file b"},
+                                   {"b/old", "file b"}}));
+}
+
+// The engine tells nobody that it waits, so the loop has to look.
+TEST_F(HeldJob, IsLookedAtOftenerThanItIsDrawn) {
+    Terminal::TimePoint drawn;
+    Screen.Script({Reports("job"), {}, [&] { drawn = Screen.Now(); }});
+    Screen.Script({Screen.Later(milliseconds(30)), {}, [&] {
+                       EXPECT_LE(Screen.Now() - drawn, milliseconds(50));
+                       Drive.Release();
+                   }});
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
+}
