@@ -1,5 +1,5 @@
-// What the phases of a run at a prompt work with, in a test: a scripted terminal, the real prompt
-// and loop, and a reporter that writes down what it is told.
+// What runs at a prompt in a test: a scripted terminal, real files and, for a single phase, the
+// real prompt and loop with a reporter that writes down what it is told.
 
 #pragma once
 
@@ -72,9 +72,24 @@ protected:
         std::signal(SIGPIPE, SIG_IGN);
     }
 
-    PromptContext Context() { return {Screen, Shown, Loop, Report}; }
-
     std::string PathOf(const std::string& Name) const { return (Root / Name).string(); }
+
+    // Presses Keys when the dead time of a question that shows Text is over.
+    void AnswerWhenShown(const std::string& Text, const std::vector<KeyPress>& Keys) {
+        Screen.Script({Screen.Shows(Text), {}});
+        Screen.PressWhen(Screen.Later(std::chrono::milliseconds(700)), Keys);
+    }
+
+    static constexpr const char* kTrack = "cdda:/dev/fake-cd/1";
+
+    TemporaryDirectory Root;
+    ScriptedTerminal Screen;
+};
+
+// What one phase works with.
+class PhaseAtPrompt : public AtPrompt {
+protected:
+    PromptContext Context() { return {Screen, Shown, Loop, Report}; }
 
     // A copy of each Name from the directory "from" to the directory "to"; a track of the drive
     // becomes "to/track".
@@ -93,16 +108,7 @@ protected:
     std::function<bool()> Reports(const std::string& Entry, int Times = 1) {
         return [this, Entry, Times] { return Report.Count(Entry) >= Times; };
     }
-    // Presses Keys when the dead time of a question that shows Text is over.
-    void AnswerWhenShown(const std::string& Text, const std::vector<KeyPress>& Keys) {
-        Screen.Script({Screen.Shows(Text), {}});
-        Screen.PressWhen(Screen.Later(std::chrono::milliseconds(700)), Keys);
-    }
 
-    static constexpr const char* kTrack = "cdda:/dev/fake-cd/1";
-
-    TemporaryDirectory Root;
-    ScriptedTerminal Screen;
     Prompt Shown{Screen, StatusInTests};
     InterfaceLoop Loop{Screen, Shown};
     LoggingReporter Report;

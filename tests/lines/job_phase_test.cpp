@@ -19,7 +19,7 @@ using Action = TarvaneTransferConflictAction;
 
 constexpr const char* kCanceled = "Copy canceled. Partial destination files may remain.";
 
-class JobPhase : public AtPrompt {
+class JobPhase : public PhaseAtPrompt {
 protected:
     JobPhase() { std::filesystem::create_directory(Root / "to"); }
 

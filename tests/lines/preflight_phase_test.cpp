@@ -17,7 +17,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-class PreflightPhase : public AtPrompt {
+class PreflightPhase : public PhaseAtPrompt {
 protected:
     PreflightPhase() { WriteFile(Root / "from/file", "data"); }
 

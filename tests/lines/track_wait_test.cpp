@@ -17,7 +17,7 @@ using std::chrono::milliseconds;
 
 constexpr const char* kWaiting = "tarvane: waiting for the drive, Esc cancels\n";
 
-class TrackWait : public AtPrompt {
+class TrackWait : public PhaseAtPrompt {
 protected:
     // "2 tracks", or the reason why there are none.
     std::string List(const std::string& Device = kFakeDevice) {
