@@ -1,0 +1,535 @@
+// A whole run at the prompt: what stands on the screen and on the standard streams at its end, and
+// how it has ended.
+
+#include "prompt_front_end.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "at_prompt.h"
+#include "captured_descriptor.h"
+#include "completion_bell.h"
+#include "fake_syncfs.h"
+#include "json_records.h"
+#include "needs.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+
+class RunAtPromptTest : public AtPrompt {
+protected:
+    RunAtPromptTest() {
+        // Of a job before.
+        TakeTarvaneCompletionBell();
+        WriteFile(Root / "from/a", "data");
+        fs::create_directory(Root / "to");
+        Request.Transfer.Flush = FlushChoice::Never;
+        Ask({PathOf("from/a")});
+    }
+
+    // For the directory "to".
+    void Ask(const std::vector<std::string>& Sources) {
+        Request.Transfer.Operands.assign(Sources.begin(), Sources.end());
+        Request.Transfer.TargetDirectory = Root / "to";
+    }
+    void AskForDanglingLink() {
+        fs::create_directory(Root / "from/tree");
+        fs::create_symlink("nowhere", Root / "from/tree/link");
+        Ask({PathOf("from/tree")});
+    }
+    void TakeName() { WriteFile(Root / "to/a", "old"); }
+
+    std::string Finding() const {
+        return "tarvane: the job will stop at the link '" + PathOf("from/tree/link") +
+               "', which leads nowhere\n";
+    }
+    std::string VerboseLine() const {
+        return "'" + PathOf("from/a") + "' -> '" + PathOf("to/a") + "'\n";
+    }
+
+    // Runs with standard output led to Replacement, or kept in Output.
+    void Run(std::optional<int> Replacement = std::nullopt) {
+        const CapturedDescriptor errors(STDERR_FILENO);
+        const auto output = Replacement
+                                ? std::make_unique<CapturedDescriptor>(STDOUT_FILENO, *Replacement)
+                                : std::make_unique<CapturedDescriptor>(STDOUT_FILENO);
+        Outcome = RunAtPrompt(Request, Screen, StatusInTests);
+        Errors = errors.Text();
+        Output = Replacement ? std::string() : output->Text();
+    }
+
+    void ExpectEnd(RunResult Result, const std::string& Shown,
+                   std::optional<int> EndSignal = std::nullopt) {
+        EXPECT_EQ(Outcome.Result, Result);
+        EXPECT_EQ(Outcome.EndSignal, EndSignal);
+        EXPECT_EQ(Screen.Screen(), Shown);
+        EXPECT_EQ(Errors, "");
+        EXPECT_TRUE(Screen.IsThrough());
+    }
+    bool Rings() const { return Screen.Written().find('\a') != std::string::npos; }
+    Tree Destination() const { return TreeOf(Root / "to"); }
+
+    PromptRequest Request;
+    RunOutcome Outcome;
+    std::string Output;
+    std::string Errors;
+};
+
+} // namespace
+
+TEST_F(RunAtPromptTest, LeavesTheLastLineAndRingsTheBell) {
+    Run();
+    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n");
+    EXPECT_EQ(Output, "");
+    EXPECT_TRUE(Screen.Written().ends_with("Copied 1 item(s).\n\a"));
+    EXPECT_EQ(Screen.Calls(), (std::vector<std::string>{"keys", "no keys", "closed", "finished"}));
+    EXPECT_EQ(Destination(), (Tree{{"a", "file data"}}));
+}
+
+TEST_F(RunAtPromptTest, IsSilentWhenItIsToBeQuiet) {
+    Request.bQuiet = true;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "");
+    EXPECT_EQ(Screen.Written(), "");
+    EXPECT_EQ(Output, "");
+}
+
+TEST_F(RunAtPromptTest, RefusesWhatCannotBePlanned) {
+    Ask({PathOf("from/missing"), PathOf("from/gone")});
+    Run();
+    ExpectEnd(RunResult::Failed, "tarvane: cannot stat '" + PathOf("from/missing") +
+                                     "': No such file or directory\ntarvane: cannot stat '" +
+                                     PathOf("from/gone") + "': No such file or directory\n");
+    EXPECT_EQ(Screen.Calls(), (std::vector<std::string>{"closed", "finished"}));
+    EXPECT_FALSE(Rings());
+}
+
+TEST_F(RunAtPromptTest, RefusesWhatContradictsItself) {
+    Request.Transfer.TargetDirectory = Root / "from/a";
+    Run();
+    EXPECT_EQ(Outcome.Result, RunResult::WrongUsage);
+    EXPECT_TRUE(Screen.Screen().starts_with("tarvane: ")) << Screen.Screen();
+    EXPECT_EQ(Destination(), Tree());
+}
+
+TEST_F(RunAtPromptTest, FailsWithTheSentenceOfTheJob) {
+    AskForDanglingLink();
+    Request.Transfer.bPreflight = false;
+    Run();
+    ExpectEnd(RunResult::Failed, "tarvane: No such file or directory\n");
+    EXPECT_FALSE(Rings());
+}
+
+TEST_F(RunAtPromptTest, LooksThroughTheSourcesFirst) {
+    AskForDanglingLink();
+    AnswerWhenShown("Go on with the copy?", {PressedKey('n')});
+    Run();
+    ExpectEnd(RunResult::Canceled,
+              Finding() + "Go on with the copy? no\nCanceled before anything was touched.\n");
+}
+
+TEST_F(RunAtPromptTest, IsCanceledAtAQuestion) {
+    TakeName();
+    Screen.PressWhen(Screen.Shows("File exists"), {kEscapeKey});
+    Run();
+    ExpectEnd(RunResult::Canceled, "File exists: " + PathOf("to/a") +
+                                       " | cancel\nCopy canceled. Partial destination files may "
+                                       "remain.\n");
+    EXPECT_FALSE(Rings());
+    EXPECT_EQ(Screen.Calls(), (std::vector<std::string>{
+                                  "keys", "no keys", "closed",
+                                  "signal " + std::to_string(SIGINT) + " after 2 s", "finished"}));
+}
+
+TEST_F(RunAtPromptTest, LeavesWithTheStatusOfTheSignal) {
+    TakeName();
+    Screen.RaiseWhen(Screen.Shows("File exists"), SIGQUIT);
+    int status = 0;
+    try {
+        Run();
+    } catch (const ScriptedExit& exited) {
+        status = exited.Status;
+    }
+    EXPECT_EQ(status, 1000 + SIGQUIT);
+}
+
+namespace {
+
+class DryRun : public RunAtPromptTest {
+protected:
+    DryRun() {
+        Request.Transfer.bDryRun = true;
+        Request.Transfer.bPreflight = false;
+        Request.Transfer.Flush = FlushChoice::Always;
+    }
+};
+
+} // namespace
+
+TEST_F(DryRun, WritesWhatWouldBeDone) {
+    Run();
+    ExpectEnd(RunResult::Succeeded, "");
+    EXPECT_EQ(Output, "Would copy 1 entry, 4 B (4 bytes).\n");
+    EXPECT_EQ(Destination(), Tree());
+    EXPECT_FALSE(Rings());
+}
+
+TEST_F(DryRun, FailsWhereTheJobWould) {
+    AskForDanglingLink();
+    Run();
+    ExpectEnd(RunResult::Failed, Finding());
+    EXPECT_EQ(Output, "Would copy 2 entries, 0 B (0 bytes).\n");
+}
+
+TEST_F(DryRun, NeedsNobodyToAsk) {
+    Screen.bAsks = false;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "");
+}
+
+TEST_F(DryRun, IsCanceledBySignals) {
+    const HeldDrive drive("header");
+    Ask({kTrack});
+    Screen.RaiseWhen(Screen.Shows("Looking"), SIGTERM);
+    Run();
+    ExpectEnd(RunResult::Canceled, "Canceled before anything was touched.\n", SIGTERM);
+    EXPECT_EQ(Output, "");
+}
+
+TEST_F(DryRun, FailsWhenTheLookIsSkippedBecauseItHangs) {
+    const HeldDrive drive("header");
+    Ask({kTrack});
+    Screen.PressWhen(Screen.Shows("Looking"), {kEscapeKey});
+    Run();
+    ExpectEnd(RunResult::Failed, "");
+    EXPECT_EQ(Output, "the look through the sources has no result\n");
+}
+
+TEST_F(DryRun, WritesRecordsInsteadOfWords) {
+    Request.Progress = ProgressStyle::Json;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "");
+    EXPECT_EQ(Output.find("Would copy"), Output.find("\"status\":\"Would copy") + 10) << Output;
+    EXPECT_NE(Output.find(R"({"event":"totals","entries":1,)"), std::string::npos) << Output;
+}
+
+namespace {
+
+class HeldDiscAtPrompt : public RunAtPromptTest {
+protected:
+    void Hold(const std::string& Call) {
+        // One at a time.
+        Drive.reset();
+        Drive = std::make_unique<HeldDrive>(Call);
+        Request.Transfer.bPreflight = false;
+    }
+
+    std::unique_ptr<HeldDrive> Drive;
+};
+
+} // namespace
+
+TEST_F(HeldDiscAtPrompt, CanBeLeftWhileTheDriveIsWaitedFor) {
+    Hold("header");
+    Ask({"cdda:/dev/fake-cd"});
+    Screen.PressWhen(Screen.Shows("waiting for the drive"), {kEscapeKey});
+    Run();
+    ExpectEnd(RunResult::Canceled, "tarvane: waiting for the drive, Esc cancels\n", SIGINT);
+}
+
+TEST_F(HeldDiscAtPrompt, SaysThatTracksStayWhenTheyAreMoved) {
+    const std::string sentence =
+        "tarvane: the tracks of a CD are copied: nothing can be removed from a disc\n";
+    Hold("never");
+    Ask({kTrack});
+    Request.Transfer.OnConflict = FileConflictChoice::Overwrite;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n");
+    Request.Transfer.bMove = true;
+    Request.bQuiet = true;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n");
+    Request.bQuiet = false;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n" + sentence + "Moved 1 item(s).\n");
+}
+
+TEST_F(HeldDiscAtPrompt, SaysNothingAboutTracksWhenFilesAreMoved) {
+    Request.Transfer.bMove = true;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "Moved 1 item(s).\n");
+}
+
+namespace {
+
+class ProgressAtPrompt : public HeldDiscAtPrompt {
+protected:
+    // What stands on the screen after six seconds of a job, which is then let go on.
+    std::string ShownMeanwhile(ProgressStyle Style) {
+        Hold("read");
+        Ask({kTrack});
+        Request.Progress = Style;
+        Request.Transfer.OnConflict = FileConflictChoice::Overwrite;
+        std::string shown;
+        Screen.Script({Screen.After(milliseconds(6000)), {}, [&] {
+                           shown = Screen.Screen();
+                           Drive->Release();
+                       }});
+        Run();
+        EXPECT_EQ(Outcome.Result, RunResult::Succeeded);
+        EXPECT_TRUE(Screen.IsThrough());
+        return shown;
+    }
+
+    static constexpr const char* kDone = "Copied 1 item(s).\n";
+    static constexpr const char* kLine = "Overall 0 B / 1.9 MB | Items 0 / 1";
+};
+
+} // namespace
+
+TEST_F(ProgressAtPrompt, IsABlockWhereLinesCanBeRedrawn) {
+    for (const ProgressStyle style : {ProgressStyle::Auto, ProgressStyle::Live}) {
+        EXPECT_NE(ShownMeanwhile(style).find("Stage: "), std::string::npos);
+    }
+    EXPECT_EQ(Screen.Screen(), std::string(kDone) + kDone);
+}
+
+TEST_F(ProgressAtPrompt, IsLinesOnAPlainTerminal) {
+    Screen.bRedraws = false;
+    const std::string shown = ShownMeanwhile(ProgressStyle::Auto);
+    EXPECT_TRUE(shown.starts_with(kLine)) << shown;
+    EXPECT_EQ(Screen.Screen(), shown + kDone);
+}
+
+TEST_F(ProgressAtPrompt, IsLinesWhereTheyAreAskedFor) {
+    const std::string shown = ShownMeanwhile(ProgressStyle::Lines);
+    EXPECT_TRUE(shown.starts_with(kLine)) << shown;
+    EXPECT_EQ(Screen.Screen(), shown + kDone);
+}
+
+TEST_F(ProgressAtPrompt, IsLinesWithoutATerminalOnlyWhereTheyAreAskedFor) {
+    Screen.bOutputTerminal = Screen.bRedraws = Screen.bAsks = false;
+    EXPECT_EQ(ShownMeanwhile(ProgressStyle::Auto), "");
+    EXPECT_EQ(Errors, kDone);
+    EXPECT_EQ(ShownMeanwhile(ProgressStyle::Lines), "");
+    EXPECT_TRUE(Errors.starts_with(kLine)) << Errors;
+    EXPECT_TRUE(Errors.ends_with(std::string("\n") + kDone)) << Errors;
+    EXPECT_EQ(Screen.Written(), "");
+}
+
+TEST_F(ProgressAtPrompt, IsNothingWhereNoneIsWanted) {
+    EXPECT_EQ(ShownMeanwhile(ProgressStyle::None), "");
+    EXPECT_EQ(Screen.Screen(), kDone);
+}
+
+TEST_F(ProgressAtPrompt, IsNothingWhereItIsToBeQuiet) {
+    Request.bQuiet = true;
+    for (const ProgressStyle style : {ProgressStyle::Auto, ProgressStyle::Lines}) {
+        EXPECT_EQ(ShownMeanwhile(style), "");
+    }
+    EXPECT_EQ(Screen.Written(), "");
+}
+
+namespace {
+
+class CannotRunHere : public RunAtPromptTest {
+protected:
+    void ExpectRefusal(const std::string& Sentence) {
+        Run();
+        ExpectEnd(RunResult::WrongUsage, "tarvane: " + Sentence + "\n");
+        EXPECT_EQ(Outcome.Text, Sentence);
+        EXPECT_EQ(Output, "");
+        EXPECT_EQ(Destination(), Tree());
+    }
+};
+
+} // namespace
+
+TEST_F(CannotRunHere, WhereNobodyCanBeAsked) {
+    Screen.bAsks = false;
+    ExpectRefusal("nobody can be asked about taken names without a terminal; pass "
+                  "--on-conflict=overwrite, skip or another choice");
+}
+
+TEST_F(CannotRunHere, WhereNobodyCanBeAskedAboutDirectories) {
+    Screen.bAsks = false;
+    Request.Transfer.OnConflict = FileConflictChoice::Skip;
+    Request.Transfer.OnDirectoryConflict = DirectoryConflictChoice::Ask;
+    ExpectRefusal("nobody can be asked about taken names without a terminal; pass "
+                  "--on-directory-conflict=merge, skip or fail");
+}
+
+TEST_F(CannotRunHere, WithALiveBlockThatCannotBeRedrawn) {
+    Screen.bRedraws = false;
+    Request.Progress = ProgressStyle::Live;
+    ExpectRefusal("--progress=live needs a terminal that can redraw lines on standard error; pass "
+                  "--progress=lines or another style");
+}
+
+TEST_F(CannotRunHere, ButCanWithoutATerminalWhenNothingIsToBeAsked) {
+    Screen.bOutputTerminal = Screen.bRedraws = Screen.bAsks = false;
+    Request.Transfer.OnConflict = FileConflictChoice::Skip;
+    Run();
+    EXPECT_EQ(Outcome.Result, RunResult::Succeeded);
+    EXPECT_EQ(Errors, "Copied 1 item(s).\n");
+    EXPECT_EQ(Screen.Written(), "");
+}
+
+namespace {
+
+class ResultsAtPrompt : public RunAtPromptTest {
+protected:
+    static int FullDisk() {
+        NeedDeviceNode("/dev/full");
+        return open("/dev/full", O_WRONLY | O_CLOEXEC);
+    }
+    static constexpr const char* kFullMessage = "tarvane: write error: No space left on device\n";
+};
+
+} // namespace
+
+TEST_F(ResultsAtPrompt, SayWhatGoesWhere) {
+    Request.bVerbose = true;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n");
+    EXPECT_EQ(Output, VerboseLine());
+}
+
+TEST_F(ResultsAtPrompt, AreRecordsInsteadOfWords) {
+    Request.bVerbose = true;
+    Request.Progress = ProgressStyle::Json;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "");
+    EXPECT_EQ(Output.find("'"), std::string::npos);
+    EXPECT_TRUE(Output.ends_with(DoneRecord(Outcome, StatusInTests(Outcome)) + "\n")) << Output;
+}
+
+TEST_F(ResultsAtPrompt, HoldTheStatusThatTheProgramExitsWith) {
+    TakeName();
+    Request.Progress = ProgressStyle::Json;
+    Screen.RaiseWhen(Screen.Shows("File exists"), SIGTERM);
+    Run();
+    EXPECT_NE(Output.find("\"exit_status\":" + std::to_string(1000 + SIGTERM)), std::string::npos)
+        << Output;
+}
+
+TEST_F(ResultsAtPrompt, AreAFailureWhenTheyCannotBeWritten) {
+    Request.bVerbose = true;
+    Run(FullDisk());
+    ExpectEnd(RunResult::Failed, std::string("Copied 1 item(s).\n") + kFullMessage);
+}
+
+TEST_F(ResultsAtPrompt, AreAFailureWhenRecordsCannotBeWritten) {
+    Request.Progress = ProgressStyle::Json;
+    Run(FullDisk());
+    ExpectEnd(RunResult::Failed, kFullMessage);
+}
+
+TEST_F(ResultsAtPrompt, LeaveACanceledRunCanceledWhenTheyCannotBeWritten) {
+    TakeName();
+    Request.bVerbose = true;
+    Screen.PressWhen(Screen.Shows("File exists"), {kEscapeKey});
+    Run(FullDisk());
+    EXPECT_EQ(Outcome.Result, RunResult::Canceled);
+    EXPECT_TRUE(Screen.Screen().ends_with(kFullMessage)) << Screen.Screen();
+}
+
+TEST_F(ResultsAtPrompt, EndTheRunLikeAWriterToABrokenPipeWhenNobodyReadsThem) {
+    Request.bVerbose = true;
+    Run(BrokenPipe());
+    ExpectEnd(RunResult::Canceled, "Copy canceled. Partial destination files may remain.\n",
+              SIGPIPE);
+    EXPECT_EQ(Destination(), Tree());
+}
+
+TEST_F(ResultsAtPrompt, OfADryRunEndLikeAWriterToABrokenPipeToo) {
+    Request.Transfer.bDryRun = true;
+    Run(BrokenPipe());
+    ExpectEnd(RunResult::Succeeded, "", SIGPIPE);
+}
+
+TEST_F(ResultsAtPrompt, EndTheRunWhenNobodyReadsTheRecords) {
+    TakeName();
+    Request.Progress = ProgressStyle::Json;
+    Run(BrokenPipe());
+    EXPECT_EQ(Outcome.EndSignal, SIGPIPE);
+    EXPECT_EQ(Destination(), (Tree{{"a", "file old"}}));
+}
+
+namespace {
+
+class FlushAtPrompt : public RunAtPromptTest {
+protected:
+    FlushAtPrompt() {
+        Request.Transfer.Flush = FlushChoice::Always;
+        Disk.Syncfs = [](int) { return 0; };
+    }
+
+    FakeSyncfs Disk;
+};
+
+} // namespace
+
+TEST_F(FlushAtPrompt, SaysThatTheDiskIsSafeToUnplug) {
+    Run();
+    ExpectEnd(RunResult::Succeeded,
+              "Copied 1 item(s).\nEverything is written. It is safe to unplug the disk.\n");
+    EXPECT_EQ(Outcome.bFlushed, true);
+}
+
+TEST_F(FlushAtPrompt, SaysThatTheDiskIsNotSafeToUnplugAfterEsc) {
+    Disk.Syncfs = FakeSyncfs::NeverEnd;
+    Screen.PressWhen(Screen.Shows("Not safe to unplug yet"), {kEscapeKey});
+    Run();
+    ExpectEnd(RunResult::Succeeded,
+              "Copied 1 item(s).\nThe copied files stay, but the system is still writing them. Do "
+              "not unplug the disk yet.\n",
+              SIGINT);
+    EXPECT_EQ(Outcome.bFlushed, false);
+}
+
+TEST_F(FlushAtPrompt, FailsWhenTheDiskDoes) {
+    Disk.Syncfs = FakeSyncfs::FailWith(EIO);
+    Run();
+    ExpectEnd(RunResult::Failed, "Copied 1 item(s).\ntarvane: cannot write everything to '" +
+                                     PathOf("to") + "': Input/output error\n");
+}
+
+TEST_F(FlushAtPrompt, IsSilentWhenItIsToBeQuiet) {
+    Request.bQuiet = true;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "");
+    EXPECT_EQ(Outcome.bFlushed, true);
+}
+
+TEST_F(FlushAtPrompt, IsRecordedInsteadOfSaid) {
+    Request.Progress = ProgressStyle::Json;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "");
+    EXPECT_NE(Output.find("\"event\":\"flush\""), std::string::npos) << Output;
+    EXPECT_NE(Output.find("\"flushed\":true"), std::string::npos) << Output;
+}
+
+TEST_F(FlushAtPrompt, IsLeftOutAfterAFailure) {
+    AskForDanglingLink();
+    Request.Transfer.bPreflight = false;
+    Run();
+    ExpectEnd(RunResult::Failed, "tarvane: No such file or directory\n");
+    EXPECT_EQ(Outcome.bFlushed, std::nullopt);
+}
+
+TEST_F(FlushAtPrompt, IsLeftOutWhereNothingIsToBeFlushed) {
+    Request.Transfer.Flush = FlushChoice::Never;
+    Run();
+    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n");
+    EXPECT_EQ(Outcome.bFlushed, std::nullopt);
+}
