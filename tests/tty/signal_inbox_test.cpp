@@ -58,6 +58,29 @@ TEST(SignalInbox, LetsSignalsActByThemselvesAgain) {
     EXPECT_EQ(WTERMSIG(status), SIGTERM);
 }
 
+TEST(SignalInbox, StopsTheProcessAndForgetsWhatHasContinuedIt) {
+    for (const int signal : {SIGTSTP, SIGTTIN}) {
+        SCOPED_TRACE(signal);
+        const pid_t child = fork();
+        if (child == 0) {
+            // Whoever is alone in its group with its parent outside can be stopped.
+            setpgid(0, 0);
+            SignalInbox inbox;
+            inbox.StopBy(signal);
+            const bool bNothingCame = !inbox.Take();
+            raise(SIGTSTP);
+            _exit(bNothingCame && inbox.Take() == SIGTSTP ? 42 : 1);
+        }
+        int status = 0;
+        waitpid(child, &status, WUNTRACED);
+        ASSERT_TRUE(WIFSTOPPED(status));
+        EXPECT_EQ(WSTOPSIG(status), signal);
+        kill(child, SIGCONT);
+        waitpid(child, &status, 0);
+        EXPECT_EQ(WEXITSTATUS(status), 42);
+    }
+}
+
 TEST(SignalInbox, LeavesTimeForTheLastLineWhenASignalComesTooLate) {
     const auto started = std::chrono::steady_clock::now();
     const int status = StatusOf([] {
