@@ -103,6 +103,8 @@ TEST(SignalInbox, ForgetsWhatCameTooLateAndEndsNothing) {
             raise(SIGUSR1);
             raise(SIGTSTP);
         }
+        // Longer than one of the others would take to come once more.
+        sleep(3);
         return 42;
     });
     EXPECT_EQ(WEXITSTATUS(status), 42);
