@@ -119,19 +119,4 @@ TEST(CommandLineParser, NamesMissingAndUnknownCommands) {
     EXPECT_EQ(Mistake({"-n", "copy", "a", "b"}), "unrecognized option '-n' before the command");
 }
 
-TEST(UnattendedRequest, NamesTheOptionThatWouldAsk) {
-    const std::string reason = "nobody can be asked about taken names without a terminal; pass ";
-    EXPECT_EQ(SentenceIfNobodyCanBeAsked(Request({"copy", "a", "b"})),
-              reason + "--on-conflict=overwrite, skip or another choice");
-    EXPECT_EQ(SentenceIfNobodyCanBeAsked(
-                  Request({"copy", "-f", "--on-directory-conflict=ask", "a", "b"})),
-              reason + "--on-directory-conflict=merge, skip or fail");
-}
-
-TEST(UnattendedRequest, IsFineWhenNothingAsks) {
-    EXPECT_EQ(SentenceIfNobodyCanBeAsked(Request({"copy", "-f", "a", "b"})), "");
-    EXPECT_EQ(SentenceIfNobodyCanBeAsked(Request({"copy", "-u", "a", "b"})), "");
-    EXPECT_EQ(SentenceIfNobodyCanBeAsked(Request({"copy", "--dry-run", "a", "b"})), "");
-}
-
 } // namespace
