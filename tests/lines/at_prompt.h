@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include "becomes_true.h"
 #include "fake_drive.h"
 #include "file_tree.h"
 #include "interface_loop.h"
@@ -109,6 +110,11 @@ protected:
 
     std::function<bool()> Reports(const std::string& Entry, int Times = 1) {
         return [this, Entry, Times] { return Report.Count(Entry) >= Times; };
+    }
+
+    // For a step that lets what is waited for come to its end.
+    void ExpectToBeWoken() const {
+        EXPECT_TRUE(BecomesTrue("the wait is over", [this] { return Screen.IsWoken(); }));
     }
 
     Prompt Shown{Screen, StatusInTests};

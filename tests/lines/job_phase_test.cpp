@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include "at_prompt.h"
-#include "becomes_true.h"
 
 namespace {
 
@@ -94,6 +93,15 @@ TEST_F(HeldJob, IsReportedTenTimesASecond) {
     Screen.Script({Reports("job", 6), {}, Release()});
     ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
     EXPECT_GE(Screen.Now() - start, milliseconds(540));
+}
+
+TEST_F(HeldJob, WakesTheLoopAtItsEnd) {
+    Screen.Script({Reports("job"), {}, [this] {
+                       EXPECT_FALSE(Screen.IsWoken());
+                       Drive.Release();
+                       ExpectToBeWoken();
+                   }});
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
 }
 
 TEST_F(HeldJob, TakesItsBlockAway) {
@@ -229,13 +237,13 @@ TEST_F(TakenName, IsAnsweredByKeys) {
     }
 }
 
-TEST_F(TakenName, AcceptsTheRefusedNameOnlyWhenItIsFree) {
+TEST_F(TakenName, IsNotExchangedForAnotherOne) {
     WriteFile(Root / "to/b", "taken");
     const KeyPress back{KeyCode::Backspace, {}};
     AnswerWhenShown("skip all", {PressedKey('r'), back, back, back, PressedKey('b'), kEnterKey});
-    Screen.PressWhen(Screen.Shows("Rename to: b"), {kEscapeKey, kEscapeKey});
-    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Canceled, kCanceled);
-    EXPECT_EQ(Destination(), (Tree{{"a", "file old a"}, {"b", "file taken"}}));
+    Screen.PressWhen(Screen.Shows("That name exists already."), {back, PressedKey('c'), kEnterKey});
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    EXPECT_EQ(Destination(), (Tree{{"a", "file old a"}, {"b", "file taken"}, {"c", "file new a"}}));
 }
 
 TEST_F(TakenName, CancelsTheJobOnEsc) {

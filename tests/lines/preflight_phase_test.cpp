@@ -75,6 +75,16 @@ TEST_F(PreflightPhase, ReportsTheLookUntilItIsOver) {
     EXPECT_EQ(Report.Log.back(), "look over 2");
 }
 
+TEST_F(PreflightPhase, IsWokenByTheEndOfTheLook) {
+    HeldDrive drive("header");
+    Screen.Script({Reports("look 2"), {}, [&] {
+                       EXPECT_FALSE(Screen.IsWoken());
+                       drive.Release();
+                       ExpectToBeWoken();
+                   }});
+    EXPECT_FALSE(Run(CopyOf({"file", kTrack})));
+}
+
 TEST_F(PreflightPhase, TakesTheBlockOfTheLookAway) {
     HeldDrive drive("header");
     Screen.Script({Reports("look 2"), {}, [&] {

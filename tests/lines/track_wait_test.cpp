@@ -40,6 +40,16 @@ TEST_F(TrackWait, GivesTheTracks) {
     EXPECT_EQ(EndSignal(), 0);
 }
 
+TEST_F(TrackWait, IsWokenByTheDrive) {
+    HeldDrive drive("header");
+    Screen.Script({ScriptedTerminal::Always(), {}, [&] {
+                       EXPECT_FALSE(Screen.IsWoken());
+                       drive.Release();
+                       ExpectToBeWoken();
+                   }});
+    EXPECT_EQ(List(), "2 tracks");
+}
+
 TEST_F(TrackWait, SaysWhyThereAreNone) {
     EXPECT_EQ(List("/nowhere/sr0"),
               "cannot open CD drive '/nowhere/sr0': No such file or directory");

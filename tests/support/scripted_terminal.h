@@ -68,6 +68,12 @@ public:
     }
     const std::string& Written() const { return Bytes; }
     bool IsThrough() const { return Steps.empty(); }
+    // Whether the descriptor of the latest wait would end it on a real terminal.
+    bool IsWoken() const {
+        pollfd ready{Waking, POLLIN, 0};
+        const int atOnce = 0;
+        return poll(&ready, 1, atOnce) > 0;
+    }
     // What was asked of it, in words: "keys", "no keys", "stop 20", "closed".
     const std::vector<std::string>& Calls() const { return Asked; }
 
@@ -93,6 +99,7 @@ public:
         if (++Waits > kMostWaits) {
             throw std::runtime_error("the loop goes on for ever; the screen:\n" + Screen());
         }
+        Waking = Descriptor;
         if (!Steps.empty() && Steps.front().When()) {
             const Step step = std::move(Steps.front());
             Steps.pop_front();
@@ -165,6 +172,7 @@ private:
     std::vector<std::string> Asked;
     bool bKeyMode = false;
     int Waits = 0;
+    int Waking = -1;
 };
 
 inline KeyPress PressedKey(char Byte) {
