@@ -83,6 +83,12 @@ protected:
         Screen.PressWhen(Screen.Later(std::chrono::milliseconds(700)), Keys);
     }
 
+    // For steps that let the engine go on while the clock stands still.
+    static void ExpectJobToEnd() {
+        EXPECT_TRUE(BecomesTrue("the job is over",
+                                [] { return CollectActiveTarvaneTransferJobSnapshots().empty(); }));
+    }
+
     static constexpr const char* kTrack = "cdda:/dev/fake-cd/1";
 
     TemporaryDirectory Root;

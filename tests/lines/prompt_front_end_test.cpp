@@ -199,7 +199,7 @@ TEST_F(DryRun, NeedsNobodyToAsk) {
 TEST_F(DryRun, IsCanceledBySignals) {
     const HeldDrive drive("header");
     Ask({kTrack});
-    Screen.RaiseWhen(Screen.Shows("Looking"), SIGTERM);
+    Screen.RaiseWhen(Screen.Shows("Looking through the sources: 1"), SIGTERM);
     Run();
     ExpectEnd(RunResult::Canceled, "Canceled before anything was touched.\n", SIGTERM);
     EXPECT_EQ(Output, "");
@@ -208,7 +208,7 @@ TEST_F(DryRun, IsCanceledBySignals) {
 TEST_F(DryRun, FailsWhenTheLookIsSkippedBecauseItHangs) {
     const HeldDrive drive("header");
     Ask({kTrack});
-    Screen.PressWhen(Screen.Shows("Looking"), {kEscapeKey});
+    Screen.PressWhen(Screen.Shows("Looking through the sources: 1"), {kEscapeKey});
     Run();
     ExpectEnd(RunResult::Failed, "");
     EXPECT_EQ(Output, "the look through the sources has no result\n");
@@ -283,6 +283,7 @@ protected:
         Screen.Script({Screen.After(milliseconds(6000)), {}, [&] {
                            shown = Screen.Screen();
                            Drive->Release();
+                           ExpectJobToEnd();
                        }});
         Run();
         EXPECT_EQ(Outcome.Result, RunResult::Succeeded);

@@ -41,8 +41,10 @@ protected:
 
     void Pass(milliseconds Time) {
         const int noDescriptor = -1;
-        for (; Time > milliseconds(0); Time -= milliseconds(1)) {
-            Screen.Wait(milliseconds(1), noDescriptor);
+        const Terminal::TimePoint end = Screen.Now() + Time;
+        while (Screen.Now() < end) {
+            Screen.Wait(std::chrono::duration_cast<std::chrono::microseconds>(end - Screen.Now()),
+                        noDescriptor);
         }
     }
 

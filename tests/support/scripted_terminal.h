@@ -58,6 +58,9 @@ public:
         return [] { return true; };
     }
 
+    // The clock stands still until Holds does, for what takes its time beside the loop.
+    void StopClockUntil(std::function<bool()> Holds) { ClockGoesOn = std::move(Holds); }
+
     // All that is on the screen and above it, a line each.
     std::string Screen() const {
         std::string text;
@@ -112,7 +115,7 @@ public:
         // What goes on beside the loop takes real time.
         pollfd ready{Descriptor, POLLIN, 0};
         if (Descriptor < 0 || poll(&ready, 1, 1) == 0) {
-            Clock += std::min(Timeout, kLongestStep);
+            Clock += ClockGoesOn() ? std::min(Timeout, kLongestStep) : std::chrono::microseconds(0);
         }
         return {};
     }
@@ -166,6 +169,7 @@ private:
     std::deque<Step> Steps;
     TimePoint Clock = std::chrono::steady_clock::now();
     TimePoint LatestStep = Clock;
+    std::function<bool()> ClockGoesOn = Always();
     PlainScreen Shown{80, 24};
     TerminalSize Window;
     std::string Bytes;
