@@ -4,12 +4,31 @@
 
 #include <chrono>
 #include <csignal>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "at_prompt.h"
+#include "link_names.h"
+
+namespace {
+
+// Runs on the worker before the sound, which comes after the job has finished.
+std::function<void()> gBeforeSound;
+
+} // namespace
+
+void RealPlaySound() noexcept REAL(PlayTarvaneTransferCompleteSound);
+void WrappedPlaySound() noexcept WRAPPED(PlayTarvaneTransferCompleteSound);
+
+void WrappedPlaySound() noexcept {
+    if (gBeforeSound) {
+        gBeforeSound();
+    }
+    RealPlaySound();
+}
 
 namespace {
 
@@ -75,6 +94,21 @@ TEST_F(JobPhase, CopiesAndReportsTheEnd) {
     EXPECT_EQ(Report.Log.back(), "job over Copied 1 item(s).");
     EXPECT_EQ(Destination(), (Tree{{"a", "file data"}}));
     EXPECT_EQ(Screen.Screen(), "");
+}
+
+TEST_F(JobPhase, IsNotReportedAsRunningOnceItHasFinished) {
+    SharedLatch latch;
+    gBeforeSound = [&latch] { latch.Wait(); };
+    WriteFile(Root / "from/a", "data");
+    std::size_t reports = 0;
+    Screen.Script({ScriptedTerminal::Always(), {}, ExpectJobToEnd});
+    Screen.Script({ScriptedTerminal::Always(), {}, [&] { reports = Report.Log.size(); }});
+    Screen.Script({Screen.Later(milliseconds(300)), {}, [&] {
+                       EXPECT_EQ(Report.Log.size(), reports);
+                       latch.Open();
+                   }});
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    gBeforeSound = nullptr;
 }
 
 TEST_F(JobPhase, FailsWithTheJobsSentence) {
