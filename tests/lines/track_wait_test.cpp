@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "at_prompt.h"
+#include "captured_descriptor.h"
 
 namespace {
 
@@ -72,7 +73,15 @@ TEST_F(TrackWait, SaysNothingWhereNobodyReadsIt) {
     HeldDrive drive("header");
     Screen.bOutputTerminal = false;
     Screen.Script({Screen.After(milliseconds(3000)), {}, [&] { drive.Release(); }});
-    EXPECT_EQ(List(), "2 tracks");
+    std::string tracks;
+    std::string errors;
+    {
+        const CapturedDescriptor captured(STDERR_FILENO);
+        tracks = List();
+        errors = captured.Text();
+    }
+    EXPECT_EQ(tracks, "2 tracks");
+    EXPECT_EQ(errors, "");
     EXPECT_EQ(Screen.Written(), "");
 }
 
