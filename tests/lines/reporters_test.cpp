@@ -304,6 +304,22 @@ TEST_F(JsonReporterWaiting, LeavesOutProgressThatWouldBeLate) {
     EXPECT_EQ(received, FlushRecord(Flush) + "\n");
 }
 
+TEST_F(JsonReporterWaiting, LeavesOutNoLastState) {
+    const AnsweredConflict answered;
+    const RunOutcome outcome;
+    const int status = 0;
+    const std::string received = Received(
+        [&] {
+            Report->ConflictIsAnswered(answered);
+            Report->JobIsOver(View());
+            Report->FlushIsOver(Flush);
+            Report->RunIsOver(outcome, status);
+        },
+        [this] { Report->Finish(); });
+    EXPECT_EQ(received, ConflictRecord(answered) + "\n" + Progress() + FlushRecord(Flush) + "\n" +
+                            DoneRecord(outcome, status) + "\n");
+}
+
 TEST_F(JsonReporterWaiting, WritesWhatWaitsWhileTheJobRuns) {
     RecordsOf([this] { Report->JobRuns(View()); });
     EXPECT_EQ(Received([this] { Report->JobIsOver(View()); }, [this] { Report->JobRuns(View()); }),
