@@ -117,8 +117,6 @@ RunOutcome PromptFrontEnd::Refuse(const PlanRefusal& Refusal) {
 
 RunOutcome PromptFrontEnd::Carry(TarvaneTransferPlan Plan) {
     const PromptContext context = Context();
-    // Opened before the job, or failures to write would be reported to others.
-    Flusher flush(DirectoriesToFlush(Plan, Transfer.bDryRun ? FlushChoice::Never : Transfer.Flush));
     if (Transfer.bPreflight || Transfer.bDryRun) {
         if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, context)) {
             return *end;
@@ -129,6 +127,8 @@ RunOutcome PromptFrontEnd::Carry(TarvaneTransferPlan Plan) {
     }
     SayWhatGoesWhere(Plan);
     SayThatTracksStay(Plan);
+    // Opened before the job, or failures to write would be reported to others.
+    Flusher flush(DirectoriesToFlush(Plan, Transfer.Flush));
     RunOutcome outcome = RunJobPhase(Transfer, std::move(Plan), context);
     if (outcome.Result == RunResult::Succeeded && flush.HasAnythingToFlush()) {
         SayDone(outcome.Text);
