@@ -98,7 +98,6 @@ private:
 
 bool AskWhetherToGoOn(const std::string& Question, const PromptContext& Context) {
     GoOnQuestion asked(Question, Context);
-    Context.Loop.HurryFrame();
     Context.Loop.Run(asked);
     Context.Shown.Clear();
     Context.Shown.PrintLine(Question + (asked.IsYes() ? " yes" : " no"));
