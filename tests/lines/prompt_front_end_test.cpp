@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -348,6 +349,7 @@ protected:
         Run();
         ExpectEnd(RunResult::WrongUsage, "tarvane: " + Sentence + "\n");
         EXPECT_EQ(Outcome.Text, Sentence);
+        EXPECT_EQ(Screen.Calls(), std::vector<std::string>{"finished"});
         EXPECT_EQ(Output, "");
         EXPECT_EQ(Destination(), Tree());
     }
@@ -403,6 +405,26 @@ TEST_F(ResultsAtPrompt, SayWhatGoesWhere) {
     Run();
     ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n");
     EXPECT_EQ(Output, VerboseLine());
+}
+
+TEST_F(ResultsAtPrompt, AreWaitedForBehindAReaderThatIsBusy) {
+    Request.bVerbose = true;
+    const auto [reader, writer] = FullPipe();
+    testing::AssertionResult line = testing::AssertionFailure() << "there is no line";
+    std::thread reading([this, &line, end = reader] {
+        const auto isDone = [this] { return fs::exists(Root / "to/a"); };
+        std::string received;
+        const auto hasCome = [&] {
+            received += ReadPipe(end);
+            return received.ends_with(VerboseLine());
+        };
+        line = BecomesTrue("the job is done", isDone);
+        line = line ? BecomesTrue("the line has come", hasCome) : line;
+    });
+    Run(writer);
+    reading.join();
+    close(reader);
+    EXPECT_TRUE(line);
 }
 
 TEST_F(ResultsAtPrompt, AreRecordsInsteadOfWords) {

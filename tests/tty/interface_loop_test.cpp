@@ -123,10 +123,10 @@ TEST_F(InterfaceLoopTest, DrawsAgainWhereALineHasTakenThePlace) {
 
 TEST_F(InterfaceLoopTest, LooksAsOftenAsTheActivityAsks) {
     LoggingActivity activity = For(milliseconds(30));
-    activity.Longest = milliseconds(20);
+    activity.Longest = milliseconds(15);
     const Terminal::TimePoint start = Screen.Now();
     Loop.Run(activity);
-    EXPECT_EQ(Screen.Now() - start, milliseconds(40));
+    EXPECT_EQ(Screen.Now() - start, milliseconds(30));
 }
 
 TEST_F(InterfaceLoopTest, WakesWhenTheDescriptorIsReadable) {
@@ -134,8 +134,11 @@ TEST_F(InterfaceLoopTest, WakesWhenTheDescriptorIsReadable) {
     ASSERT_EQ(pipe(ends.data()), 0);
     LoggingActivity activity = For(milliseconds(1000));
     activity.WakingDescriptor = ends[0];
-    Screen.Script(
-        {Screen.After(milliseconds(40)), {}, [&ends] { EXPECT_EQ(write(ends[1], "x", 1), 1); }});
+    Screen.Script({Screen.After(milliseconds(40)), {}, [&] {
+                       EXPECT_FALSE(Screen.IsWoken());
+                       EXPECT_EQ(write(ends[1], "x", 1), 1);
+                       EXPECT_TRUE(Screen.IsWoken());
+                   }});
     activity.OverWhen = [&ends] {
         pollfd ready{ends[0], POLLIN, 0};
         return poll(&ready, 1, 0) > 0;
@@ -267,6 +270,12 @@ TEST_F(InterfaceLoopTest, EndsByAHangUpWhenTheTerminalIsClosed) {
     EXPECT_EQ(SignalThatLeaves(milliseconds(10000)), SIGHUP);
 }
 
+TEST_F(InterfaceLoopTest, EndsByTheLatestSignalAfterTheTerminalIsClosed) {
+    Screen.bClosed = true;
+    Screen.RaiseWhen(Screen.After(milliseconds(500)), SIGTERM);
+    EXPECT_EQ(SignalThatLeaves(milliseconds(10000)), SIGTERM);
+}
+
 // As under nohup.
 TEST_F(InterfaceLoopTest, GoesOnWithoutATerminalWhereHangUpsAreIgnored) {
     Screen.bClosed = true;
@@ -289,6 +298,25 @@ TEST_F(InterfaceLoopTest, StopsForAnAnswerInTheBackgroundBeforeItDraws) {
     Loop.Run(activity);
     EXPECT_EQ(Log, (Words{"abandon", "draw"}));
     EXPECT_EQ(Screen.Calls(), (Words{"stop " + std::to_string(SIGTTIN), "keys"}));
+}
+
+TEST_F(InterfaceLoopTest, DrawsNothingAfterAStopBeforeItKnowsWhatHasComeMeanwhile) {
+    Screen.bForeground = false;
+    LoggingActivity activity = For(milliseconds(30));
+    activity.bAsks = true;
+    activity.OverWhen = [this] { return Loop.Requests().IsAsked(); };
+    Screen.RaiseWhen(ScriptedTerminal::Always(), SIGTERM);
+    Loop.HurryFrame();
+    Loop.Run(activity);
+    EXPECT_EQ(Log, Words{"abandon"});
+}
+
+TEST_F(InterfaceLoopTest, DrawsAtOnceAfterAStopForAnAnswer) {
+    Screen.bForeground = false;
+    LoggingActivity activity = For(milliseconds(30));
+    activity.bAsks = true;
+    Loop.Run(activity);
+    EXPECT_EQ(activity.DrawnAt, Times{milliseconds(0)});
 }
 
 TEST_F(InterfaceLoopTest, DoesNotStopForAnAnswerInTheForeground) {
