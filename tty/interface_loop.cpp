@@ -83,11 +83,11 @@ void InterfaceLoop::Stop(int StopSignal) {
     HurryFrame();
 }
 
-// Whatever stood on the screen, the shell has written below it since.
+// Whatever stood on the screen, the shell has written below it since. The next frame, which comes
+// at once, takes the keys anew.
 void InterfaceLoop::Resume() {
     Surface.Abandon();
     Screen.LeaveKeyMode();
-    EnsureKeyMode();
 }
 
 void InterfaceLoop::EnsureKeyMode() {
@@ -127,7 +127,7 @@ void InterfaceLoop::DrawWhenDue(Activity& Current) {
         return;
     }
     NextFrame = now + kFrameTime;
-    // It was in the background before.
+    // It was stopped or in the background before.
     EnsureKeyMode();
     Current.Draw();
 }
