@@ -9,7 +9,9 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <string>
+#include <sys/socket.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -64,6 +66,36 @@ TEST(SystemTerminal, KnowsWhatItCanDo) {
     EXPECT_EQ(AbilitiesOnTerminal("dumb"), "output ask ");
     EXPECT_EQ(AbilitiesWithout(STDIN_FILENO), "output redraw ");
     EXPECT_EQ(AbilitiesWithout(STDERR_FILENO), "");
+}
+
+// Only a terminal is closed; whoever writes to anything else learns of it then.
+TEST(SystemTerminal, TakesNoSocketForAClosedTerminal) {
+    ForkedInTerminal program([](const Reporter& Report) {
+        std::array<int, 2> ends{};
+        if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()) != 0) {
+            return 1;
+        }
+        close(ends[0]);
+        dup2(ends[1], STDERR_FILENO);
+        Report(Abilities());
+        return 0;
+    });
+    EXPECT_EQ(program.NextReport(), "");
+    EXPECT_EQ(WEXITSTATUS(program.WaitForEnd()), 0);
+}
+
+TEST(SystemTerminal, WakesToWriteWhatAStoppedTerminalHasKept) {
+    ForkedInTerminal program([](const Reporter& Report) {
+        SystemTerminal terminal;
+        tcflow(STDERR_FILENO, TCOOFF);
+        terminal.Write("kept");
+        tcflow(STDERR_FILENO, TCOON);
+        const Terminal::Events events = terminal.Wait(kForEver, kNoDescriptor);
+        Report(events.Keys.empty() && events.Signals.empty() ? "awake" : "events");
+        return 0;
+    });
+    EXPECT_EQ(program.NextReport(), "awake");
+    EXPECT_EQ(program.Output(), "kept");
 }
 
 TEST(SystemTerminal, WakesForKeys) {
