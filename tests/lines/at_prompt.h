@@ -4,6 +4,7 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -134,6 +135,7 @@ public:
     explicit HeldDrive(const std::string& Held) : ScopedDrive(AudioDisc({150, 1000}, 2000)) {
         Before = [this, Held](const std::string& Call) {
             if (Call.starts_with(Held)) {
+                bHolds = true;
                 Latch.Wait();
             }
         };
@@ -141,7 +143,10 @@ public:
     ~HeldDrive() { Release(); }
 
     void Release() { Latch.Open(); }
+    // Whether a thread of this process waits, or has waited, for the drive.
+    bool Holds() const { return bHolds; }
 
 private:
+    std::atomic<bool> bHolds{false};
     SharedLatch Latch;
 };
