@@ -85,10 +85,8 @@ protected:
     }
 
     // For steps that let the engine go on while the clock stands still.
-    static void ExpectJobToEnd() {
-        EXPECT_TRUE(BecomesTrue("the job is over",
-                                [] { return CollectActiveTarvaneTransferJobSnapshots().empty(); }));
-    }
+    static void ExpectJobToEnd() { EXPECT_TRUE(BecomesTrue("the job is over", IsNoJobRunning)); }
+    static bool IsNoJobRunning() { return CollectActiveTarvaneTransferJobSnapshots().empty(); }
 
     static constexpr const char* kTrack = "cdda:/dev/fake-cd/1";
 

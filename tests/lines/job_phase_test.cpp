@@ -70,11 +70,16 @@ protected:
 // A copy whose first read is held.
 class HeldJob : public JobPhase {
 protected:
+    // Frames and keys come when the engine has got as far as that.
+    HeldJob() {
+        Screen.StopClockUntil([this] { return Drive.Holds(); });
+    }
+
     RunOutcome Run() { return JobPhase::Run(CopyOf({kTrack})); }
     std::function<void()> Release() {
         return [this] { Drive.Release(); };
     }
-    void ReleaseWhenCanceled() { Screen.Script({Reports("job to cancel"), {}, Release()}); }
+    void ReleaseWhenCanceled() { Screen.Script({Reports("job to cancel"), {}, ReleaseToTheEnd()}); }
     // Until the engine is through with it.
     std::function<void()> ReleaseToTheEnd() {
         return [this] {
@@ -184,6 +189,7 @@ TEST_F(HeldJob, IsCanceledAtOnceWhenNobodyReadsItsRecords) {
     Screen.Script({Reports("job to cancel"), {}, [&] {
                        EXPECT_EQ(Screen.Now(), broken);
                        Drive.Release();
+                       ExpectJobToEnd();
                    }});
     ExpectOutcome(Run(), RunResult::Canceled, kCanceled, SIGPIPE);
 }
@@ -332,6 +338,7 @@ TEST_F(TakenName, PutsTheCursorBehindTheQuestion) {
 }
 
 TEST_F(TakenName, AsksNoMoreWhenASignalHasCanceledTheJob) {
+    Screen.StopClockUntil(IsNoJobRunning);
     Screen.RaiseWhen(Screen.Shows(Title("a")), SIGTERM);
     ExpectOutcome(Run(CopyOf({"a"})), RunResult::Canceled, kCanceled, SIGTERM);
     EXPECT_EQ(Screen.Screen(), "");
@@ -348,6 +355,7 @@ TEST_F(TakenName, StopsInTheBackgroundAndAsksWhenItComesBack) {
 
 TEST_F(HeldJob, TakesNoWaitForAnAnswerForAStall) {
     WriteFile(Root / "to/track", "old");
+    Screen.StopClockUntil(ScriptedTerminal::Always());
     Screen.Script({Screen.Shows(Title("track")), {}});
     Screen.PressWhen(Screen.Later(milliseconds(9000)), {PressedKey('o')});
     Screen.Script({Screen.Later(milliseconds(500)), {}, [this] {

@@ -279,6 +279,7 @@ protected:
         Hold("read");
         Ask({kTrack});
         Request.Progress = Style;
+        Screen.StopClockUntil([this] { return Drive->Holds(); });
         Request.Transfer.OnConflict = FileConflictChoice::Overwrite;
         std::string shown;
         Screen.Script({Screen.After(milliseconds(6000)), {}, [&] {
@@ -439,6 +440,7 @@ TEST_F(ResultsAtPrompt, AreRecordsInsteadOfWords) {
 TEST_F(ResultsAtPrompt, HoldTheStatusThatTheProgramExitsWith) {
     TakeName();
     Request.Progress = ProgressStyle::Json;
+    Screen.StopClockUntil(IsNoJobRunning);
     Screen.RaiseWhen(Screen.Shows("File exists"), SIGTERM);
     Run();
     EXPECT_NE(Output.find("\"exit_status\":" + std::to_string(1000 + SIGTERM)), std::string::npos)
@@ -467,11 +469,13 @@ TEST_F(ResultsAtPrompt, LeaveACanceledRunCanceledWhenTheyCannotBeWritten) {
 }
 
 TEST_F(ResultsAtPrompt, EndTheRunLikeAWriterToABrokenPipeWhenNobodyReadsThem) {
+    TakeName();
     Request.bVerbose = true;
+    Screen.StopClockUntil(IsNoJobRunning);
     Run(BrokenPipe());
     ExpectEnd(RunResult::Canceled, "Copy canceled. Partial destination files may remain.\n",
               SIGPIPE);
-    EXPECT_EQ(Destination(), Tree());
+    EXPECT_EQ(Destination(), (Tree{{"a", "file old"}}));
 }
 
 TEST_F(ResultsAtPrompt, OfADryRunEndLikeAWriterToABrokenPipeToo) {
@@ -483,6 +487,7 @@ TEST_F(ResultsAtPrompt, OfADryRunEndLikeAWriterToABrokenPipeToo) {
 TEST_F(ResultsAtPrompt, EndTheRunWhenNobodyReadsTheRecords) {
     TakeName();
     Request.Progress = ProgressStyle::Json;
+    Screen.StopClockUntil(IsNoJobRunning);
     Run(BrokenPipe());
     EXPECT_EQ(Outcome.EndSignal, SIGPIPE);
     EXPECT_EQ(Destination(), (Tree{{"a", "file old"}}));
