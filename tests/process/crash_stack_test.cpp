@@ -26,10 +26,13 @@ TEST(CrashStack, GivesAThreadAStackForHandlers) {
 
 TEST(CrashStack, LeavesTheStackAloneThatAThreadHas) {
     std::thread([] {
+        // A sanitizer gives every thread one and wants it back.
+        const stack_t before = StackForHandlers();
         static std::array<std::byte, 65536> room;
         const stack_t own{.ss_sp = room.data(), .ss_flags = 0, .ss_size = room.size()};
         ASSERT_EQ(sigaltstack(&own, nullptr), 0);
         ArmCrashStack();
         EXPECT_EQ(StackForHandlers().ss_sp, room.data());
+        sigaltstack(&before, nullptr);
     }).join();
 }

@@ -2,6 +2,7 @@
 
 #include "becomes_true.h"
 #include "no_descriptors_left.h"
+#include "text_of_exception.h"
 
 #include <atomic>
 #include <csignal>
@@ -88,16 +89,16 @@ TEST(WorkerThread, BlocksSignalsButFaultsInItsWorkAndNoneOutside) {
 }
 
 TEST(WorkerThread, SaysWhyItCannotBeStarted) {
-    std::string reason;
+    std::exception_ptr failure;
     bool bWorked = false;
     {
         const NoDescriptorsLeft limit;
         try {
             const WorkerThread worker([&bWorked] { bWorked = true; });
-        } catch (const std::system_error& error) {
-            reason = error.what();
+        } catch (...) {
+            failure = std::current_exception();
         }
     }
-    EXPECT_EQ(reason, "Too many open files");
+    EXPECT_EQ(TextOf(failure), "Too many open files");
     EXPECT_FALSE(bWorked);
 }
