@@ -258,6 +258,19 @@ void TarvaneTransferJob::MarkItemsDone(std::uint64_t Count) {
     ItemsDone.fetch_add(Count);
 }
 
+void TarvaneTransferJob::MarkSkipped(std::uint64_t Items, std::uint64_t Bytes) {
+    ItemsSkipped.fetch_add(Items);
+    BytesSkipped.fetch_add(Bytes);
+}
+
+std::uint64_t TarvaneTransferJob::GetSkippedItems() const {
+    return ItemsSkipped;
+}
+
+std::uint64_t TarvaneTransferJob::GetSkippedBytes() const {
+    return BytesSkipped;
+}
+
 void TarvaneTransferJob::SetCurrentFileProgress(std::uint64_t DoneBytes,
                                                 std::uint64_t TotalBytesForFile) {
     CurrentFileTotalBytes = TotalBytesForFile;
@@ -696,6 +709,7 @@ bool MarkSkippedPath(const fs::path& Path, TarvaneTransferJob& Job, std::string&
     if (fs::is_directory(status)) {
         Job.SetCurrentPath(Path.string(), 0);
         Job.MarkItemsDone(1);
+        Job.MarkSkipped(1, 0);
         // A folder that cannot be listed counts as empty.
         const fs::directory_iterator end;
         for (fs::directory_iterator it(Path, fs::directory_options::skip_permission_denied, ec);
@@ -718,6 +732,7 @@ bool MarkSkippedPath(const fs::path& Path, TarvaneTransferJob& Job, std::string&
         Job.SetCurrentFileProgress(size, size);
     }
     Job.MarkItemsDone(1);
+    Job.MarkSkipped(1, size);
     return true;
 }
 
@@ -1081,6 +1096,7 @@ TransferCopyResult CopyFileWithProgress(const fs::path& Source, const fs::path& 
         Job.AddBytesDone(fileSize);
         Job.SetCurrentFileProgress(fileSize, fileSize);
         Job.MarkItemsDone(1);
+        Job.MarkSkipped(1, fileSize);
         return TransferCopyResult::Skipped;
     }
     if (!PrepareFileTarget(target, ErrorMessage)) {
@@ -1363,6 +1379,7 @@ TransferCopyResult CopyCddaTrack(const fs::path& Source, const fs::path& Destina
     if (skip) {
         Job.SetCurrentPath(sourceText, 0);
         Job.MarkItemsDone(1);
+        Job.MarkSkipped(1, 0);
         return TransferCopyResult::Skipped;
     }
     return ExtractCddaTrackToWav(sourceText, target, Job, ErrorMessage)
@@ -1385,6 +1402,7 @@ TransferCopyResult CopySpecialEntry(const fs::path& Source, const fs::path& Dest
     if (skip) {
         Job.SetCurrentPath(Source.string(), 0);
         Job.MarkItemsDone(1);
+        Job.MarkSkipped(1, 0);
         return TransferCopyResult::Skipped;
     }
     if (!EnsureDestinationParent(target, ErrorMessage)) {

@@ -182,6 +182,11 @@ public:
     // the first. Takes Mutex once, briefly.
     std::string GetCurrentPath() const;
 
+    // The part of the items and bytes done that was skipped, by a policy or an answer. All of an
+    // entry's part is there before the next conflict is posted, and before the job finishes.
+    std::uint64_t GetSkippedItems() const;
+    std::uint64_t GetSkippedBytes() const;
+
     // Copies the conflict that waits for an answer. False, with OutConflict untouched, when none
     // does.
     bool GetPendingConflict(TarvaneTransferConflict& OutConflict) const;
@@ -214,6 +219,9 @@ public:
     void AddBytesDone(std::uint64_t Delta);
 
     void MarkItemsDone(std::uint64_t Count);
+
+    // Says that so much of what is counted as done was skipped.
+    void MarkSkipped(std::uint64_t Items, std::uint64_t Bytes);
 
     void SetCurrentFileProgress(std::uint64_t DoneBytes, std::uint64_t TotalBytesForFile);
 
@@ -272,6 +280,8 @@ private:
     std::atomic<std::uint64_t> ItemsDone{0};
     std::atomic<std::uint64_t> BytesTotal{0};
     std::atomic<std::uint64_t> BytesDone{0};
+    std::atomic<std::uint64_t> ItemsSkipped{0};
+    std::atomic<std::uint64_t> BytesSkipped{0};
     std::atomic<std::uint64_t> CurrentFileTotalBytes{0};
     std::atomic<std::uint64_t> CurrentFileDoneBytes{0};
 };

@@ -62,6 +62,8 @@ TEST_F(TrackCopy, WithThePolicySkipCountsAnItemWithoutItsBytes) {
     EXPECT_EQ(ReadFile(Wav), "old");
     EXPECT_EQ(Drive.Calls, Strings{});
     ExpectCounters(0, 1);
+    EXPECT_EQ(Job.GetSkippedItems(), 1U);
+    EXPECT_EQ(Job.GetSkippedBytes(), 0U);
     EXPECT_EQ(Job.MakeUiSnapshot().PathText, "Current: cdda:/dev/fake-cd/Track 01.wav");
     EXPECT_EQ(Job.MakeUiSnapshot().CurrentFileTotalBytes, 0U);
 }

@@ -103,6 +103,7 @@ TEST_F(DirectoryConflict, SkippedByAnswerCountsTheWholeTree) {
     AnsweringInterface interface(Job, {{Act::Skip, "", nullptr}});
     EXPECT_EQ(Copied(Policy::Ask, kMove), Result::Skipped);
     EXPECT_EQ(DoneBy(Job), (Counted{4, 8}));
+    EXPECT_EQ(SkippedBy(Job), (Counted{4, 8}));
     EXPECT_EQ(TreeOf(Destination), (Tree{{"old", "file old"}}));
     EXPECT_EQ(TreeOf(Source),
               (Tree{{"new", "file new data"}, {"sub", "dir"}, {"sub/empty", "file "}}));

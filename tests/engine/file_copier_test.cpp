@@ -112,6 +112,7 @@ TEST_F(FileCopier, CountsASkippedFileWithItsWholeSize) {
     WriteFile(Destination, "old");
     EXPECT_EQ(Run(kMove, Policy::Skip), Result::Skipped);
     EXPECT_EQ(DoneBy(Job), (Counted{1, 10}));
+    EXPECT_EQ(SkippedBy(Job), (Counted{1, 10}));
     EXPECT_EQ(TreeOf(Directory.Path()),
               (Tree{{"source", "file 0123456789"}, {"destination", "file old"}}));
     const TarvaneTransferUiSnapshot snapshot = Job.MakeUiSnapshot();

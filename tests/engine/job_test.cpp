@@ -99,6 +99,15 @@ TEST_F(TransferJob, SetCurrentPathResetsTheDoneCounterEvenWhenThePathIsTheSame) 
     EXPECT_EQ(Job.MakeUiSnapshot().DoneBytes, 200u);
 }
 
+TEST_F(TransferJob, AddsUpWhatWasSkippedBesideWhatIsDone) {
+    EXPECT_EQ(Job.GetSkippedItems() | Job.GetSkippedBytes(), 0u);
+    Job.MarkSkipped(1, 500);
+    Job.MarkSkipped(2, 30);
+    EXPECT_EQ(Job.GetSkippedItems(), 3u);
+    EXPECT_EQ(Job.GetSkippedBytes(), 530u);
+    EXPECT_EQ(Job.MakeUiSnapshot().DoneItems | Job.MakeUiSnapshot().DoneBytes, 0u);
+}
+
 TEST_F(TransferJob, SetTotalsTakesItemsFirst) {
     Job.SetTotals(12, 3456);
     EXPECT_EQ(Job.MakeUiSnapshot().TotalItems, 12u);
@@ -221,6 +230,9 @@ TEST_F(TransferJob, CountsAndReadsFlagsWithoutTheLock) {
     const FailingLock failing(PrivateOf<JobMember::Mutex>(Job));
     EXPECT_NO_THROW(Job.SetTotals(1, 2));
     EXPECT_NO_THROW(Job.MarkItemsDone(1));
+    EXPECT_NO_THROW(Job.MarkSkipped(1, 2));
+    EXPECT_NO_THROW(Job.GetSkippedItems());
+    EXPECT_NO_THROW(Job.GetSkippedBytes());
     EXPECT_NO_THROW(Job.SetCurrentFileProgress(1, 2));
     EXPECT_NO_THROW(Job.AddBytesDone(0));
     EXPECT_NO_THROW(Job.IsCancelRequested());

@@ -104,6 +104,7 @@ TEST_F(SkipAccounting, CountsAFolderWithTwoFilesAndAnEmptySubfolderAsFourItems) 
     fs::create_directory(Directory / "tree/sub");
     EXPECT_TRUE(MarkSkippedPath(Directory / "tree", Job, Message));
     EXPECT_EQ(DoneBy(Job), (Counted{4, 10}));
+    EXPECT_EQ(SkippedBy(Job), (Counted{4, 10}));
     EXPECT_EQ(Message, "a message from before");
 }
 
@@ -159,6 +160,7 @@ TEST_F(SkipAccounting, KeepsWhatWasCountedBeforeAFailure) {
     EXPECT_FALSE(MarkSkippedPath(Directory / "tree", Job, Message));
     EXPECT_EQ(Message, "Input/output error");
     EXPECT_EQ(DoneBy(Job), (Counted{2, 5}));
+    EXPECT_EQ(SkippedBy(Job), (Counted{2, 5}));
 }
 
 TEST_F(SkipAccounting, CountsAFileWhoseSizeCannotBeReadWithoutBytes) {

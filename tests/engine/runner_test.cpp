@@ -80,6 +80,7 @@ TEST_F(Runner, CountsSkippedItemsInTheMessage) {
         Run(kCopy, {Item("a", "to/a"), Item("b", "to/b")}, Policy::Skip);
     EXPECT_EQ(end.MessageText, "Copied 2 item(s).");
     EXPECT_EQ(DoneBy(Job), (Counted{2, 6}));
+    EXPECT_EQ(SkippedBy(Job), (Counted{1, 3}));
 }
 
 TEST_F(Runner, FailsForASourceThatVanishedBeforeTheScan) {

@@ -120,6 +120,7 @@ TEST_F(SpecialEntry, IsCountedWhenItIsSkipped) {
     EXPECT_EQ(Run(kMove, Policy::Skip), Result::Skipped);
     EXPECT_EQ(OnDisk(), (Tree{{"from", "fifo"}, {"to", "file old"}}));
     EXPECT_EQ(DoneBy(Job), (Counted{1, 0}));
+    EXPECT_EQ(SkippedBy(Job), (Counted{1, 0}));
     EXPECT_EQ(Job.MakeUiSnapshot().PathText, "Current: " + Source.string());
 }
 

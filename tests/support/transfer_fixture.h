@@ -37,6 +37,11 @@ inline Counted DoneBy(const TarvaneTransferJob& Job) {
     return {snapshot.DoneItems, snapshot.DoneBytes};
 }
 
+// The part of it that was skipped.
+inline Counted SkippedBy(const TarvaneTransferJob& Job) {
+    return {Job.GetSkippedItems(), Job.GetSkippedBytes()};
+}
+
 class TransferTest : public testing::Test {
 protected:
     std::shared_ptr<TarvaneTransferJob> SharedJob =
