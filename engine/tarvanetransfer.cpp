@@ -698,6 +698,18 @@ void RemovePathIfPresent(const fs::path& Path) {
     }
 }
 
+// True when Path, or a link on its way, lies in Directory: removing that would take it along. What
+// is to be replaced is asked this first, so that an item that fails leaves its source alone.
+bool LeadsInto(const fs::path& Directory, const fs::path& Path) {
+    for (fs::path step = Path; step.has_relative_path(); step = step.parent_path()) {
+        if (TarvanePathIsInside(Directory, step) ||
+            TarvanePathsEquivalentOrSame(Directory, step.parent_path() / ".")) {
+            return true;
+        }
+    }
+    return false;
+}
+
 // Counts: every entry below Path as an item, regular files with their bytes; links are not
 // followed. Errors: what was counted before a failure stays counted.
 bool MarkSkippedPath(const fs::path& Path, TarvaneTransferJob& Job, std::string& ErrorMessage) {
@@ -1049,7 +1061,8 @@ bool CopyBlocks(std::ifstream& In, std::ofstream& Out, const fs::path& Target,
 
 // Makes room for a file at Target: its folder exists and no directory stands in its place. An
 // existing file is left for the open to truncate.
-bool PrepareFileTarget(const fs::path& Target, std::string& ErrorMessage) {
+bool PrepareFileTarget(const fs::path& Source, std::uint64_t FileSize, const fs::path& Target,
+                       TarvaneTransferJob& Job, std::string& ErrorMessage) {
     if (!EnsureDestinationParent(Target, ErrorMessage)) {
         return false;
     }
@@ -1058,6 +1071,10 @@ bool PrepareFileTarget(const fs::path& Target, std::string& ErrorMessage) {
     if (ec && ec != std::errc::no_such_file_or_directory) {
         return Fail(ErrorMessage,
                     "Could not inspect destination '" + Target.string() + "': " + ec.message());
+    }
+    if (targetIsDirectory && LeadsInto(Target, Source)) {
+        Job.SetCurrentPath(Source.string(), FileSize);
+        return Fail(ErrorMessage, "Failed to open source file.");
     }
     if (targetIsDirectory) {
         fs::remove_all(Target, ec);
@@ -1099,7 +1116,7 @@ TransferCopyResult CopyFileWithProgress(const fs::path& Source, const fs::path& 
         Job.MarkSkipped(1, fileSize);
         return TransferCopyResult::Skipped;
     }
-    if (!PrepareFileTarget(target, ErrorMessage)) {
+    if (!PrepareFileTarget(Source, fileSize, target, Job, ErrorMessage)) {
         return TransferCopyResult::Failed;
     }
 
@@ -1413,6 +1430,9 @@ TransferCopyResult CopySpecialEntry(const fs::path& Source, const fs::path& Dest
     if (ec && ec != std::errc::no_such_file_or_directory) {
         return FailCopy(ErrorMessage,
                         "Could not inspect destination '" + target.string() + "': " + ec.message());
+    }
+    if (targetIsDirectory && LeadsInto(target, Source)) {
+        return FailCopy(ErrorMessage, std::strerror(ENOENT));
     }
     if (targetIsDirectory) {
         fs::remove_all(target, ec);
