@@ -24,7 +24,7 @@ public:
     JobActivity(const TransferRequest& Request, TarvaneTransferPlan Plan,
                 const PromptContext& ContextToUse)
         : Context(ContextToUse), Session(std::move(Plan)),
-          Desk(Session.Job(), ConflictPolicy(Request.OnConflict, Request.OnDirectoryConflict)) {}
+          Desk(Session.Job(), ConflictPolicy(RulesOf(Request))) {}
 
     void TakeKey(const KeyPress& Key) override;
     bool IsOver() override;

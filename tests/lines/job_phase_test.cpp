@@ -238,14 +238,14 @@ struct KeyCase {
     Tree Destination;
 };
 
-class TakenName : public JobPhase {
+class NameInTheWay : public JobPhase {
 protected:
-    TakenName() { Take("a"); }
+    NameInTheWay() { Take("a"); }
 };
 
 } // namespace
 
-TEST_F(TakenName, IsAnsweredByKeys) {
+TEST_F(NameInTheWay, IsAnsweredByKeys) {
     const KeyPress back{KeyCode::Backspace, {}};
     const std::vector<KeyCase> cases = {
         {{PressedKey('o')}, "overwrite", {{"a", "file new a"}}},
@@ -271,7 +271,7 @@ TEST_F(TakenName, IsAnsweredByKeys) {
     }
 }
 
-TEST_F(TakenName, IsNotExchangedForAnotherOne) {
+TEST_F(NameInTheWay, IsNotExchangedForAnotherOne) {
     WriteFile(Root / "to/b", "taken");
     const KeyPress back{KeyCode::Backspace, {}};
     AnswerWhenShown("skip all", {PressedKey('r'), back, back, back, PressedKey('b'), kEnterKey});
@@ -280,7 +280,7 @@ TEST_F(TakenName, IsNotExchangedForAnotherOne) {
     EXPECT_EQ(Destination(), (Tree{{"a", "file old a"}, {"b", "file taken"}, {"c", "file new a"}}));
 }
 
-TEST_F(TakenName, CancelsTheJobOnEsc) {
+TEST_F(NameInTheWay, CancelsTheJobOnEsc) {
     Screen.PressWhen(Screen.Shows(Title("a")), {kEscapeKey});
     ExpectOutcome(Run(CopyOf({"a"})), RunResult::Canceled, kCanceled);
     EXPECT_EQ(Screen.Screen(), Title("a") + " | cancel\n");
@@ -289,7 +289,7 @@ TEST_F(TakenName, CancelsTheJobOnEsc) {
     EXPECT_EQ(Loop.Requests().Signal(), SIGINT);
 }
 
-TEST_F(TakenName, TellsTheReporterWhatTheUserAnswered) {
+TEST_F(NameInTheWay, TellsTheReporterWhatTheUserAnswered) {
     AnswerWhenShown(Title("a"), {PressedKey('k')});
     Run(CopyOf({"a"}));
     ASSERT_EQ(Report.Answers.size(), 1U);
@@ -299,7 +299,7 @@ TEST_F(TakenName, TellsTheReporterWhatTheUserAnswered) {
     EXPECT_TRUE(Report.Answers[0].bByUser);
 }
 
-TEST_F(TakenName, TellsTheReporterWhatAChoiceAnswered) {
+TEST_F(NameInTheWay, TellsTheReporterWhatAChoiceAnswered) {
     Request.OnConflict = FileConflictChoice::Overwrite;
     ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
     ASSERT_EQ(Report.Answers.size(), 1U);
@@ -308,13 +308,13 @@ TEST_F(TakenName, TellsTheReporterWhatAChoiceAnswered) {
     EXPECT_EQ(Screen.Screen(), "");
 }
 
-TEST_F(TakenName, FailsWithTheSentenceOfTheChoice) {
+TEST_F(NameInTheWay, FailsWithTheSentenceOfTheChoice) {
     Request.OnConflict = FileConflictChoice::Fail;
     ExpectOutcome(Run(CopyOf({"a"})), RunResult::Failed,
                   "cannot create '" + PathOf("to/a") + "': File exists");
 }
 
-TEST_F(TakenName, IsNotAnsweredByWhatWasTypedBefore) {
+TEST_F(NameInTheWay, IsNotAnsweredByWhatWasTypedBefore) {
     Screen.PressWhen(Screen.Shows(Title("a")), {PressedKey('o')});
     Screen.PressWhen(Screen.Later(milliseconds(500)), {PressedKey('o')});
     Screen.PressWhen(Screen.Later(milliseconds(200)), {PressedKey('s')});
@@ -323,21 +323,21 @@ TEST_F(TakenName, IsNotAnsweredByWhatWasTypedBefore) {
 }
 
 // Without waiting for the next frame.
-TEST_F(TakenName, IsAskedAboutAtOnce) {
+TEST_F(NameInTheWay, IsAskedAboutAtOnce) {
     Screen.StopClockUntil(Screen.Shows(Title("a")));
     Screen.PressWhen(Screen.Shows(Title("a")), {kEscapeKey});
     Run(CopyOf({"a"}));
     EXPECT_TRUE(Screen.IsThrough());
 }
 
-TEST_F(TakenName, PutsTheCursorBehindTheQuestion) {
+TEST_F(NameInTheWay, PutsTheCursorBehindTheQuestion) {
     Screen.Script({Screen.Shows(Title("a")), {{}, {kEscapeKey}}, [&] {
                        EXPECT_TRUE(Screen.Written().ends_with("\r? ")) << Screen.Written();
                    }});
     Run(CopyOf({"a"}));
 }
 
-TEST_F(TakenName, AsksNoMoreWhenASignalHasCanceledTheJob) {
+TEST_F(NameInTheWay, AsksNoMoreWhenASignalHasCanceledTheJob) {
     Screen.StopClockUntil(IsNoJobRunning);
     Screen.RaiseWhen(Screen.Shows(Title("a")), SIGTERM);
     ExpectOutcome(Run(CopyOf({"a"})), RunResult::Canceled, kCanceled, SIGTERM);
@@ -345,7 +345,7 @@ TEST_F(TakenName, AsksNoMoreWhenASignalHasCanceledTheJob) {
     EXPECT_TRUE(Report.Answers.empty());
 }
 
-TEST_F(TakenName, StopsInTheBackgroundAndAsksWhenItComesBack) {
+TEST_F(NameInTheWay, StopsInTheBackgroundAndAsksWhenItComesBack) {
     Screen.bForeground = false;
     AnswerWhenShown(Title("a"), {PressedKey('o')});
     ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");

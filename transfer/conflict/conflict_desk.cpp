@@ -3,7 +3,24 @@
 #include <algorithm>
 #include <utility>
 
+#include "free_name.h"
+#include "quoted.h"
+
 using Action = TarvaneTransferConflictAction;
+using Verdict = ConflictDecision::Verdict;
+
+namespace {
+
+// An entry that has gone meanwhile is what the record says.
+TakenName LookAt(const TarvaneTransferConflict& Conflict, bool bFollowLinks) {
+    TakenEntry recorded;
+    recorded.LeadsTo =
+        Conflict.bDestinationDirectory ? TakenEntry::Kind::Directory : TakenEntry::Kind::File;
+    const std::optional<TakenEntry> found = LookAtTakenEntry(Conflict.DestinationPath);
+    return MakeTakenName(Conflict, found.value_or(recorded), bFollowLinks);
+}
+
+} // namespace
 
 const AnsweredConflict* ConflictDesk::Attend() {
     TarvaneTransferConflict conflict;
@@ -19,21 +36,33 @@ const AnsweredConflict* ConflictDesk::Attend() {
 }
 
 const AnsweredConflict* ConflictDesk::Decide(const TarvaneTransferConflict& Conflict) {
-    const ConflictDecision decision = Policy.Decide(Conflict);
+    const ConflictDecision decision = Policy.Decide(LookAt(Conflict, Policy.FollowsLinks()));
+    AnsweredConflict answer{.Conflict = Conflict, .Action = decision.Action};
     switch (decision.Outcome) {
-    case ConflictDecision::Verdict::AskUser:
+    case Verdict::AskUser:
         Open = Question{++LastId, Conflict};
         return nullptr;
-    case ConflictDecision::Verdict::Fail:
+    case Verdict::Fail:
         WhyFailed = decision.Sentence;
         break;
-    case ConflictDecision::Verdict::Answer:
+    case Verdict::Answer:
+        if (decision.Action == Action::Rename) {
+            FindFreeName(answer);
+        }
         break;
     }
-    return Resolve({.Conflict = Conflict,
-                    .Action = decision.Action,
-                    .RenamePath = decision.RenamePath,
-                    .bByUser = false});
+    return Resolve(std::move(answer));
+}
+
+void ConflictDesk::FindFreeName(AnsweredConflict& InOutAnswer) {
+    const std::string& taken = InOutAnswer.Conflict.DestinationPath;
+    const std::optional<std::filesystem::path> freeName = FreeNameBeside(taken);
+    if (!freeName) {
+        WhyFailed = "no free name found beside " + Quoted(taken);
+        InOutAnswer.Action = Action::Cancel;
+        return;
+    }
+    InOutAnswer.RenamePath = freeName->native();
 }
 
 const AnsweredConflict* ConflictDesk::Answer(std::uint64_t QuestionId,

@@ -7,6 +7,7 @@
 #include <deque>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "conflict_choices.h"
 #include "conflict_policy.h"
@@ -29,7 +30,7 @@ struct ConflictAnswer {
 struct AnsweredConflict {
     TarvaneTransferConflict Conflict;
     TarvaneTransferConflictAction Action = TarvaneTransferConflictAction::Cancel;
-    std::string RenamePath;
+    std::string RenamePath = {};
     bool bByUser = false;
 };
 
@@ -50,7 +51,7 @@ public:
 
     // The job must outlive the desk.
     ConflictDesk(TarvaneTransferJob& JobToServe, ConflictPolicy ChosenPolicy)
-        : Job(JobToServe), Policy(ChosenPolicy) {}
+        : Job(JobToServe), Policy(std::move(ChosenPolicy)) {}
 
     // Looks at the job: decides a conflict, opens its question, or closes that of a conflict that
     // is gone because the job was canceled. Returns the conflict if one was resolved; the pointer
@@ -80,6 +81,8 @@ public:
 
 private:
     const AnsweredConflict* Decide(const TarvaneTransferConflict& Conflict);
+    // Or gives up, where none is found.
+    void FindFreeName(AnsweredConflict& InOutAnswer);
     const AnsweredConflict* Resolve(AnsweredConflict Answer);
 
     TarvaneTransferJob& Job;

@@ -1,11 +1,9 @@
 #include "conflict_policy.h"
 
-#include <filesystem>
 #include <optional>
 #include <utility>
 
 #include "conflict_choices.h"
-#include "free_name.h"
 #include "quoted.h"
 
 namespace {
@@ -14,15 +12,15 @@ using Action = TarvaneTransferConflictAction;
 using Verdict = ConflictDecision::Verdict;
 
 ConflictDecision AnswerWith(Action Answer) {
-    return {Verdict::Answer, Answer, {}, {}};
+    return {.Outcome = Verdict::Answer, .Action = Answer};
 }
 
 ConflictDecision AskTheUser() {
-    return {Verdict::AskUser, Action::Cancel, {}, {}};
+    return {.Outcome = Verdict::AskUser};
 }
 
 ConflictDecision FailWith(std::string Sentence) {
-    return {Verdict::Fail, Action::Cancel, {}, std::move(Sentence)};
+    return {.Outcome = Verdict::Fail, .Sentence = std::move(Sentence)};
 }
 
 ConflictDecision FailBecauseTaken(const TarvaneTransferConflict& Conflict) {
@@ -46,14 +44,6 @@ ConflictDecision Compare(const TarvaneTransferConflict& Conflict) {
     return AnswerWith(HasBothSizes(Conflict) ? Action::CompareByContent : Action::Skip);
 }
 
-ConflictDecision KeepBoth(const TarvaneTransferConflict& Conflict) {
-    const std::optional<std::filesystem::path> freeName = FreeNameBeside(Conflict.DestinationPath);
-    if (!freeName) {
-        return FailWith("no free name found beside " + Quoted(Conflict.DestinationPath));
-    }
-    return {Verdict::Answer, Action::Rename, freeName->native(), {}};
-}
-
 // A file onto something that is no directory.
 ConflictDecision DecideFile(FileConflictChoice Choice, const TarvaneTransferConflict& Conflict) {
     switch (Choice) {
@@ -72,7 +62,7 @@ ConflictDecision DecideFile(FileConflictChoice Choice, const TarvaneTransferConf
     case FileConflictChoice::SizeDiffers:
         return OverwriteIf(DoSizesDiffer(Conflict));
     case FileConflictChoice::KeepBoth:
-        return KeepBoth(Conflict);
+        return AnswerWith(Action::Rename);
     case FileConflictChoice::Fail:
         return FailBecauseTaken(Conflict);
     }
@@ -81,18 +71,19 @@ ConflictDecision DecideFile(FileConflictChoice Choice, const TarvaneTransferConf
 
 } // namespace
 
-ConflictPolicy::ConflictPolicy(FileConflictChoice ForAllFiles,
-                               std::optional<DirectoryConflictChoice> ForAllDirectories)
-    : ForFiles(ForAllFiles), ForDirectories(ChosenForDirectories(ForAllFiles, ForAllDirectories)),
-      bAsksUser(ForFiles == FileConflictChoice::Ask ||
+ConflictPolicy::ConflictPolicy(ConflictRules ChosenRules)
+    : Rules(std::move(ChosenRules)),
+      ForDirectories(ChosenForDirectories(Rules.ForFiles, Rules.ForDirectories)),
+      bAsksUser(Rules.ForFiles == FileConflictChoice::Ask ||
                 ForDirectories == DirectoryConflictChoice::Ask) {}
 
-ConflictDecision ConflictPolicy::Decide(const TarvaneTransferConflict& Conflict) const {
-    if (Conflict.Kind == TarvaneTransferConflictKind::Directory) {
-        return DecideDirectory(Conflict);
+ConflictDecision ConflictPolicy::Decide(const TakenName& Name) const {
+    const TarvaneTransferConflict& conflict = Name.Conflict;
+    if (conflict.Kind == TarvaneTransferConflictKind::Directory) {
+        return DecideDirectory(conflict);
     }
-    return Conflict.bDestinationDirectory ? DecideUnequalKinds(Conflict)
-                                          : DecideFile(ForFiles, Conflict);
+    return conflict.bDestinationDirectory ? DecideUnequalKinds(conflict)
+                                          : DecideFile(Rules.ForFiles, conflict);
 }
 
 ConflictDecision ConflictPolicy::DecideDirectory(const TarvaneTransferConflict& Conflict) const {
@@ -113,15 +104,15 @@ ConflictDecision ConflictPolicy::DecideDirectory(const TarvaneTransferConflict& 
 // What is lost would not be a file for a file, so the choice for files decides, but never replaces.
 ConflictDecision ConflictPolicy::DecideUnequalKinds(const TarvaneTransferConflict& Conflict) const {
     const bool bFile = Conflict.Kind == TarvaneTransferConflictKind::File;
-    if (ForFiles == FileConflictChoice::Skip) {
+    if (Rules.ForFiles == FileConflictChoice::Skip) {
         // SkipAll would skip every later directory too.
         return AnswerWith(Action::Skip);
     }
-    if (ForFiles == FileConflictChoice::Fail) {
+    if (Rules.ForFiles == FileConflictChoice::Fail) {
         return FailBecauseTaken(Conflict);
     }
-    if (ForFiles == FileConflictChoice::KeepBoth && bFile) {
-        return KeepBoth(Conflict);
+    if (Rules.ForFiles == FileConflictChoice::KeepBoth && bFile) {
+        return AnswerWith(Action::Rename);
     }
     if (bAsksUser) {
         return AskTheUser();

@@ -3,16 +3,30 @@
 
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 
 #include "conflict_choices.h"
+#include "taken_name.h"
 #include "tarvanetransfer.h"
+
+// What is chosen before a transfer about the names that it will find taken.
+struct ConflictRules {
+    FileConflictChoice ForFiles = FileConflictChoice::Ask;
+    // Without one, as ChosenForDirectories says.
+    std::optional<DirectoryConflictChoice> ForDirectories = {};
+    // Links at the destination are followed.
+    bool bFollowLinks = false;
+    // The full path of the destination that the user named: a link to a directory that may be
+    // entered without bFollowLinks.
+    std::filesystem::path NamedDestination = {};
+};
 
 // What to do about one posted conflict.
 struct ConflictDecision {
     enum class Verdict {
-        // Resolve the conflict with Action and RenamePath.
+        // Resolve the conflict with Action; for Rename, with a free name that is found then.
         Answer,
         AskUser,
         // Cancel the job, which fails because of Sentence: one sentence without a capital, a period
@@ -21,38 +35,39 @@ struct ConflictDecision {
     };
     Verdict Outcome = Verdict::AskUser;
     TarvaneTransferConflictAction Action = TarvaneTransferConflictAction::Cancel;
-    std::string RenamePath;
-    std::string Sentence;
+    std::string Sentence = {};
+    // The link at the destination is to be removed before the answer.
+    bool bReplacesLink = false;
 };
 
 // Decides conflicts by the choices made beforehand. No choice lets a file take the place of a
 // directory, or a directory that of a file: Skip skips, KeepBoth renames a file, Fail fails, and
 // the others ask when the choices ask about anything, or else fail. A size or date that is not
-// known never overwrites.
+// known never overwrites. It looks at no disk, so that what a choice will do can be told
+// beforehand.
 //
 // The engine's own "all" answers remember no such caution: OverwriteAll and OverwriteAllOlder
 // remove whole directories later, MergeAll removes files. An interface that offers them should call
 // RememberForAll instead and then do what Decide says.
 class ConflictPolicy {
 public:
-    // Without a choice for directories as ChosenForDirectories says.
-    ConflictPolicy(FileConflictChoice ForAllFiles,
-                   std::optional<DirectoryConflictChoice> ForAllDirectories);
+    explicit ConflictPolicy(ConflictRules ChosenRules);
 
-    // Looks at the disk for KeepBoth only, to find a name that is free.
-    ConflictDecision Decide(const TarvaneTransferConflict& Conflict) const;
+    ConflictDecision Decide(const TakenName& Name) const;
+
+    bool FollowsLinks() const { return Rules.bFollowLinks; }
 
     // From now on decides files, or directories, by Choice, which the user gave as an answer. Where
     // a file would take a directory's place, or a directory a file's, the user is asked again
     // unless the choice for files skips or renames.
-    void RememberForAll(FileConflictChoice Choice) { ForFiles = Choice; }
+    void RememberForAll(FileConflictChoice Choice) { Rules.ForFiles = Choice; }
     void RememberForAll(DirectoryConflictChoice Choice) { ForDirectories = Choice; }
 
 private:
     ConflictDecision DecideDirectory(const TarvaneTransferConflict& Conflict) const;
     ConflictDecision DecideUnequalKinds(const TarvaneTransferConflict& Conflict) const;
 
-    FileConflictChoice ForFiles;
+    ConflictRules Rules;
     DirectoryConflictChoice ForDirectories;
     // A choice asks, so there is somebody to ask.
     const bool bAsksUser;

@@ -118,12 +118,13 @@ std::string WhyNameIsRefused(const TarvaneTransferItemPlan& Item, const Conflict
     conflict.DestinationPath = Item.DestinationPath.native();
     conflict.bSourceDirectory = Item.bDirectory;
     conflict.bDestinationDirectory = S_ISDIR(status.st_mode);
-    return Policy.Decide(conflict).Sentence;
+    const TakenEntry entry = LookAtTakenEntry(Item.DestinationPath).value_or(TakenEntry());
+    return Policy.Decide(MakeTakenName(conflict, entry, Policy.FollowsLinks())).Sentence;
 }
 
 Refused FindRefusedNames(const TransferRequest& Request,
                          const std::vector<TarvaneTransferItemPlan>& Items) {
-    const ConflictPolicy policy(Request.OnConflict, Request.OnDirectoryConflict);
+    const ConflictPolicy policy(RulesOf(Request));
     PlanRefusal refusal{PlanRefusalKind::Failed, {}};
     for (const TarvaneTransferItemPlan& item : Items) {
         std::string sentence = WhyNameIsRefused(item, policy);
@@ -182,13 +183,11 @@ std::string LabelFor(const std::vector<PlanSource>& Sources) {
 
 BuiltPlan BuildPlan(const TransferRequest& Request, const TrackLister& ListTracks) {
     std::vector<fs::path> operands = Request.Operands;
-    fs::path given = Request.TargetDirectory.value_or(fs::path());
     if (!Request.TargetDirectory) {
-        given = operands.back();
         operands.pop_back();
     }
     DestinationOperand destination;
-    if (Refused refusal = LookAtDestination(given, destination)) {
+    if (Refused refusal = LookAtDestination(DestinationOf(Request), destination)) {
         return std::move(*refusal);
     }
     auto found = FindSources(operands, Request.bMove, ListTracks);

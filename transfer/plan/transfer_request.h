@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "conflict_choices.h"
+#include "conflict_policy.h"
 
 enum class FlushChoice {
     Auto,
@@ -30,3 +30,8 @@ struct TransferRequest {
     // Lets a move go on that removes files through a link to a directory.
     bool bFollowLinks = false;
 };
+
+// TargetDirectory, or the last operand; empty without either.
+std::filesystem::path DestinationOf(const TransferRequest& Request);
+
+ConflictRules RulesOf(const TransferRequest& Request);

@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "becomes_true.h"
+#include "file_tree.h"
+#include "temporary_directory.h"
 
 namespace {
 
@@ -49,7 +51,7 @@ protected:
 
     ConflictDesk DeskWith(FileConflictChoice ForFiles,
                           std::optional<DirectoryConflictChoice> ForDirectories = {}) {
-        return {Job, ConflictPolicy(ForFiles, ForDirectories)};
+        return {Job, ConflictPolicy({.ForFiles = ForFiles, .ForDirectories = ForDirectories})};
     }
 
     // Asks about these names on a thread of its own.
@@ -156,6 +158,35 @@ TEST_F(ConflictDeskTest, RemembersAnswersForAllFilesAndForAllDirectories) {
     EXPECT_TRUE(desk.Answered()[1].bByUser);
     EXPECT_FALSE(desk.Answered()[2].bByUser);
     EXPECT_FALSE(desk.Answered()[3].bByUser);
+}
+
+TEST_F(ConflictDeskTest, FindsAFreeNameToKeepBoth) {
+    const TemporaryDirectory directory;
+    WriteFile(directory / "a.txt", "old");
+    WriteFile(directory / "a-2.txt", "older");
+    TarvaneTransferConflict conflict = ConflictAbout("a.txt");
+    conflict.DestinationPath = (directory / "a.txt").native();
+    ConflictDesk desk = DeskWith(FileConflictChoice::KeepBoth);
+    WorkOn({conflict});
+    WaitUntilPending();
+    const AnsweredConflict* answered = desk.Attend();
+    ASSERT_NE(answered, nullptr);
+    const std::string freeName = (directory / "a-3.txt").native();
+    EXPECT_EQ(answered->RenamePath, freeName);
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{{true, Action::Rename, freeName}}));
+}
+
+TEST_F(ConflictDeskTest, CancelsTheJobWithoutAFreeName) {
+    TarvaneTransferConflict conflict = ConflictAbout("a.txt");
+    conflict.DestinationPath = "/" + std::string(5000, 'd') + "/a.txt";
+    ConflictDesk desk = DeskWith(FileConflictChoice::KeepBoth);
+    WorkOn({conflict});
+    WaitUntilPending();
+    const AnsweredConflict* answered = desk.Attend();
+    ASSERT_NE(answered, nullptr);
+    EXPECT_EQ(answered->Action, Action::Cancel);
+    EXPECT_EQ(desk.FailSentence(), "no free name found beside '" + conflict.DestinationPath + "'");
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{kCanceled}));
 }
 
 // As when the same job is shown in two places.

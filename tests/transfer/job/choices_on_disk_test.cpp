@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "conflict_policy.h"
+#include "conflict_desk.h"
 #include "plan_fixture.h"
 #include "transfer_session.h"
 
@@ -18,7 +18,7 @@ protected:
         std::string Message;
         // Of the decision that ended it, if one did.
         std::string Sentence;
-        int Answers = 0;
+        std::uint64_t Answers = 0;
     };
 
     // tree/ comes to dest/tree/, where some names are taken.
@@ -51,23 +51,15 @@ protected:
 
     Result Run(const TransferRequest& Request) const {
         Result result;
-        const ConflictPolicy policy(Request.OnConflict, Request.OnDirectoryConflict);
         TransferSession session(Plan(Request));
+        ConflictDesk desk(session.Job(), ConflictPolicy(RulesOf(Request)));
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (!session.IsOver() && std::chrono::steady_clock::now() < limit) {
-            TarvaneTransferConflict conflict;
-            if (!session.Job().GetPendingConflict(conflict)) {
-                std::this_thread::yield();
-                continue;
-            }
-            const ConflictDecision decision = policy.Decide(conflict);
-            if (decision.Outcome != ConflictDecision::Verdict::Answer) {
-                result.Sentence = decision.Sentence;
-                session.Job().RequestCancel();
-            } else if (session.Job().ResolveConflict(decision.Action, decision.RenamePath)) {
-                ++result.Answers;
-            }
+            desk.Attend();
+            std::this_thread::yield();
         }
+        result.Answers = desk.AnsweredCount();
+        result.Sentence = desk.FailSentence();
         EXPECT_TRUE(session.IsOver()) << "waited for the end of the job";
         result.Message = session.Job().MakeUiSnapshot().MessageText;
         return result;
@@ -90,7 +82,7 @@ TEST_F(ChoicesOnDisk, SkipCopiesWhatIsNewAndAsksAboutFilesOnce) {
                                    {"sub", "dir"},
                                    {"sub/same.txt", "file equal"}}));
     // Two directories and the first file; the engine remembers the rest.
-    EXPECT_EQ(result.Answers, 3);
+    EXPECT_EQ(result.Answers, 3U);
 }
 
 TEST_F(ChoicesOnDisk, SkipLeavesAFileWhereADirectoryWouldGo) {
@@ -105,7 +97,7 @@ TEST_F(ChoicesOnDisk, OverwriteReplacesFilesWithoutAnAnswer) {
     const Result result = CopyTree(FileConflictChoice::Overwrite);
     EXPECT_EQ(result.Message, "Copied 1 item(s).");
     EXPECT_EQ(Destination(), TreeOf(Directory / "tree"));
-    EXPECT_EQ(result.Answers, 0);
+    EXPECT_EQ(result.Answers, 0U);
 }
 
 TEST_F(ChoicesOnDisk, OverwriteReplacesADirectoryInsideOneThatIsMergedAsTheManualWarns) {

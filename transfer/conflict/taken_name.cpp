@@ -1,0 +1,49 @@
+#include "taken_name.h"
+
+#include <sys/stat.h>
+#include <system_error>
+#include <utility>
+
+#include "tarvaneops.h"
+#include "tarvanepane.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+TakenEntry::Kind KindOf(mode_t Mode) {
+    if (S_ISDIR(Mode)) {
+        return TakenEntry::Kind::Directory;
+    }
+    return S_ISREG(Mode) ? TakenEntry::Kind::File : TakenEntry::Kind::Special;
+}
+
+} // namespace
+
+std::optional<TakenEntry> LookAtTakenEntry(const fs::path& Path) {
+    struct stat status;
+    if (lstat(Path.c_str(), &status) != 0) {
+        return std::nullopt;
+    }
+    TakenEntry entry;
+    entry.bLink = S_ISLNK(status.st_mode);
+    if (!entry.bLink) {
+        entry.LeadsTo = KindOf(status.st_mode);
+        return entry;
+    }
+    std::error_code ec;
+    entry.LinkTarget = fs::read_symlink(Path, ec).native();
+    if (stat(Path.c_str(), &status) == 0) {
+        entry.LeadsTo = KindOf(status.st_mode);
+    }
+    return entry;
+}
+
+TakenName MakeTakenName(TarvaneTransferConflict Conflict, TakenEntry Entry, bool bFollowLinks) {
+    const bool bReplacesDirectory =
+        Conflict.Kind == TarvaneTransferConflictKind::File && Conflict.bDestinationDirectory;
+    // A track's path is no path of the file system.
+    const bool bHoldsSource = bReplacesDirectory && !TarvaneIsCddaPath(Conflict.SourcePath) &&
+                              TarvanePathIsInside(Conflict.DestinationPath, Conflict.SourcePath);
+    return {std::move(Conflict), std::move(Entry), bHoldsSource, bFollowLinks};
+}

@@ -1,0 +1,42 @@
+// What stands at a taken name, told from the entry itself; the engine's record follows links.
+
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "tarvanetransfer.h"
+
+struct TakenEntry {
+    enum class Kind {
+        File,
+        Directory,
+        // A device, a pipe or a socket.
+        Special,
+    };
+    // Links followed; nothing for a link that leads nowhere, or where nobody may look.
+    std::optional<Kind> LeadsTo;
+    bool bLink = false;
+    // As the link says; empty when it is none.
+    std::string LinkTarget = {};
+
+    bool operator==(const TakenEntry&) const = default;
+};
+
+// Nothing when the name is free, or cannot be looked at. Asks the system once, and twice more about
+// a link.
+std::optional<TakenEntry> LookAtTakenEntry(const std::filesystem::path& Path);
+
+// All that an answer to a taken name depends on. MakeTakenName fills it.
+struct TakenName {
+    TarvaneTransferConflict Conflict;
+    TakenEntry Entry;
+    // A file or special entry would take the place of a directory that contains it.
+    bool bHoldsSource;
+    // Links at the destination are followed.
+    bool bFollowLinks;
+};
+
+// Looks at the disk only where something would take the place of a directory.
+TakenName MakeTakenName(TarvaneTransferConflict Conflict, TakenEntry Entry, bool bFollowLinks);
