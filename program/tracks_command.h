@@ -8,7 +8,7 @@
 //    "total": {"audio_tracks": 1, "length": "04:08.33", "length_frames": 18633,
 //              "wav_bytes": 43824860}}
 // "kind" is "audio" or "data". "drives" are all drives of the machine. A data track has null for
-// "name", "path" and "wav_bytes", a track with an invalid range for "length", "length_frames" and
+// "name", "path" and "wav_bytes", a track without length for "length", "length_frames" and
 // "wav_bytes". The total is that of the audio tracks, what a copy of the whole disc makes.
 
 #pragma once

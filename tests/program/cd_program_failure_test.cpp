@@ -24,6 +24,7 @@ TEST_F(CdProgram, RefusesATrackThatTheDiscDoesNotHave) {
 TEST_F(CdProgram, RefusesATableThatGoesBackwards) {
     Drives.Describe(AudioDisc({1000, 150}, 2000, kDisc));
     ExpectFailure(Copy({"cdda:/dev/sr0/1"}), "Audio CD track has an invalid frame range.");
+    ExpectFailure(Copy({"cdda:/dev/sr0"}), "The drive gave no readable table of contents.");
     EXPECT_EQ(TreeOf(Music), Tree{});
 }
 

@@ -102,18 +102,28 @@ TEST_F(TracksCommand, TellsDataFromAudioAndAddsUpAudioOnly) {
     EXPECT_EQ(document["total"]["audio_tracks"], 1);
 }
 
-TEST_F(TracksCommand, ShowsNoLengthForATrackThatGoesBackwards) {
-    Drives.Describe(AudioDisc({18783, 150}, 18783));
+TEST_F(TracksCommand, ShowsATrackWithoutLength) {
+    Drives.Describe(AudioDisc({150, 150}, 18783));
     EXPECT_EQ(Tracks().Output, "Disc in /dev/sr0\n"
                                " #  Name          Start     Length      WAV bytes  Kind\n"
-                               " 1  Track 01.wav  04:10.33         -            -  audio\n"
+                               " 1  Track 01.wav  00:02.00         -            -  audio\n"
                                " 2  Track 02.wav  00:02.00  04:08.33     43824860  audio\n"
                                "Total: 2 audio tracks, 04:08.33, 43824860 bytes\n");
     const nlohmann::json document = nlohmann::json::parse(Tracks({"--json"}).Output);
     EXPECT_EQ(document["tracks"][0], nlohmann::json::parse(R"(
         {"number": 1, "name": "Track 01.wav", "path": "cdda:/dev/sr0/Track 01.wav",
-         "kind": "audio", "start": "04:10.33", "start_frame": 18783, "length": null,
+         "kind": "audio", "start": "00:02.00", "start_frame": 150, "length": null,
          "length_frames": null, "wav_bytes": null})"));
+}
+
+// What a drive tells that is pulled out while it is asked.
+TEST_F(TracksCommand, OfATableOfZerosSaysThatItCannotBeRead) {
+    FakeDisc disc;
+    disc.Tracks = {{0, 0}};
+    Drives.Describe(disc);
+    ExpectFailure(Tracks(), 1, "tarvane: The drive gave no readable table of contents.\n");
+    ExpectFailure(Tracks({"--json"}), 1,
+                  "tarvane: The drive gave no readable table of contents.\n");
 }
 
 TEST_F(TracksCommand, TakesTheFirstDriveAndNamesTheOthers) {

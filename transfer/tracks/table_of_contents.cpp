@@ -36,6 +36,29 @@ bool IsData(const cdrom_tocentry& Entry) {
     return (static_cast<unsigned>(Entry.cdte_ctrl) & unsigned{CDROM_DATA_TRACK}) != 0;
 }
 
+// The entry behind that of track Number, where the track ends.
+const cdrom_tocentry& NextEntry(const TableOfContents& Table, int Number) {
+    return Number == Table.Header.cdth_trk1 ? Table.LeadOut
+                                            : Table.Tracks[static_cast<std::size_t>(Number) + 1];
+}
+
+// A drive that vanishes while it is asked answers with zeros and reports no error.
+bool CanBe(const TableOfContents& Table) {
+    constexpr int kLastNumber = 99;
+    const int first = Table.Header.cdth_trk0;
+    const int last = Table.Header.cdth_trk1;
+    if (first < 1 || first > last || last > kLastNumber) {
+        return false;
+    }
+    for (int number = first; number <= last; ++number) {
+        const cdrom_tocentry& entry = Table.Tracks[static_cast<std::size_t>(number)];
+        if (StartFrame(NextEntry(Table, number)) < StartFrame(entry)) {
+            return false;
+        }
+    }
+    return StartFrame(Table.LeadOut) > StartFrame(Table.Tracks[static_cast<std::size_t>(first)]);
+}
+
 std::string DescribeReadError(const std::string& Device, int Error) {
     if (Error == ENOMEDIUM) {
         return "no disc in '" + Device + "'";
@@ -71,13 +94,14 @@ std::variant<TrackList, TrackListFailure> TracksOf(const TableOfContents& Table,
     if (Table.Error != 0) {
         return TrackListFailure{DescribeReadError(Device, Table.Error)};
     }
+    if (!CanBe(Table)) {
+        return TrackListFailure{"The drive gave no readable table of contents."};
+    }
     TrackList list{.Device = Device, .Tracks = {}};
     for (int number = Table.Header.cdth_trk0; number <= Table.Header.cdth_trk1; ++number) {
         const cdrom_tocentry& entry = Table.Tracks[static_cast<std::size_t>(number)];
-        const cdrom_tocentry& next = number == Table.Header.cdth_trk1
-                                         ? Table.LeadOut
-                                         : Table.Tracks[static_cast<std::size_t>(number) + 1];
-        list.Tracks.push_back({number, IsData(entry), StartFrame(entry), StartFrame(next)});
+        const std::int32_t end = StartFrame(NextEntry(Table, number));
+        list.Tracks.push_back({number, IsData(entry), StartFrame(entry), end});
     }
     if (std::all_of(list.Tracks.begin(), list.Tracks.end(),
                     [](const TrackListEntry& Each) { return Each.bData; })) {

@@ -12,7 +12,7 @@ struct TrackListEntry {
     int Number = 0;
     bool bData = false;
     // Positions from the disc's beginning, in frames of 1/75 s, two seconds of lead-in included. A
-    // track reaches to the beginning of the next one. On a damaged disc the end may come first.
+    // track reaches to the beginning of the next one, which may be its own.
     std::int32_t StartFrame = 0;
     std::int32_t EndFrame = 0;
 
@@ -26,8 +26,8 @@ struct TrackList {
     std::vector<TrackListEntry> Tracks;
 };
 
-// Why there is no list: one clause without a period, for people; empty when the user has ended the
-// wait for the drive.
+// Why there is no list: one sentence for people; empty when the user has ended the wait for the
+// drive.
 struct TrackListFailure {
     std::string Reason;
 };

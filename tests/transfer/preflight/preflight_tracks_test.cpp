@@ -69,8 +69,8 @@ TEST_F(PreflightTracks, WithoutANumberAreFound) {
     EXPECT_EQ(TransferMessage(), "Invalid audio CD track path.");
 }
 
-TEST_F(PreflightTracks, ThatEndBeforeTheyBeginAreFound) {
-    ScopedDrive drive(AudioDisc({150, 200, 180}, 300));
+TEST_F(PreflightTracks, WithoutLengthAreFound) {
+    ScopedDrive drive(AudioDisc({150, 200, 200}, 300));
     PlanToCopyTrack(2);
     EXPECT_EQ(FoundTracks(), Strings{"missing-track " + PathOf(2) + ", stops"});
     EXPECT_EQ(TransferMessage(), "Audio CD track has an invalid frame range.");

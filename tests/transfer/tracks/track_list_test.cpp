@@ -8,6 +8,9 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -36,6 +39,13 @@ void ExpectTrack(const TrackListEntry& Track, int Number, std::int32_t StartFram
     EXPECT_EQ(Track.StartFrame, StartFrame);
     EXPECT_EQ(Track.EndFrame, EndFrame);
     EXPECT_EQ(Track.bData, bData);
+}
+
+FakeDisc DiscOf(const std::vector<FakeTrack>& Tracks, int LeadOutFrame) {
+    FakeDisc disc;
+    disc.Tracks = Tracks;
+    disc.LeadOutFrame = LeadOutFrame;
+    return disc;
 }
 
 TEST(TrackList, HasEveryTrackUpToTheNextOneOrTheLeadOut) {
@@ -87,12 +97,33 @@ TEST(TrackList, StartsWithTheFirstTrackOfTheDisc) {
     ExpectTrack(list.Tracks[0], 5, 150, 1000, false);
 }
 
-TEST(TrackList, KeepsATrackThatGoesBackwards) {
-    ScopedDrive drive(AudioDisc({5000, 150}, 5000));
+TEST(TrackList, KeepsATrackWithoutLength) {
+    ScopedDrive drive(AudioDisc({150, 5000, 5000}, 5000));
     const TrackList list = ReadList();
-    ASSERT_EQ(list.Tracks.size(), 2U);
-    EXPECT_FALSE(list.Tracks[0].HasValidRange());
-    EXPECT_TRUE(list.Tracks[1].HasValidRange());
+    ASSERT_EQ(list.Tracks.size(), 3U);
+    EXPECT_TRUE(list.Tracks[0].HasValidRange());
+    EXPECT_FALSE(list.Tracks[1].HasValidRange());
+    EXPECT_FALSE(list.Tracks[2].HasValidRange());
+}
+
+TEST(TrackList, IsNotMadeFromATableThatCannotBe) {
+    const std::vector<std::pair<std::string, FakeDisc>> discs = {
+        {"all zero", DiscOf({{0, 0}}, 0)},
+        {"entries of zeros", DiscOf({{1, 0}, {2, 0}}, 0)},
+        {"zeros from the second entry on", DiscOf({{1, 150}, {2, 0}}, 0)},
+        {"track 0", DiscOf({{0, 150}, {1, 1000}}, 2000)},
+        {"track 100", DiscOf({{100, 150}}, 2000)},
+        {"first after last", DiscOf({{5, 150}, {2, 1000}}, 2000)},
+        {"backwards", DiscOf({{1, 1000}, {2, 150}}, 2000)},
+        {"lead-out before a track", DiscOf({{1, 150}, {2, 1000}}, 999)},
+        {"nothing but a start", DiscOf({{1, 150}}, 150)},
+    };
+    for (const auto& [what, disc] : discs) {
+        SCOPED_TRACE(what);
+        ScopedDrive drive(disc);
+        ExpectFailure("The drive gave no readable table of contents.");
+        EXPECT_EQ(drive.OpenDescriptors(), 0U);
+    }
 }
 
 TEST(TrackList, OfADriveThatIsMissingSaysWhy) {
