@@ -222,5 +222,10 @@ RunOutcome RunAtPrompt(const PromptRequest& Request, Terminal& Screen,
         prompt.Finish();
         return {.Result = RunResult::WrongUsage, .Text = reason};
     }
-    return PromptFrontEnd(Request, Screen, ExitStatusOf).Run();
+    PromptRequest resolved = Request;
+    if (!resolved.Transfer.OnConflict) {
+        resolved.Transfer.OnConflict =
+            Screen.CanAsk() ? FileConflictChoice::Ask : FileConflictChoice::Fail;
+    }
+    return PromptFrontEnd(resolved, Screen, ExitStatusOf).Run();
 }

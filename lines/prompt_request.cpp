@@ -8,8 +8,7 @@ std::string SentenceIfNobodyCanBeAsked(const TransferRequest& Request) {
     if (Request.OnConflict == FileConflictChoice::Ask) {
         return reason + "--on-conflict=overwrite, skip or another choice";
     }
-    if (ChosenForDirectories(Request.OnConflict, Request.OnDirectoryConflict) ==
-        DirectoryConflictChoice::Ask) {
+    if (Request.OnDirectoryConflict == DirectoryConflictChoice::Ask) {
         return reason + "--on-directory-conflict=merge, skip or fail";
     }
     return {};

@@ -24,5 +24,5 @@ struct PromptRequest {
 };
 
 // Why a request cannot run where nobody can be asked: the sentence names the option to pass. Empty
-// when the request asks nothing.
+// when the request does not insist on asking.
 std::string SentenceIfNobodyCanBeAsked(const TransferRequest& Request);

@@ -11,8 +11,9 @@ Copy or move files, directories and audio-CD tracks with progress, questions
 about taken names and a clean end; or list the tracks of an audio CD.
 
 When a name is taken:
-      --on-conflict=CHOICE   for a file: ask (default), overwrite, skip, older,
-                             compare, larger, size-differs, keep-both or fail
+      --on-conflict=CHOICE   for a file: ask, overwrite, skip, older, compare,
+                             larger, size-differs, keep-both or fail; default is
+                             ask on a terminal, otherwise fail
       --on-directory-conflict=CHOICE
                              for a directory: ask, merge, skip or fail; default
                              is ask when files are asked about, otherwise merge

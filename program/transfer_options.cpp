@@ -93,7 +93,7 @@ std::string ApplyTransferOption(const TypedOption& Typed, PromptRequest& Out) {
     switch (Typed.Meaning) {
     case Option::OnConflict:
         return ReadChoice<FileConflictChoice>("--on-conflict", value, kFileChoices,
-                                              transfer.OnConflict);
+                                              transfer.OnConflict.emplace());
     case Option::OnDirectoryConflict:
         return ReadChoice<DirectoryConflictChoice>("--on-directory-conflict", value,
                                                    kDirectoryChoices,

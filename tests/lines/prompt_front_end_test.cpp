@@ -360,6 +360,7 @@ protected:
 
 TEST_F(CannotRunHere, WhereNobodyCanBeAsked) {
     Screen.bAsks = false;
+    Request.Transfer.OnConflict = FileConflictChoice::Ask;
     ExpectRefusal("nobody can be asked about taken names without a terminal; pass "
                   "--on-conflict=overwrite, skip or another choice");
 }
@@ -379,13 +380,40 @@ TEST_F(CannotRunHere, WithALiveBlockThatCannotBeRedrawn) {
                   "--progress=lines or another style");
 }
 
-TEST_F(CannotRunHere, ButCanWithoutATerminalWhenNothingIsToBeAsked) {
-    Screen.bOutputTerminal = Screen.bRedraws = Screen.bAsks = false;
-    Request.Transfer.OnConflict = FileConflictChoice::Skip;
+namespace {
+
+class UnattendedRun : public RunAtPromptTest {
+protected:
+    UnattendedRun() { Screen.bOutputTerminal = Screen.bRedraws = Screen.bAsks = false; }
+};
+
+} // namespace
+
+TEST_F(UnattendedRun, NeedsNoChoiceWhereNoNameIsTaken) {
     Run();
     EXPECT_EQ(Outcome.Result, RunResult::Succeeded);
     EXPECT_EQ(Errors, "Copied 1 item(s).\n");
     EXPECT_EQ(Screen.Written(), "");
+    EXPECT_EQ(Destination(), (Tree{{"a", "file data"}}));
+}
+
+TEST_F(UnattendedRun, FailsAtATakenNameBeforeAnythingIsTouched) {
+    TakeName();
+    WriteFile(Root / "from/b", "free");
+    Ask({PathOf("from/b"), PathOf("from/a")});
+    Run();
+    EXPECT_EQ(Outcome.Result, RunResult::Failed);
+    EXPECT_NE(Errors.find("'" + PathOf("to/a") + "'"), std::string::npos) << Errors;
+    EXPECT_EQ(Destination(), (Tree{{"a", "file old"}}));
+}
+
+TEST_F(UnattendedRun, MergesDirectories) {
+    WriteFile(Root / "from/tree/new", "n");
+    WriteFile(Root / "to/tree/kept", "k");
+    Ask({PathOf("from/tree")});
+    Run();
+    EXPECT_EQ(Outcome.Result, RunResult::Succeeded);
+    EXPECT_EQ(TreeOf(Root / "to/tree"), (Tree{{"kept", "file k"}, {"new", "file n"}}));
 }
 
 namespace {

@@ -10,11 +10,11 @@
 
 namespace {
 
-TEST(CommandLineParser, CopyWithoutOptionsAsksAndLooksFirst) {
+TEST(CommandLineParser, CopyWithoutOptionsChoosesNothingAndLooksFirst) {
     const PromptRequest line = WholeRequest({"copy", "a", "b"});
     const TransferRequest& request = line.Transfer;
     EXPECT_FALSE(request.bMove);
-    EXPECT_EQ(request.OnConflict, FileConflictChoice::Ask);
+    EXPECT_FALSE(request.OnConflict.has_value());
     EXPECT_FALSE(request.OnDirectoryConflict.has_value());
     EXPECT_FALSE(request.TargetDirectory.has_value());
     EXPECT_FALSE(request.bNoTargetDirectory);

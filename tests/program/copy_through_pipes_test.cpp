@@ -93,11 +93,28 @@ TEST_F(ThroughPipes, MovesWithinAFileSystemByRenaming) {
 
 TEST_F(ThroughPipes, RefusesToAskWhereNobodyCanAnswer) {
     WriteFile(Root / "from", "data");
-    const ProgramResult result = Tarvane({"copy", "from", "to"});
-    EXPECT_EQ(result.Status, 2);
-    EXPECT_EQ(result.Output, "");
-    EXPECT_NE(result.Errors.find("--on-conflict="), std::string::npos) << result.Errors;
+    for (const char* option : {"-i", "--on-conflict=ask"}) {
+        EXPECT_RESULT(Tarvane({"copy", option, "from", "to"}), 2, "",
+                      "tarvane: nobody can be asked about taken names without a terminal; pass "
+                      "--on-conflict=overwrite, skip or another choice\n");
+    }
     EXPECT_FALSE(fs::exists(Root / "to"));
+}
+
+TEST_F(ThroughPipes, NeedsNoChoiceWhereNoNameIsTaken) {
+    WriteFile(Root / "from", "data");
+    EXPECT_RESULT(Tarvane({"copy", "from", "to"}), 0, "", "Copied 1 item(s).\n");
+    EXPECT_EQ(ReadFile(Root / "to"), "data");
+}
+
+TEST_F(ThroughPipes, FailsAtATakenNameByItself) {
+    WriteFile(Root / "from", "new");
+    WriteFile(Root / "to", "old");
+    const ProgramResult result = Tarvane({"copy", "from", "to"});
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_NE(result.Errors.find("'" + (Root / "to").string() + "'"), std::string::npos)
+        << result.Errors;
+    EXPECT_EQ(ReadFile(Root / "to"), "old");
 }
 
 TEST_F(ThroughPipes, CountsSkippedEntriesAsDone) {

@@ -14,7 +14,7 @@ FileConflictChoice FileChoice(const Words& Options) {
     Words arguments{"copy"};
     arguments.insert(arguments.end(), Options.begin(), Options.end());
     arguments.insert(arguments.end(), {"a", "b"});
-    return Request(arguments).OnConflict;
+    return Request(arguments).OnConflict.value();
 }
 
 TEST(TransferOptions, KnowsEveryChoiceForFiles) {

@@ -140,15 +140,16 @@ Refused FindRefusedNames(const TransferRequest& Request,
 // directory is copied; elsewhere the conflict policy answers.
 TarvaneTransferConflictPolicy PolicyOfPlan(const TransferRequest& Request,
                                            const std::vector<TarvaneTransferItemPlan>& Items) {
-    if (ChosenForDirectories(Request.OnConflict, Request.OnDirectoryConflict) !=
+    const FileConflictChoice forFiles = Request.OnConflict.value_or(FileConflictChoice::Ask);
+    if (ChosenForDirectories(forFiles, Request.OnDirectoryConflict) !=
         DirectoryConflictChoice::Merge) {
         return TarvaneTransferConflictPolicy::Ask;
     }
-    if (Request.OnConflict == FileConflictChoice::Overwrite) {
+    if (forFiles == FileConflictChoice::Overwrite) {
         return TarvaneTransferConflictPolicy::Overwrite;
     }
     const bool bNoDirectory = std::ranges::none_of(Items, &TarvaneTransferItemPlan::bDirectory);
-    return Request.OnConflict == FileConflictChoice::Skip && bNoDirectory
+    return forFiles == FileConflictChoice::Skip && bNoDirectory
                ? TarvaneTransferConflictPolicy::Skip
                : TarvaneTransferConflictPolicy::Ask;
 }

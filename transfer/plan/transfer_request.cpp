@@ -10,7 +10,7 @@ std::filesystem::path DestinationOf(const TransferRequest& Request) {
 }
 
 ConflictRules RulesOf(const TransferRequest& Request) {
-    return {.ForFiles = Request.OnConflict,
+    return {.ForFiles = Request.OnConflict.value_or(FileConflictChoice::Ask),
             .ForDirectories = Request.OnDirectoryConflict,
             .bFollowLinks = Request.bFollowLinks,
             .NamedDestination = FullPath(DestinationOf(Request))};

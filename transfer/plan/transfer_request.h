@@ -21,7 +21,8 @@ struct TransferRequest {
     std::optional<std::filesystem::path> TargetDirectory;
     // The destination is a name, never a directory to put the source into.
     bool bNoTargetDirectory = false;
-    FileConflictChoice OnConflict = FileConflictChoice::Ask;
+    // Nothing until it is known whether somebody can be asked.
+    std::optional<FileConflictChoice> OnConflict;
     // Merge unless it is given or OnConflict asks.
     std::optional<DirectoryConflictChoice> OnDirectoryConflict;
     FlushChoice Flush = FlushChoice::Auto;
