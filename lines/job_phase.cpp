@@ -98,6 +98,7 @@ void JobActivity::TakeKey(const KeyPress& Key) {
         if (Key.Code == KeyCode::Escape) {
             Context.Loop.Requests().Interrupt();
         }
+        Guard.KeyIsDead(Context.Loop.Now());
         return;
     }
     if (!Guard.LetsThrough(Key, Context.Loop.Now())) {

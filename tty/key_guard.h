@@ -2,13 +2,15 @@
 
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 
 #include "key_press.h"
 
 // Keys are dead for a moment after a question has appeared: long in the middle of something else,
 // where somebody may be typing; short for whoever has just answered another one and is still
-// looking at the screen.
+// looking at the screen. A dead key shows that somebody types on, so the moment begins again with
+// it.
 class KeyGuard {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -19,13 +21,20 @@ public:
 
     void QuestionAppears(TimePoint Now) {
         const bool bAttentive = Now - AnsweredAt < kStillAttentive;
-        LiveFrom = Now + (bAttentive ? kDeadTimeAfterAnswer : kDeadTime);
+        LiveFrom = std::max(LiveFrom, Now + (bAttentive ? kDeadTimeAfterAnswer : kDeadTime));
     }
     void AnswerIsGiven(TimePoint Now) { AnsweredAt = Now; }
 
-    // Esc is never dead: it destroys nothing.
-    bool LetsThrough(const KeyPress& Key, TimePoint Now) const {
-        return Key.Code == KeyCode::Escape || Now >= LiveFrom;
+    // A key came that nobody had asked for.
+    void KeyIsDead(TimePoint Now) { LiveFrom = Now + kDeadTime; }
+
+    // Takes each key that comes while a question is shown. Esc is never dead: it destroys nothing.
+    bool LetsThrough(const KeyPress& Key, TimePoint Now) {
+        const bool bLive = Key.Code == KeyCode::Escape || Now >= LiveFrom;
+        if (!bLive) {
+            KeyIsDead(Now);
+        }
+        return bLive;
     }
 
 private:

@@ -317,7 +317,8 @@ TEST_F(NameInTheWay, FailsWithTheSentenceOfTheChoice) {
 TEST_F(NameInTheWay, IsNotAnsweredByWhatWasTypedBefore) {
     Screen.PressWhen(Screen.Shows(Title("a")), {PressedKey('o')});
     Screen.PressWhen(Screen.Later(milliseconds(500)), {PressedKey('o')});
-    Screen.PressWhen(Screen.Later(milliseconds(200)), {PressedKey('s')});
+    Screen.PressWhen(Screen.Later(milliseconds(500)), {PressedKey('o')});
+    Screen.PressWhen(Screen.Later(milliseconds(700)), {PressedKey('s')});
     Run(CopyOf({"a"}));
     EXPECT_EQ(Screen.Screen(), Title("a") + " | skip\n");
 }
@@ -372,11 +373,22 @@ TEST_F(JobPhase, AsksForEachNameAndIsAttentiveAfterAnAnswer) {
     Screen.Script({ScriptedTerminal::Always(), {}, [this] {
                        Screen.StopClockUntil(Screen.Shows(Title("b")));
                    }});
-    Screen.PressWhen(Screen.Shows(Title("b")), {PressedKey('o')});
-    Screen.PressWhen(Screen.Later(milliseconds(300)), {PressedKey('s')});
+    Screen.Script({Screen.Shows(Title("b")), {}});
+    Screen.PressWhen(Screen.Later(milliseconds(200)), {PressedKey('s')});
     ExpectOutcome(Run(CopyOf({"a", "b"})), RunResult::Succeeded, "Copied 2 item(s).");
     EXPECT_EQ(Screen.Screen(), Title("a") + " | overwrite\n" + Title("b") + " | skip\n");
     EXPECT_EQ(Report.Answers.size(), 2U);
+}
+
+TEST_F(JobPhase, IsNotAnsweredByWhoeverTypesOnAfterAnAnswer) {
+    Take("a");
+    Take("b");
+    AnswerWhenShown(Title("a"), {PressedKey('o')});
+    Screen.PressWhen(ScriptedTerminal::Always(), {PressedKey('o')});
+    Screen.PressWhen(Screen.Later(milliseconds(300)), {PressedKey('o')});
+    Screen.PressWhen(Screen.Later(milliseconds(700)), {PressedKey('s')});
+    Run(CopyOf({"a", "b"}));
+    EXPECT_EQ(Screen.Screen(), Title("a") + " | overwrite\n" + Title("b") + " | skip\n");
 }
 
 TEST_F(JobPhase, RemembersAnAnswerForAllFiles) {

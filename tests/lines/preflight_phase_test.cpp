@@ -237,7 +237,8 @@ TEST_F(GoOnQuestion, TakesTheFirstAnswerOfARound) {
 TEST_F(GoOnQuestion, IsNotAnsweredByWhatWasTypedBefore) {
     Screen.PressWhen(Screen.Shows(kQuestion), {PressedKey('y')});
     Screen.PressWhen(Screen.Later(milliseconds(500)), {PressedKey('y')});
-    Screen.PressWhen(Screen.Later(milliseconds(200)), {PressedKey('n')});
+    Screen.PressWhen(Screen.Later(milliseconds(500)), {PressedKey('y')});
+    Screen.PressWhen(Screen.Later(milliseconds(700)), {PressedKey('n')});
     ExpectNo(RunToQuestion());
 }
 

@@ -17,8 +17,25 @@ TEST(KeyGuard, KeepsKeysDeadForAMomentAfterAQuestionHasAppeared) {
     KeyGuard guard;
     guard.QuestionAppears(kNow);
     EXPECT_FALSE(guard.LetsThrough(kLetter, kNow));
-    EXPECT_FALSE(guard.LetsThrough(kEnter, kNow + milliseconds(699)));
-    EXPECT_TRUE(guard.LetsThrough(kLetter, kNow + milliseconds(700)));
+    EXPECT_TRUE(guard.LetsThrough(kEnter, kNow + milliseconds(700)));
+}
+
+TEST(KeyGuard, KeepsKeysDeadUntilAMomentAfterTheLastDeadOne) {
+    KeyGuard guard;
+    guard.QuestionAppears(kNow);
+    EXPECT_FALSE(guard.LetsThrough(kLetter, kNow + milliseconds(699)));
+    EXPECT_FALSE(guard.LetsThrough(kEnter, kNow + milliseconds(699 + 699)));
+    EXPECT_TRUE(guard.LetsThrough(kLetter, kNow + milliseconds(699 + 699 + 700)));
+    EXPECT_TRUE(guard.LetsThrough(kLetter, kNow + milliseconds(699 + 699 + 700)));
+}
+
+TEST(KeyGuard, IsLongForWhoeverTypedWhenNothingWasAsked) {
+    KeyGuard guard;
+    guard.AnswerIsGiven(kNow);
+    guard.KeyIsDead(kNow + milliseconds(100));
+    guard.QuestionAppears(kNow + milliseconds(200));
+    EXPECT_FALSE(guard.LetsThrough(kLetter, kNow + milliseconds(799)));
+    EXPECT_TRUE(guard.LetsThrough(kLetter, kNow + milliseconds(799 + 700)));
 }
 
 TEST(KeyGuard, NeverKeepsEscDead) {
@@ -31,7 +48,8 @@ TEST(KeyGuard, IsShortForWhoeverHasJustAnswered) {
     KeyGuard guard;
     guard.AnswerIsGiven(kNow);
     guard.QuestionAppears(kNow + milliseconds(1999));
-    EXPECT_FALSE(guard.LetsThrough(kLetter, kNow + milliseconds(1999 + 199)));
+    KeyGuard same = guard;
+    EXPECT_FALSE(same.LetsThrough(kLetter, kNow + milliseconds(1999 + 199)));
     EXPECT_TRUE(guard.LetsThrough(kLetter, kNow + milliseconds(1999 + 200)));
 }
 
@@ -39,6 +57,7 @@ TEST(KeyGuard, IsLongAgainForWhoeverMayHaveTurnedAway) {
     KeyGuard guard;
     guard.AnswerIsGiven(kNow);
     guard.QuestionAppears(kNow + milliseconds(2000));
-    EXPECT_FALSE(guard.LetsThrough(kLetter, kNow + milliseconds(2000 + 699)));
+    KeyGuard same = guard;
+    EXPECT_FALSE(same.LetsThrough(kLetter, kNow + milliseconds(2000 + 699)));
     EXPECT_TRUE(guard.LetsThrough(kLetter, kNow + milliseconds(2000 + 700)));
 }
