@@ -7,10 +7,14 @@ namespace {
 constexpr int kStallSeconds = 4;
 
 // Until the job has succeeded, 99 is the most that may be said: rounding, or more bytes than were
-// counted, would show a whole that is not there. A job that ends otherwise adds nothing.
+// counted, would show a whole that is not there. The engine calls a job whole that has ended before
+// anything was counted.
 int PercentOf(const TarvaneTransferUiSnapshot& Snapshot) {
-    if (Snapshot.bFinished) {
-        return Snapshot.bSucceeded ? 100 : 0;
+    if (Snapshot.bSucceeded) {
+        return 100;
+    }
+    if (Snapshot.TotalItems == 0) {
+        return 0;
     }
     return std::clamp(static_cast<int>(Snapshot.OverallProgress01 * 100.0), 0, 99);
 }

@@ -92,12 +92,20 @@ TEST_F(ProgressWatchTest, NeverLetsThePercentageFall) {
     EXPECT_EQ(ClaimsAt(seconds(1)).Percent, 50);
 }
 
-TEST_F(ProgressWatchTest, AddsNothingWhenAJobFails) {
-    Snapshot.OverallProgress01 = 0.3;
+TEST_F(ProgressWatchTest, SaysHowFarAJobHasComeThatFailsBetweenTwoLooks) {
     ClaimsAt(seconds(0));
     Snapshot.bFinished = true;
-    Snapshot.OverallProgress01 = 1.0;
+    Snapshot.OverallProgress01 = 0.3;
     EXPECT_EQ(ClaimsAt(seconds(1)).Percent, 30);
+    Snapshot.OverallProgress01 = 1.0;
+    EXPECT_EQ(ClaimsAt(seconds(2)).Percent, 99);
+}
+
+TEST_F(ProgressWatchTest, AddsNothingWhenAJobFailsUncounted) {
+    Snapshot.TotalItems = 0;
+    Snapshot.bFinished = true;
+    Snapshot.OverallProgress01 = 1.0;
+    EXPECT_EQ(ClaimsAt(seconds(0)).Percent, 0);
 }
 
 TEST_F(ProgressWatchTest, CallsFourSecondsWithoutAnythingAStall) {
