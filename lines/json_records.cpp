@@ -133,6 +133,7 @@ std::string ProgressRecord(const ProgressView& View) {
     record["remaining"] = NumberOrNull(snapshot.RemainingSeconds >= 0.0, snapshot.RemainingSeconds);
     record["stalled"] = View.Claims.StalledSeconds;
     record["more_than_counted"] = View.Claims.bMoreThanCounted;
+    record["less_than_counted"] = View.Claims.bLessThanCounted;
     record["cancel_requested"] = snapshot.bCancelRequested;
     return Dump(record);
 }

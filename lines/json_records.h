@@ -20,6 +20,7 @@
 //     elapsed, remaining   seconds; remaining null when unknown
 //     stalled     seconds without any progress, 0 below four
 //     more_than_counted    true when the totals have turned out too low
+//     less_than_counted    true when a file has turned out shorter
 //     cancel_requested
 // "conflict": a taken name and the answer it got.
 //     kind        "file" or "directory", which is what the source is

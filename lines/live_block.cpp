@@ -45,7 +45,7 @@ std::vector<ScreenLine> LiveBlockLines(const TarvaneTransferUiSnapshot& Snapshot
         {1, {{BarText(FilePercent(Snapshot, Claims), width)}}},
         WordsPart(8, Snapshot.IoText, width),
         WordsPart(7, StalledText(Claims), width),
-        WordsPart(6, MoreThanCountedText(Claims), width),
+        WordsPart(6, WrongTotalsText(Claims), width),
         WordsPart(2, hint, width),
     };
     return FitToRows(std::move(parts), Size.Rows);

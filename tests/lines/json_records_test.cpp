@@ -51,7 +51,7 @@ TEST_F(JsonProgress, ReportsTheNumbersOfARunningJob) {
               R"("total_bytes":12884901888,"done_items":3,"total_items":12,)"
               R"("file_done_bytes":25480396,"file_total_bytes":41037004,"rate":6291456,)"
               R"("elapsed":256.5,"remaining":1792.0,"stalled":0,"more_than_counted":false,)"
-              R"("cancel_requested":false})");
+              R"("less_than_counted":false,"cancel_requested":false})");
 }
 
 TEST_F(JsonProgress, ReportsNullForWhatIsNotKnownYet) {
@@ -64,7 +64,7 @@ TEST_F(JsonProgress, ReportsNullForWhatIsNotKnownYet) {
               R"("path":null,"percent":null,"done_bytes":0,"total_bytes":null,"done_items":0,)"
               R"("total_items":null,"file_done_bytes":0,"file_total_bytes":0,"rate":null,)"
               R"("elapsed":0.25,"remaining":null,"stalled":0,"more_than_counted":false,)"
-              R"("cancel_requested":false})");
+              R"("less_than_counted":false,"cancel_requested":false})");
 }
 
 TEST_F(JsonProgress, ReportsThePercentageOfAJobThatEndedUncounted) {
@@ -77,9 +77,11 @@ TEST_F(JsonProgress, ReportsStallsWrongTotalsAndACancel) {
     ProgressView view = Running;
     view.Claims.StalledSeconds = 9;
     view.Claims.bMoreThanCounted = true;
+    view.Claims.bLessThanCounted = true;
     view.Snapshot.bCancelRequested = true;
     EXPECT_NE(ProgressRecord(view).find(
-                  R"("stalled":9,"more_than_counted":true,"cancel_requested":true})"),
+                  R"("stalled":9,"more_than_counted":true,"less_than_counted":true,)"
+                  R"("cancel_requested":true})"),
               std::string::npos);
 }
 

@@ -114,7 +114,7 @@ TEST_F(LiveBlock, SaysThatNothingMoves) {
 
 TEST_F(LiveBlock, SaysThatMoreWasCopiedThanCounted) {
     Claims.bMoreThanCounted = true;
-    EXPECT_EQ(Shown()[7], MoreThanCountedText(Claims));
+    EXPECT_EQ(Shown()[7], WrongTotalsText(Claims));
 }
 
 TEST_F(LiveBlock, CleansTextsAfterTheyHaveBeenCut) {

@@ -19,7 +19,7 @@ std::string JobText(const TarvaneTransferUiSnapshot& Snapshot, const ProgressCla
     std::string line = Snapshot.OverallText;
     AppendField(line, Snapshot.IoText);
     AppendField(line, StalledText(Claims));
-    AppendField(line, MoreThanCountedText(Claims));
+    AppendField(line, WrongTotalsText(Claims));
     if (Snapshot.bCancelRequested) {
         AppendField(line, Snapshot.HintText);
     }
@@ -33,11 +33,16 @@ std::string StalledText(const ProgressClaims& Claims) {
     return "Stalled: nothing copied for " + std::to_string(Claims.StalledSeconds) + " s.";
 }
 
-std::string MoreThanCountedText(const ProgressClaims& Claims) {
-    if (!Claims.bMoreThanCounted) {
-        return {};
+std::string WrongTotalsText(const ProgressClaims& Claims) {
+    std::string text;
+    if (Claims.bMoreThanCounted) {
+        text = "More was copied than was counted, so the totals are too low.";
     }
-    return "More was copied than was counted, so the totals are too low.";
+    if (Claims.bLessThanCounted) {
+        text += text.empty() ? "" : " ";
+        text += "Less was copied than was counted: a file is shorter now.";
+    }
+    return text;
 }
 
 std::string PreflightText(std::uint64_t EntriesSeen) {

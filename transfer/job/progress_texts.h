@@ -18,7 +18,7 @@ std::string JobText(const TarvaneTransferUiSnapshot& Snapshot, const ProgressCla
 
 // The claims, empty when there is nothing to say.
 std::string StalledText(const ProgressClaims& Claims);
-std::string MoreThanCountedText(const ProgressClaims& Claims);
+std::string WrongTotalsText(const ProgressClaims& Claims);
 
 // What a flush still has to do: "Writing to the disk: 1.5 MB left | Rate 6.0 MB/s".
 std::string FlushText(const FlushProgress& Progress);

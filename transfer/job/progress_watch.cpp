@@ -19,6 +19,14 @@ int PercentOf(const TarvaneTransferUiSnapshot& Snapshot) {
     return std::clamp(static_cast<int>(Snapshot.OverallProgress01 * 100.0), 0, 99);
 }
 
+// Nothing before the first byte: until then the counters may be those of a tree that is to be
+// renamed, or of what was counted last.
+std::uint64_t BytesLeftOf(const TarvaneTransferUiSnapshot& Snapshot) {
+    const bool bAtWork = Snapshot.CurrentFileDoneBytes > 0 &&
+                         Snapshot.CurrentFileDoneBytes < Snapshot.CurrentFileTotalBytes;
+    return bAtWork ? Snapshot.CurrentFileTotalBytes - Snapshot.CurrentFileDoneBytes : 0;
+}
+
 } // namespace
 
 ProgressClaims ProgressWatch::Observe(const TarvaneTransferUiSnapshot& Snapshot, bool bWaiting,
@@ -30,7 +38,24 @@ ProgressClaims ProgressWatch::Observe(const TarvaneTransferUiSnapshot& Snapshot,
     claims.bMoreThanCounted =
         Snapshot.TotalItems > 0 &&
         (Snapshot.DoneBytes > Snapshot.TotalBytes || Snapshot.DoneItems > Snapshot.TotalItems);
+    bLess = bLess || IsLessThanCounted(Snapshot);
+    claims.bLessThanCounted = bLess;
     return claims;
+}
+
+// The entry is counted after its bytes, and a snapshot reads the entries first. So once an entry
+// more is done, all bytes of the file are there, whatever others have been added to them.
+bool ProgressWatch::IsLessThanCounted(const TarvaneTransferUiSnapshot& Snapshot) {
+    const FileAtWork now = {.ItemsBefore = Snapshot.DoneItems,
+                            .TotalBytes = Snapshot.CurrentFileTotalBytes,
+                            .BytesLeft = BytesLeftOf(Snapshot),
+                            .DoneBytes = Snapshot.DoneBytes};
+    if (Seen.ItemsBefore == now.ItemsBefore && Seen.TotalBytes == now.TotalBytes) {
+        Confirmed = Seen;
+    }
+    Seen = now;
+    const bool bFileIsDone = Snapshot.DoneItems > Confirmed.ItemsBefore;
+    return bFileIsDone && Snapshot.DoneBytes - Confirmed.DoneBytes < Confirmed.BytesLeft;
 }
 
 int ProgressWatch::StalledSeconds(const TarvaneTransferUiSnapshot& Snapshot, bool bWaiting,

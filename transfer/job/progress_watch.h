@@ -16,6 +16,8 @@ struct ProgressClaims {
     int StalledSeconds = 0;
     // More was copied than the scan has counted: the totals cannot be relied on.
     bool bMoreThanCounted = false;
+    // A file was shorter than counted. The engine shows such a file as whole at its end.
+    bool bLessThanCounted = false;
 };
 
 // Follows one job from snapshot to snapshot.
@@ -31,7 +33,23 @@ private:
     int StalledSeconds(const TarvaneTransferUiSnapshot& Snapshot, bool bWaiting,
                        Clock::time_point Now);
 
+    bool IsLessThanCounted(const TarvaneTransferUiSnapshot& Snapshot);
+
+    // A file that is being copied.
+    struct FileAtWork {
+        std::uint64_t ItemsBefore = 0;
+        std::uint64_t TotalBytes = 0;
+        // What was still to come of the file when DoneBytes had been counted.
+        std::uint64_t BytesLeft = 0;
+        std::uint64_t DoneBytes = 0;
+    };
+
     int Percent = 0;
+    bool bLess = false;
+    // As it was in the last snapshot, and as it was in an earlier one that the next has confirmed:
+    // the counters of one snapshot may be those of two files.
+    FileAtWork Seen;
+    FileAtWork Confirmed;
     std::uint64_t LastBytes = 0;
     std::uint64_t LastItems = 0;
     bool bCopying = false;

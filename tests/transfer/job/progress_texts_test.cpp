@@ -170,9 +170,88 @@ TEST_F(ProgressWatchTest, SaysNothingAboutTotalsThatAreNotCountedYet) {
     EXPECT_FALSE(ClaimsAt(seconds(0)).bMoreThanCounted);
 }
 
+// A copy that is looked at while a file of 500 bytes is copied, the second of the job.
+class ShrinkingFile : public ProgressWatchTest {
+protected:
+    ShrinkingFile() {
+        Snapshot.DoneItems = 1;
+        Snapshot.DoneBytes = 100;
+        LookAtFile(0);
+        LookAtFile(200);
+        LookAtFile(300);
+    }
+
+    // DoneBytes of the file in sight.
+    bool LookAtFile(std::uint64_t DoneBytes) {
+        Snapshot.CurrentFileTotalBytes = 500;
+        Snapshot.CurrentFileDoneBytes = DoneBytes;
+        Snapshot.DoneBytes = 100 + DoneBytes;
+        return IsLess();
+    }
+    // The next entry has no bytes.
+    bool LookAtNext(std::uint64_t DoneBytes) {
+        Snapshot.CurrentFileTotalBytes = 0;
+        Snapshot.CurrentFileDoneBytes = 0;
+        ++Snapshot.DoneItems;
+        Snapshot.DoneBytes = DoneBytes;
+        return IsLess();
+    }
+    bool IsLess() { return ClaimsAt(seconds(0)).bLessThanCounted; }
+};
+
+TEST_F(ShrinkingFile, IsNoticedWhenItIsDone) {
+    EXPECT_FALSE(LookAtFile(400));
+    EXPECT_TRUE(LookAtNext(599));
+    EXPECT_TRUE(LookAtNext(1000));
+}
+
+// The engine shows the file as whole before it counts the entry.
+TEST_F(ShrinkingFile, IsNoticedAlthoughItIsShownAsWhole) {
+    Snapshot.CurrentFileDoneBytes = 500;
+    EXPECT_FALSE(IsLess());
+    ++Snapshot.DoneItems;
+    EXPECT_TRUE(IsLess());
+}
+
+TEST_F(ShrinkingFile, IsNoneWhenAllOfItHasCome) {
+    EXPECT_FALSE(LookAtNext(600));
+    EXPECT_FALSE(LookAtNext(600));
+}
+
+TEST_F(ShrinkingFile, IsNoneWhenItHasGrown) {
+    EXPECT_FALSE(LookAtFile(600));
+    EXPECT_FALSE(LookAtNext(700));
+}
+
+// What was counted last before the copy, or a tree that cannot be renamed.
+TEST_F(ShrinkingFile, IsNoneBeforeItsFirstByte) {
+    LookAtFile(0);
+    LookAtFile(0);
+    EXPECT_FALSE(LookAtNext(100));
+}
+
+// The total may be that of the file before, read just before the next one began.
+TEST_F(ShrinkingFile, IsNoneInASingleLook) {
+    LookAtNext(600);
+    Snapshot.CurrentFileTotalBytes = 400;
+    Snapshot.CurrentFileDoneBytes = 10;
+    EXPECT_FALSE(IsLess());
+    EXPECT_FALSE(LookAtNext(610));
+}
+
 TEST(ProgressClaimTexts, AreEmptyWhenThereIsNothingToSay) {
     EXPECT_EQ(StalledText({}), "");
-    EXPECT_EQ(MoreThanCountedText({}), "");
+    EXPECT_EQ(WrongTotalsText({}), "");
+}
+
+TEST(ProgressClaimTexts, SayInWhichWaysTheTotalsAreWrong) {
+    ProgressClaims claims;
+    claims.bLessThanCounted = true;
+    EXPECT_EQ(WrongTotalsText(claims), "Less was copied than was counted: a file is shorter now.");
+    claims.bMoreThanCounted = true;
+    EXPECT_EQ(WrongTotalsText(claims),
+              "More was copied than was counted, so the totals are too low. Less was copied than "
+              "was counted: a file is shorter now.");
 }
 
 } // namespace
