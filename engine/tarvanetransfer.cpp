@@ -978,7 +978,7 @@ bool IsRemovableDestination(const fs::path& Destination) {
 // Worker thread. CopyFileWithProgress copies one regular file: resolve the conflict, clear a
 // directory at the target, copy the blocks, pace the writes, and for a move remove the source.
 // Every failure after the destination was opened removes it; each such exit is written out, because
-// what comes before the removal differs.
+// what comes before the removal differs. An exception goes on after the same clean-up.
 // -------------------------------------------------------------------------------------------------
 
 namespace {
@@ -1085,6 +1085,24 @@ bool PrepareFileTarget(const fs::path& Source, std::uint64_t FileSize, const fs:
     return true;
 }
 
+// Opens Out at Target and fills it. Errors: an exception leaves no partial file either.
+bool FillTarget(std::ifstream& In, std::ofstream& Out, const fs::path& Target,
+                TarvaneTransferJob& Job, std::string& ErrorMessage) {
+    try {
+        Out.open(Target, std::ios::binary | std::ios::trunc);
+        if (!Out.is_open()) {
+            return Fail(ErrorMessage, "Failed to open destination file.");
+        }
+        return CopyBlocks(In, Out, Target, Job, ErrorMessage);
+    } catch (...) {
+        if (Out.is_open()) {
+            Out.close();
+            RemovePathIfPresent(Target);
+        }
+        throw;
+    }
+}
+
 // Carries over the data only: the destination has the permissions, owner and times of a new file.
 // Counts: the file's bytes and one item, also when it is skipped. Errors: no destination is left
 // but where removing a move's source failed: then the complete copy stays.
@@ -1125,11 +1143,8 @@ TransferCopyResult CopyFileWithProgress(const fs::path& Source, const fs::path& 
     if (!in.is_open()) {
         return FailCopy(ErrorMessage, "Failed to open source file.");
     }
-    std::ofstream out(target, std::ios::binary | std::ios::trunc);
-    if (!out.is_open()) {
-        return FailCopy(ErrorMessage, "Failed to open destination file.");
-    }
-    if (!CopyBlocks(in, out, target, Job, ErrorMessage)) {
+    std::ofstream out;
+    if (!FillTarget(in, out, target, Job, ErrorMessage)) {
         return TransferCopyResult::Failed;
     }
     Job.SetCurrentFileProgress(fileSize, fileSize);
@@ -1164,7 +1179,7 @@ std::int32_t CddaMsfToFrames(const cdrom_msf0& Msf) {
     return Msf.minute * 4500 + Msf.second * 75 + Msf.frame;
 }
 
-// Requires: Fd is an open drive; the caller closes it.
+// Requires: Fd is an open drive; the caller closes it, also after an exception.
 bool ReadTrackBounds(int Fd, const std::string& DevicePath, int RequestedTrack,
                      std::int32_t& OutStartFrame, std::int32_t& OutEndFrame,
                      std::string& ErrorMessage) {
@@ -1216,8 +1231,14 @@ bool GetCddaTrackFrameRange(const std::string& Source, std::int32_t& OutStartFra
         return Fail(ErrorMessage,
                     "Could not open CD drive " + devicePath + ": " + SystemErrorText());
     }
-    const bool read =
-        ReadTrackBounds(fd, devicePath, requestedTrack, OutStartFrame, OutEndFrame, ErrorMessage);
+    bool read = false;
+    try {
+        read = ReadTrackBounds(fd, devicePath, requestedTrack, OutStartFrame, OutEndFrame,
+                               ErrorMessage);
+    } catch (...) {
+        close(fd);
+        throw;
+    }
     close(fd);
     if (!read) {
         return false;
@@ -1268,7 +1289,8 @@ void WriteWavHeader(std::ostream& Out, std::uint32_t DataBytes) {
 }
 
 // Requires: Out has the header, Fd is the open drive. Counts: bytes, a read at a time; not taken
-// back on failure. Errors: Out and Fd are closed and Destination is removed.
+// back on failure. Errors: Out and Fd are closed and Destination is removed, but for an exception,
+// which may leave both open, and never one of them.
 bool CopyCddaFrames(int Fd, std::int32_t StartFrame, std::int32_t EndFrame, std::ofstream& Out,
                     const fs::path& Destination, TarvaneTransferJob& Job,
                     std::string& ErrorMessage) {
@@ -1305,6 +1327,13 @@ bool CopyCddaFrames(int Fd, std::int32_t StartFrame, std::int32_t EndFrame, std:
         Job.AddBytesDone(static_cast<std::uint64_t>(bytesRead));
         frame += framesThisRead;
     }
+    Out.flush();
+    if (!Out) {
+        Out.close();
+        close(Fd);
+        RemovePathIfPresent(Destination);
+        return Fail(ErrorMessage, "Failed to flush destination WAV file.");
+    }
     return true;
 }
 
@@ -1335,27 +1364,32 @@ bool ExtractCddaTrackToWav(const std::string& Source, const fs::path& Destinatio
         return Fail(ErrorMessage,
                     "Could not open CD drive " + devicePath + ": " + SystemErrorText());
     }
-    std::ofstream out(Destination, std::ios::binary | std::ios::trunc);
-    if (!out.is_open()) {
-        close(fd);
-        return Fail(ErrorMessage, "Failed to open destination WAV file.");
-    }
-    WriteWavHeader(out, dataBytes);
-    if (!out) {
-        close(fd);
-        RemovePathIfPresent(Destination);
-        return Fail(ErrorMessage, "Failed to write WAV header.");
-    }
-    Job.SetCurrentPath(Source, dataBytes);
-    if (!CopyCddaFrames(fd, startFrame, endFrame, out, Destination, Job, ErrorMessage)) {
-        return false;
-    }
-    out.flush();
-    if (!out) {
-        out.close();
-        close(fd);
-        RemovePathIfPresent(Destination);
-        return Fail(ErrorMessage, "Failed to flush destination WAV file.");
+    std::ofstream out;
+    try {
+        out.open(Destination, std::ios::binary | std::ios::trunc);
+        if (!out.is_open()) {
+            close(fd);
+            return Fail(ErrorMessage, "Failed to open destination WAV file.");
+        }
+        WriteWavHeader(out, dataBytes);
+        if (!out) {
+            // The sentence comes first: nothing below may throw while only one of the two is open.
+            ErrorMessage = "Failed to write WAV header.";
+            close(fd);
+            RemovePathIfPresent(Destination);
+            return false;
+        }
+        Job.SetCurrentPath(Source, dataBytes);
+        if (!CopyCddaFrames(fd, startFrame, endFrame, out, Destination, Job, ErrorMessage)) {
+            return false;
+        }
+    } catch (...) {
+        if (out.is_open()) {
+            out.close();
+            close(fd);
+            RemovePathIfPresent(Destination);
+        }
+        throw;
     }
     close(fd);
     Job.SetCurrentFileProgress(dataBytes, dataBytes);

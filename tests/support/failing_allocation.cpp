@@ -31,11 +31,23 @@ void* operator new(std::size_t Size) {
     return memory;
 }
 
+void* operator new[](std::size_t Size) {
+    return operator new(Size);
+}
+
 void operator delete(void* Memory) noexcept {
     std::free(Memory);
 }
 
 void operator delete(void* Memory, std::size_t) noexcept {
+    std::free(Memory);
+}
+
+void operator delete[](void* Memory) noexcept {
+    std::free(Memory);
+}
+
+void operator delete[](void* Memory, std::size_t) noexcept {
     std::free(Memory);
 }
 
