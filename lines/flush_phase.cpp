@@ -52,7 +52,7 @@ void RunFlushPhase(Flusher& Flush, const PromptContext& Context, RunOutcome& InO
         InOutOutcome.bFlushed = false;
         return;
     }
-    Flush.Start();
+    Flush.Start(InOutOutcome.Bytes);
     FlushWait wait(Flush, Context);
     Context.Loop.Run(wait);
     Context.Shown.Clear();

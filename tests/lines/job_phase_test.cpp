@@ -308,6 +308,14 @@ TEST_F(NameInTheWay, TellsTheReporterWhatAChoiceAnswered) {
     EXPECT_EQ(Screen.Screen(), "");
 }
 
+TEST_F(NameInTheWay, IsNotCountedWhenItIsSkipped) {
+    WriteFile(Root / "from/b", "12345");
+    Request.OnConflict = FileConflictChoice::Skip;
+    const RunOutcome outcome = Run(CopyOf({"a", "b"}));
+    EXPECT_EQ(outcome.Entries, 1U);
+    EXPECT_EQ(outcome.Bytes, 5U);
+}
+
 TEST_F(NameInTheWay, FailsWithTheSentenceOfTheChoice) {
     Request.OnConflict = FileConflictChoice::Fail;
     ExpectOutcome(Run(CopyOf({"a"})), RunResult::Failed,

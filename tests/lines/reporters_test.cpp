@@ -83,7 +83,7 @@ TEST_F(LiveReporter, ShowsTheJobAsABlock) {
 TEST_F(LiveReporter, ShowsTheFlushAndAWarning) {
     Report->FlushRuns(Flush);
     EXPECT_EQ(Screen.Screen(),
-              "Writing to the disk: 1.0 KB left\n"
+              "Writing to the disk: at most 1.0 KB left\n"
               "Not safe to unplug yet. Esc ends the wait; the copied files stay.\n");
 }
 
@@ -92,7 +92,7 @@ TEST_F(LiveReporter, KeepsTheNewsInASmallWindow) {
     Report->PreflightRuns(12);
     EXPECT_EQ(Screen.Screen(), "Looking through the sources: 12 entries.\n");
     Report->FlushRuns(Flush);
-    EXPECT_EQ(Screen.Screen(), "Writing to the disk: 1.0 KB left\n");
+    EXPECT_EQ(Screen.Screen(), "Writing to the disk: at most 1.0 KB left\n");
 }
 
 namespace {
@@ -127,8 +127,9 @@ TEST_F(LinesReporter, PrintsTheLookAndTheFlushToo) {
     Report->PreflightRuns(12);
     Pass(milliseconds(5000));
     Report->FlushRuns(Flush);
-    EXPECT_EQ(Screen.Screen(),
-              "Looking through the sources: 12 entries.\nWriting to the disk: 1.0 KB left\n");
+    EXPECT_EQ(
+        Screen.Screen(),
+        "Looking through the sources: 12 entries.\nWriting to the disk: at most 1.0 KB left\n");
 }
 
 TEST_F(LinesReporter, SaysOnceAndAtOnceThatTheJobIsToBeCanceled) {

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
 #include <set>
 #include <system_error>
 
@@ -18,26 +17,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::chrono::seconds kRateWindow(3);
-constexpr std::chrono::milliseconds kShortestRateWindow(500);
-
 bool CanVanish(const fs::path& Directory) {
     const StorageTraits traits = StorageOf(NearestExistingDirectory(Directory));
     return traits.bRemovable || traits.bUsb || traits.bNetwork;
-}
-
-// What waits in the page cache for any disk.
-std::optional<std::uint64_t> PendingBytes() {
-    std::ifstream table("/proc/meminfo");
-    std::optional<std::uint64_t> bytes;
-    std::string name;
-    std::uint64_t kilobytes = 0;
-    for (std::string rest; table >> name >> kilobytes; std::getline(table, rest)) {
-        if (name == "Dirty:" || name == "Writeback:") {
-            bytes = bytes.value_or(0) + kilobytes * 1024;
-        }
-    }
-    return bytes;
 }
 
 // Flushes the file system of the process's input, or all of them where that could not be opened.
@@ -87,14 +69,13 @@ Flusher::Flusher(const std::vector<fs::path>& Directories) {
         target.Directory = directory;
         target.Opened = OwnedDescriptor(
             ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
-        target.DeviceDirectory = BlockDeviceDirectoryOf(directory);
+        Estimate.Watch(BlockDeviceDirectoryOf(directory));
     }
 }
 
-void Flusher::Start() {
-    PendingBytesAtStart = PendingBytes().value_or(0);
+void Flusher::Start(std::uint64_t CopiedBytes) {
+    Estimate.Start(CopiedBytes);
     for (Target& target : Targets) {
-        target.WrittenBytesAtStart = BytesWrittenTo(target.DeviceDirectory).value_or(0);
         const int opened = target.Opened.Get();
         try {
             target.Process.emplace(FlushOf(opened >= 0), opened);
@@ -110,14 +91,10 @@ FlushProgress Flusher::Poll() {
     progress.bFinished = std::all_of(Targets.begin(), Targets.end(),
                                      [](const Target& Each) { return !Each.Process; });
     progress.ErrorText = ErrorText;
-    if (progress.bFinished) {
-        return progress;
-    }
-    if (const std::optional<std::uint64_t> pending = PendingBytes()) {
-        const std::uint64_t written = WrittenBytes(*pending);
-        const std::uint64_t left = PendingBytesAtStart - std::min(PendingBytesAtStart, written);
-        progress.RemainingBytes = std::min(left, *pending);
-        progress.BytesPerSecond = SampleRate(written);
+    if (!progress.bFinished) {
+        const FlushEstimate::Remainder left = Estimate.Look();
+        progress.RemainingBytes = left.Bytes;
+        progress.BytesPerSecond = left.BytesPerSecond;
     }
     return progress;
 }
@@ -145,32 +122,4 @@ void Flusher::NoteError(const Target& Flushed, const std::string& Reason) {
         ErrorText =
             "cannot write everything to " + Quoted(Flushed.Directory.native()) + ": " + Reason;
     }
-}
-
-// By the devices' own counters or, without a device, by what has left the page cache.
-std::uint64_t Flusher::WrittenBytes(std::uint64_t Pending) const {
-    std::uint64_t written = 0;
-    bool bCounted = false;
-    for (const Target& target : Targets) {
-        if (const std::optional<std::uint64_t> bytes = BytesWrittenTo(target.DeviceDirectory)) {
-            written += *bytes - std::min(*bytes, target.WrittenBytesAtStart);
-            bCounted = true;
-        }
-    }
-    return bCounted ? written : PendingBytesAtStart - std::min(PendingBytesAtStart, Pending);
-}
-
-std::uint64_t Flusher::SampleRate(std::uint64_t Written) {
-    const Clock::time_point now = Clock::now();
-    Samples.emplace_back(now, Written);
-    while (Samples.front().first < now - kRateWindow) {
-        Samples.pop_front();
-    }
-    const auto [since, writtenBefore] = Samples.front();
-    if (now - since < kShortestRateWindow || Written < writtenBefore) {
-        return 0;
-    }
-    const std::chrono::duration<double> seconds = now - since;
-    return static_cast<std::uint64_t>(static_cast<double>(Written - writtenBefore) /
-                                      seconds.count());
 }

@@ -3,24 +3,23 @@
 
 #pragma once
 
+#include "flush_estimate.h"
 #include "tarvanetransfer.h"
 #include "transfer_request.h"
 #include "worker_process.h"
 
-#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 struct FlushProgress {
     bool bFinished = false;
     // What went wrong, as a sentence like that of UsageError; empty when nothing did.
     std::string ErrorText;
-    // What is still to be written, at most: other programs' data may be part of it.
+    // What is still to be written, at most; nothing when that cannot be told any more.
     std::optional<std::uint64_t> RemainingBytes;
     // 0 when unknown.
     std::uint64_t BytesPerSecond = 0;
@@ -48,8 +47,8 @@ public:
 
     bool HasAnythingToFlush() const { return !Targets.empty(); }
 
-    // Call it once, when the job has succeeded.
-    void Start();
+    // Call it once, when the job is over. CopiedBytes is what it has copied.
+    void Start(std::uint64_t CopiedBytes);
 
     // How far the flush is. Never waits; after the end it goes on reporting the end.
     FlushProgress Poll();
@@ -59,22 +58,14 @@ private:
         std::filesystem::path Directory;
         // None when the directory must not be opened.
         OwnedDescriptor Opened;
-        // Empty when no block device holds the directory.
-        std::filesystem::path DeviceDirectory;
-        std::uint64_t WrittenBytesAtStart = 0;
         // Flushes it; none before and after.
         std::optional<WorkerProcess> Process;
     };
-    using Clock = std::chrono::steady_clock;
 
     void NoteEnds();
     void NoteError(const Target& Flushed, const std::string& Reason);
-    std::uint64_t WrittenBytes(std::uint64_t PendingBytes) const;
-    std::uint64_t SampleRate(std::uint64_t Written);
 
     std::deque<Target> Targets;
+    FlushEstimate Estimate;
     std::string ErrorText;
-    std::uint64_t PendingBytesAtStart = 0;
-    // Bytes written since the start, oldest first.
-    std::deque<std::pair<Clock::time_point, std::uint64_t>> Samples;
 };

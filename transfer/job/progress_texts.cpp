@@ -51,7 +51,8 @@ std::string PreflightText(std::uint64_t EntriesSeen) {
 
 std::string FlushText(const FlushProgress& Progress) {
     std::string text = "Writing to the disk: ";
-    text += Progress.RemainingBytes ? SizeText(*Progress.RemainingBytes) + " left" : "waiting";
+    text += Progress.RemainingBytes ? "at most " + SizeText(*Progress.RemainingBytes) + " left"
+                                    : "waiting";
     if (Progress.BytesPerSecond > 0) {
         text += " | Rate " + SizeText(Progress.BytesPerSecond) + "/s";
     }

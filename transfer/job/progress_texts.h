@@ -20,5 +20,5 @@ std::string JobText(const TarvaneTransferUiSnapshot& Snapshot, const ProgressCla
 std::string StalledText(const ProgressClaims& Claims);
 std::string WrongTotalsText(const ProgressClaims& Claims);
 
-// What a flush still has to do: "Writing to the disk: 1.5 MB left | Rate 6.0 MB/s".
+// What a flush still has to do: "Writing to the disk: at most 1.5 MB left | Rate 6.0 MB/s".
 std::string FlushText(const FlushProgress& Progress);

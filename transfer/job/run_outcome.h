@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -20,6 +21,9 @@ struct RunOutcome {
     // The signal that the run was ended by, SIGINT for Esc too; nothing when it came to its own
     // end.
     std::optional<int> EndSignal = {};
+    // What the job has copied or moved, without what was skipped.
+    std::uint64_t Entries = 0;
+    std::uint64_t Bytes = 0;
     // Whether what was copied has reached the disks; nothing when that was not to be waited for.
     std::optional<bool> bFlushed = {};
 };

@@ -43,11 +43,16 @@ protected:
         ::stat(Disk.Path().c_str(), &status);
         const fs::path device = Room / ("device" + std::to_string(status.st_dev));
         fs::create_directory(device);
-        fs::create_directory_symlink(device,
-                                     Devices.Path() / (std::to_string(major(status.st_dev)) + ":" +
-                                                       std::to_string(minor(status.st_dev))));
+        LetShareDevice(Disk, device);
         SetWritten(device, 50);
         return device;
+    }
+    void LetShareDevice(const ScopedMount& Disk, const fs::path& Device) {
+        struct stat status {};
+        ::stat(Disk.Path().c_str(), &status);
+        fs::create_directory_symlink(Device,
+                                     Devices.Path() / (std::to_string(major(status.st_dev)) + ":" +
+                                                       std::to_string(minor(status.st_dev))));
     }
 
     const OwnMountNamespace Namespace;
@@ -63,7 +68,7 @@ protected:
 TEST_F(FlushProgressTest, CountsDownWhatThePageCacheHoldsWhereThereIsNoDevice) {
     Flusher watch({Network.Path()});
     SetPending(900, 100);
-    watch.Start();
+    watch.Start(1000 * kKilobyte);
     EXPECT_EQ(watch.Poll().RemainingBytes, 1000 * kKilobyte);
     EXPECT_EQ(watch.Poll().BytesPerSecond, 0U);
     Clock.Advance(std::chrono::seconds(1));
@@ -77,8 +82,8 @@ TEST_F(FlushProgressTest, CountsDownWhatThePageCacheHoldsWhereThereIsNoDevice) {
 TEST_F(FlushProgressTest, CountsWhatTheDeviceHasWritten) {
     const fs::path device = DescribeDeviceOf(Stick);
     Flusher watch({Stick.Path()});
-    SetPending(1000, 0);
-    watch.Start();
+    SetPending(228000, 0);
+    watch.Start(1000 * kKilobyte);
     EXPECT_EQ(watch.Poll().RemainingBytes, 1000 * kKilobyte);
     Clock.Advance(std::chrono::seconds(2));
     SetWritten(device, 50 + 800);
@@ -87,23 +92,58 @@ TEST_F(FlushProgressTest, CountsWhatTheDeviceHasWritten) {
     EXPECT_EQ(progress.BytesPerSecond, 400 * kKilobyte);
 }
 
-TEST_F(FlushProgressTest, IsNotHeldUpByWhatOthersWriteMeanwhile) {
+TEST_F(FlushProgressTest, CountsWhatTheDeviceHasWrittenDuringTheJob) {
     const fs::path device = DescribeDeviceOf(Stick);
     Flusher watch({Stick.Path()});
-    SetPending(1000, 0);
-    watch.Start();
-    SetPending(5000, 0);
-    EXPECT_EQ(watch.Poll().RemainingBytes, 1000 * kKilobyte);
+    SetPending(228000, 0);
+    SetWritten(device, 50 + 700);
+    watch.Start(1000 * kKilobyte);
+    EXPECT_EQ(watch.Poll().RemainingBytes, 300 * kKilobyte);
+}
+
+TEST_F(FlushProgressTest, SaysNoNumberOnceTheDeviceHasWrittenThatMuch) {
+    const fs::path device = DescribeDeviceOf(Stick);
+    Flusher watch({Stick.Path()});
+    SetPending(228000, 0);
+    watch.Start(1000 * kKilobyte);
     SetWritten(device, 50 + 3000);
-    EXPECT_EQ(watch.Poll().RemainingBytes, 0U);
+    const FlushProgress progress = watch.Poll();
+    EXPECT_FALSE(progress.bFinished);
+    EXPECT_EQ(progress.RemainingBytes, std::nullopt);
+}
+
+TEST_F(FlushProgressTest, CountsADeviceOfTwoFileSystemsOnce) {
+    const fs::path device = DescribeDeviceOf(Stick);
+    LetShareDevice(Network, device);
+    Flusher watch({Stick.Path(), Network.Path()});
+    SetPending(228000, 0);
+    watch.Start(1000 * kKilobyte);
+    SetWritten(device, 50 + 400);
+    EXPECT_EQ(watch.Poll().RemainingBytes, 600 * kKilobyte);
+}
+
+TEST_F(FlushProgressTest, NeverSaysMoreThanWasCopied) {
+    Flusher watch({Network.Path()});
+    SetPending(228000, 0);
+    watch.Start(1000 * kKilobyte);
+    EXPECT_EQ(watch.Poll().RemainingBytes, 1000 * kKilobyte);
 }
 
 TEST_F(FlushProgressTest, NeverSaysMoreThanThePageCacheHolds) {
     DescribeDeviceOf(Stick);
     Flusher watch({Stick.Path()});
-    SetPending(1000, 0);
-    watch.Start();
     SetPending(300, 0);
+    watch.Start(1000 * kKilobyte);
+    EXPECT_EQ(watch.Poll().RemainingBytes, 300 * kKilobyte);
+}
+
+TEST_F(FlushProgressTest, NeverRises) {
+    DescribeDeviceOf(Stick);
+    Flusher watch({Stick.Path()});
+    SetPending(300, 0);
+    watch.Start(1000 * kKilobyte);
+    EXPECT_EQ(watch.Poll().RemainingBytes, 300 * kKilobyte);
+    SetPending(5000, 0);
     EXPECT_EQ(watch.Poll().RemainingBytes, 300 * kKilobyte);
 }
 
@@ -111,7 +151,7 @@ TEST_F(FlushProgressTest, TellsTheRateOfTheLastSeconds) {
     const fs::path device = DescribeDeviceOf(Stick);
     Flusher watch({Stick.Path()});
     SetPending(100000, 0);
-    watch.Start();
+    watch.Start(100000 * kKilobyte);
     watch.Poll();
     Clock.Advance(std::chrono::seconds(10));
     SetWritten(device, 50 + 10000);
@@ -121,11 +161,11 @@ TEST_F(FlushProgressTest, TellsTheRateOfTheLastSeconds) {
     EXPECT_EQ(watch.Poll().BytesPerSecond, 100 * kKilobyte);
 }
 
-TEST_F(FlushProgressTest, KnowsNothingWhereTheKernelTellsNothing) {
+TEST_F(FlushProgressTest, KnowsOnlyWhatWasCopiedWhereTheKernelTellsNothing) {
     WriteFile(Room / "meminfo", "");
     Flusher watch({Network.Path()});
-    watch.Start();
-    EXPECT_EQ(watch.Poll().RemainingBytes, std::nullopt);
+    watch.Start(1000 * kKilobyte);
+    EXPECT_EQ(watch.Poll().RemainingBytes, 1000 * kKilobyte);
     EXPECT_EQ(watch.Poll().BytesPerSecond, 0U);
 }
 

@@ -26,6 +26,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t kMegabyte = 1048576;
+constexpr std::uint64_t kCopied = 2 * kMegabyte;
 
 class FlusherTest : public testing::Test {
 protected:
@@ -67,7 +68,7 @@ protected:
 TEST_F(FlusherTest, HasNothingToDoWithoutDirectories) {
     Flusher watch({});
     EXPECT_FALSE(watch.HasAnythingToFlush());
-    watch.Start();
+    watch.Start(kCopied);
     EXPECT_TRUE(watch.Poll().bFinished);
     EXPECT_EQ(watch.Poll().ErrorText, "");
 }
@@ -80,11 +81,30 @@ TEST_F(FlusherTest, BringsDataToTheDisk) {
     const std::string bytes = PatternBytes(1024);
     WriteFile(disk.Path() / "file", bytes);
     EXPECT_EQ(ReadFile(Room / "disk.image").find(bytes), std::string::npos);
-    watch.Start();
+    watch.Start(kCopied);
     const FlushProgress end = Finished(watch);
     EXPECT_EQ(end.ErrorText, "");
     EXPECT_NE(ReadFile(Room / "disk.image").find(bytes), std::string::npos);
     EXPECT_TRUE(NoChildIsLeft());
+}
+
+TEST_F(FlusherTest, CountsNoDataOfOtherDisks) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountLoopDisk(Room / "disk", 8);
+    const ScopedMount other = MountLoopDisk(Room / "other", 32);
+    Fake.Syncfs = FakeSyncfs::NeverEnd;
+    Flusher watch({disk.Path()});
+    WriteFile(disk.Path() / "file", PatternBytes(kCopied));
+    WriteFile(other.Path() / "file", PatternBytes(16 * kMegabyte));
+    watch.Start(kCopied);
+    const std::uint64_t left = watch.Poll().RemainingBytes.value_or(0);
+    EXPECT_GT(left, 0U);
+    EXPECT_LE(left, kCopied);
+    Fake.Syncfs = nullptr;
+    const int descriptor = ::open(disk.Path().c_str(), O_RDONLY);
+    EXPECT_EQ(::syncfs(descriptor), 0);
+    ::close(descriptor);
+    EXPECT_EQ(watch.Poll().RemainingBytes, std::nullopt);
 }
 
 // The disk believes that it has room, but what holds it has none.
@@ -94,7 +114,7 @@ TEST_F(FlusherTest, FindsThatTheDiskIsFullOnlyNow) {
     const ScopedMount disk = MountLoopDisk(small.Path() / "disk", 16);
     Flusher watch({disk.Path() / "new"});
     WriteFile(disk.Path() / "file", PatternBytes(8 * kMegabyte));
-    watch.Start();
+    watch.Start(kCopied);
     ExpectWriteError(Finished(watch).ErrorText, disk.Path());
 }
 
@@ -108,14 +128,14 @@ TEST_F(FlusherTest, FindsWhatHasFailedSinceItOpenedTheFileSystem) {
     const int descriptor = ::open(disk.Path().c_str(), O_RDONLY);
     EXPECT_NE(::syncfs(descriptor), 0);
     ::close(descriptor);
-    watch.Start();
+    watch.Start(kCopied);
     ExpectWriteError(Finished(watch).ErrorText, disk.Path());
 }
 
 TEST_F(FlusherTest, GivesTheReasonOfAFailure) {
     Fake.Syncfs = FakeSyncfs::FailWith(ENOSPC);
     Flusher watch({Room.Path()});
-    watch.Start();
+    watch.Start(kCopied);
     const std::string text =
         "cannot write everything to '" + Room.Path().string() + "': No space left on device";
     EXPECT_EQ(Finished(watch).ErrorText, text);
@@ -125,7 +145,7 @@ TEST_F(FlusherTest, GivesTheReasonOfAFailure) {
 TEST_F(FlusherTest, SaysThatItWasInterrupted) {
     Fake.Syncfs = [](int) { return ::raise(SIGKILL); };
     Flusher watch({Room.Path()});
-    watch.Start();
+    watch.Start(kCopied);
     EXPECT_EQ(Finished(watch).ErrorText, "cannot write everything to '" + Room.Path().string() +
                                              "': the flush was interrupted");
 }
@@ -134,7 +154,7 @@ TEST_F(FlusherTest, NeedsNoChildSignal) {
     const ChildSignalIgnored ignored;
     Fake.Syncfs = FakeSyncfs::FailWith(ENOSPC);
     Flusher watch({Room.Path()});
-    watch.Start();
+    watch.Start(kCopied);
     EXPECT_EQ(Finished(watch).ErrorText,
               "cannot write everything to '" + Room.Path().string() + "': No space left on device");
 }
@@ -143,7 +163,7 @@ TEST_F(FlusherTest, SaysWhyItCannotBeStarted) {
     Flusher watch({Room.Path()});
     {
         const NoProcessesLeft limit;
-        watch.Start();
+        watch.Start(kCopied);
     }
     EXPECT_EQ(Finished(watch).ErrorText, "cannot write everything to '" + Room.Path().string() +
                                              "': Resource temporarily unavailable");
@@ -158,7 +178,7 @@ TEST_F(FlusherTest, FlushesEachFileSystemOnce) {
         return ::write(descriptor, "x", 1) == 1 ? 0 : -1;
     };
     Flusher watch({Room / "a", Room / "b", other.Path(), Room / "c/d"});
-    watch.Start();
+    watch.Start(kCopied);
     EXPECT_EQ(Finished(watch).ErrorText, "");
     EXPECT_EQ(ReadFile(log), "xx");
 }
@@ -171,7 +191,7 @@ TEST_F(FlusherTest, FlushesEverythingWhenTheDirectoryMustNotBeOpened) {
     fs::permissions(Room.Path(), fs::perms::all);
     const ActingAsNobody nobody;
     Flusher watch({Room / "locked"});
-    watch.Start();
+    watch.Start(kCopied);
     EXPECT_EQ(Finished(watch).ErrorText, "");
     EXPECT_TRUE(fs::exists(log));
 }
@@ -181,7 +201,7 @@ TEST_F(FlusherTest, CanBeLeftWhileTheDiskKeepsItWaiting) {
     Fake.Syncfs = FakeSyncfs::NeverEnd;
     {
         Flusher watch({Room.Path()});
-        watch.Start();
+        watch.Start(kCopied);
         EXPECT_EQ(ChildProcesses().size(), 1U);
         EXPECT_FALSE(watch.Poll().bFinished);
         EXPECT_EQ(watch.Poll().ErrorText, "");
@@ -193,7 +213,7 @@ TEST_F(FlusherTest, TakesNoSignalsFromTheTerminal) {
     ASSERT_TRUE(NoChildIsLeft());
     Fake.Syncfs = FakeSyncfs::NeverEnd;
     Flusher watch({Room.Path()});
-    watch.Start();
+    watch.Start(kCopied);
     ASSERT_EQ(ChildProcesses().size(), 1U);
     const pid_t child = ChildProcesses().front();
     for (const int signal : {SIGINT, SIGTSTP, SIGHUP, SIGTERM, SIGUSR1}) {
@@ -206,7 +226,7 @@ TEST_F(FlusherTest, TakesNoSignalsFromTheTerminal) {
 
 TEST_F(FlusherTest, LeavesTheSignalsOfTheProgramAsTheyWere) {
     Flusher watch({Room.Path()});
-    watch.Start();
+    watch.Start(kCopied);
     sigset_t blocked;
     ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
     EXPECT_EQ(::sigismember(&blocked, SIGINT), 0);
@@ -219,7 +239,7 @@ TEST_F(FlusherTest, KeepsNoOutputOfTheProgramOpen) {
     ASSERT_EQ(::pipe2(pipes[0].data(), O_NONBLOCK), 0);
     Flusher watch({Room.Path()});
     ASSERT_EQ(::pipe2(pipes[1].data(), O_NONBLOCK), 0);
-    watch.Start();
+    watch.Start(kCopied);
     for (const auto& [reading, writing] : pipes) {
         ::close(writing);
         EXPECT_TRUE(BecomesTrue("the pipe ends", [fd = reading] {
