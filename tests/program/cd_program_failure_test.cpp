@@ -21,6 +21,14 @@ TEST_F(CdProgram, RefusesATrackThatTheDiscDoesNotHave) {
     ExpectFailure(Copy({"cdda:/dev/sr0/4"}), "Audio CD track is outside the disc TOC.");
 }
 
+TEST_F(CdProgram, SaysThatATrackHasNoLength) {
+    Drives.Describe(AudioDisc({150, 1000, 1000}, 2000, kDisc));
+    EXPECT_EQ(Copy({"cdda:/dev/sr0/2"}).Errors,
+              "tarvane: the job will stop at 'cdda:/dev/sr0/2', which has no length\n"
+              "tarvane: Audio CD track has an invalid frame range.\n");
+    EXPECT_EQ(TreeOf(Music), Tree{});
+}
+
 TEST_F(CdProgram, RefusesATableThatGoesBackwards) {
     Drives.Describe(AudioDisc({1000, 150}, 2000, kDisc));
     ExpectFailure(Copy({"cdda:/dev/sr0/1"}), "Audio CD track has an invalid frame range.");

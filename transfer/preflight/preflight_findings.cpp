@@ -69,6 +69,8 @@ std::string_view PreflightFindingName(PreflightFindingKind Kind) {
         return "missing-drive";
     case PreflightFindingKind::MissingTrack:
         return "missing-track";
+    case PreflightFindingKind::EmptyTrack:
+        return "empty-track";
     case PreflightFindingKind::DataTrack:
         return "data-track";
     }
@@ -119,6 +121,8 @@ std::string DescribeFinding(const PreflightFinding& Finding) {
         return "the job will stop at " + path + ": " + Finding.Reason;
     case PreflightFindingKind::MissingTrack:
         return "the job will stop at " + path + ", which is not on the disc";
+    case PreflightFindingKind::EmptyTrack:
+        return "the job will stop at " + path + ", which has no length";
     case PreflightFindingKind::DataTrack:
         return "the job will stop at " + path + ", which is a data track";
     }

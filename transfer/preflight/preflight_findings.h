@@ -39,6 +39,8 @@ enum class PreflightFindingKind {
     // No disc can be read in a track's drive; Reason says why.
     MissingDrive,
     MissingTrack,
+    // It is on the disc, but the next one begins where it does.
+    EmptyTrack,
     DataTrack,
 };
 

@@ -21,12 +21,16 @@ std::uint64_t TrackLook::LookAt(const std::string& TrackPath) {
     const auto track =
         std::find_if(tracks.begin(), tracks.end(),
                      [number](const TrackListEntry& Entry) { return Entry.Number == number; });
-    if (track == tracks.end() || (!track->bData && !track->HasValidRange())) {
+    if (track == tracks.end()) {
         Result.Findings.AddStop(PreflightFindingKind::MissingTrack, TrackPath);
         return 0;
     }
     if (track->bData) {
         Result.Findings.AddStop(PreflightFindingKind::DataTrack, TrackPath);
+        return 0;
+    }
+    if (!track->HasValidRange()) {
+        Result.Findings.AddStop(PreflightFindingKind::EmptyTrack, TrackPath);
         return 0;
     }
     const std::uint64_t audioBytes = TrackAudioBytes(*track);

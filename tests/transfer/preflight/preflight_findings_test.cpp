@@ -78,6 +78,8 @@ TEST(PreflightFinding, OfTracksSaysWhyTheyCannotBeCopied) {
     EXPECT_EQ(Describe(PreflightFindingKind::MissingDrive), "the job will stop at '/x': Reason");
     EXPECT_EQ(Describe(PreflightFindingKind::MissingTrack),
               "the job will stop at '/x', which is not on the disc");
+    EXPECT_EQ(Describe(PreflightFindingKind::EmptyTrack),
+              "the job will stop at '/x', which has no length");
     EXPECT_EQ(Describe(PreflightFindingKind::DataTrack),
               "the job will stop at '/x', which is a data track");
 }

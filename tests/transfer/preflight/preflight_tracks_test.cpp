@@ -72,7 +72,7 @@ TEST_F(PreflightTracks, WithoutANumberAreFound) {
 TEST_F(PreflightTracks, WithoutLengthAreFound) {
     ScopedDrive drive(AudioDisc({150, 200, 200}, 300));
     PlanToCopyTrack(2);
-    EXPECT_EQ(FoundTracks(), Strings{"missing-track " + PathOf(2) + ", stops"});
+    EXPECT_EQ(FoundTracks(), Strings{"empty-track " + PathOf(2) + ", stops"});
     EXPECT_EQ(TransferMessage(), "Audio CD track has an invalid frame range.");
 }
 
