@@ -6,6 +6,7 @@
 #include "reporter.h"
 #include "screen_text.h"
 #include "system_terminal.h"
+#include "tarvaneops.h"
 #include "tarvanepane.h"
 #include "track_list.h"
 #include "track_wait.h"
@@ -75,7 +76,7 @@ void PrintRow(const TrackListEntry& Track) {
 void PrintTable(const TrackList& List, const std::vector<std::string>& Drives) {
     std::printf("Disc in %s\n", CleanForScreen(List.Device).c_str());
     for (const std::string& drive : Drives) {
-        if (drive != List.Device) {
+        if (!TarvanePathsEquivalentOrSame(drive, List.Device)) {
             std::printf("Another drive: %s\n", CleanForScreen(drive).c_str());
         }
     }

@@ -139,6 +139,18 @@ TEST_F(TracksCommand, TakesTheFirstDriveAndNamesTheOthers) {
     EXPECT_EQ(document["drives"], (nlohmann::json{"/dev/sr0", "/dev/sr1", "/dev/sr10"}));
 }
 
+// The nodes of other devices stand for those of drives, so that links really lead to them.
+TEST_F(TracksCommand, TakesALinkForTheDriveThatItLeadsTo) {
+    const std::string cdrom = (Directory / "cdrom").string();
+    std::filesystem::create_symlink("/dev/zero", cdrom);
+    Drives.Describe(
+        {{"/dev/zero", {TwoTracks()}, 0, 0}, {"/dev/full", {AudioDisc({150}, 300)}, 0, 0}});
+    EXPECT_TRUE(Tracks({cdrom}).Output.starts_with("Disc in " + cdrom +
+                                                   "\n"
+                                                   "Another drive: /dev/full\n"
+                                                   " #  Name"));
+}
+
 TEST_F(TracksCommand, TakesTheDriveThatIsNamed) {
     Drives.Describe(
         {{"/dev/sr0", {TwoTracks()}, 0, 0}, {"/dev/sr1", {AudioDisc({150}, 300)}, 0, 0}});

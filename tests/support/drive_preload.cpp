@@ -11,11 +11,13 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <time.h>
 #include <unistd.h>
 
@@ -37,9 +39,12 @@ struct Drives {
     std::mutex Mutex;
     std::map<int, FakeDrive*> Open;
 
-    FakeDrive* Find(std::string_view Path) {
+    // By its name or a link to it.
+    FakeDrive* Find(const std::string& Path) {
+        std::error_code ec;
+        const std::filesystem::path target = std::filesystem::read_symlink(Path, ec);
         for (FakeDrive& drive : Description.Drives) {
-            if (drive.Device == Path) {
+            if (drive.Device == Path || drive.Device == target) {
                 return &drive;
             }
         }
