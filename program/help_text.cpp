@@ -58,7 +58,7 @@ signal N.
 
 const char* const kTracksHelpText = R"(Usage: tarvane tracks [--json] [DEVICE]
 List the tracks of the audio CD in DEVICE, by default in the first optical
-drive.
+drive that has one.
 
       --json     print one JSON document
       --help     print this help and end

@@ -19,6 +19,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -136,11 +137,8 @@ RunOutcome Fail(const std::string& Message) {
     return {.Result = RunResult::Failed, .Text = Message};
 }
 
-// The drive that was asked for, as an absolute path, or the first one. Empty when there is none.
-std::string ChooseDevice(const std::string& Requested, const std::vector<std::string>& Drives) {
-    if (Requested.empty()) {
-        return Drives.empty() ? std::string() : Drives.front();
-    }
+// The drive that was asked for, as an absolute path. Empty when the path names none.
+std::string DeviceFrom(const std::string& Requested) {
     if (TarvaneIsCddaPath(Requested)) {
         return TarvaneCddaDeviceFromPath(Requested);
     }
@@ -149,34 +147,58 @@ std::string ChooseDevice(const std::string& Requested, const std::vector<std::st
     return ec ? Requested : device.string();
 }
 
-// What is on the disc, or how the command ends without it.
-std::variant<TrackList, RunOutcome> ReadDisc(const std::string& Device) {
+// The first disc that can be listed, or why there is none in each drive.
+std::variant<TrackList, std::vector<std::string>>
+ListFirstDisc(const std::vector<std::string>& Devices, const PromptContext& Context) {
+    std::vector<std::string> reasons;
+    for (const std::string& device : Devices) {
+        auto result = ListTracksAtPrompt(device, Context);
+        if (auto* list = std::get_if<TrackList>(&result)) {
+            return std::move(*list);
+        }
+        if (Context.Loop.Requests().IsAsked()) {
+            break;
+        }
+        reasons.push_back(std::get<TrackListFailure>(result).Reason);
+    }
+    return reasons;
+}
+
+// What is on the disc, or how the command ends without one.
+std::variant<TrackList, RunOutcome> ReadDisc(const std::vector<std::string>& Devices) {
     SystemTerminal screen;
     Prompt prompt(screen, ExitStatusOf);
     InterfaceLoop loop(screen, prompt);
     Reporter silent;
-    const auto result = ListTracksAtPrompt(Device, {screen, prompt, loop, silent});
+    auto result = ListFirstDisc(Devices, {screen, prompt, loop, silent});
     prompt.Close(loop.Requests());
     prompt.Finish();
-    if (const auto* list = std::get_if<TrackList>(&result)) {
-        return *list;
+    if (auto* list = std::get_if<TrackList>(&result)) {
+        return std::move(*list);
     }
     if (loop.Requests().IsAsked()) {
         return RunOutcome{.Result = RunResult::Canceled, .EndSignal = loop.Requests().Signal()};
     }
-    return Fail(std::get<TrackListFailure>(result).Reason);
+    RunOutcome outcome{.Result = RunResult::Failed};
+    for (const std::string& reason : std::get<std::vector<std::string>>(result)) {
+        outcome = Fail(reason);
+    }
+    return outcome;
 }
 
 } // namespace
 
 RunOutcome RunTracksCommand(const TracksRequest& Request) {
     const std::vector<std::string> drives = FindOpticalDrives();
-    const std::string device = ChooseDevice(Request.Device, drives);
-    if (device.empty()) {
-        return Fail(Request.Device.empty() ? "no optical drive found"
-                                           : Quoted(Request.Device) + " names no drive");
+    const std::vector<std::string> devices =
+        Request.Device.empty() ? drives : std::vector{DeviceFrom(Request.Device)};
+    if (devices.empty()) {
+        return Fail("no optical drive found");
     }
-    const std::variant<TrackList, RunOutcome> disc = ReadDisc(device);
+    if (devices.front().empty()) {
+        return Fail(Quoted(Request.Device) + " names no drive");
+    }
+    const std::variant<TrackList, RunOutcome> disc = ReadDisc(devices);
     if (const auto* end = std::get_if<RunOutcome>(&disc)) {
         return *end;
     }

@@ -139,6 +139,36 @@ TEST_F(TracksCommand, TakesTheFirstDriveAndNamesTheOthers) {
     EXPECT_EQ(document["drives"], (nlohmann::json{"/dev/sr0", "/dev/sr1", "/dev/sr10"}));
 }
 
+TEST_F(TracksCommand, PassesOverDrivesWithoutAnAudioCd) {
+    FakeDisc data = AudioDisc({150}, 300000);
+    data.Tracks[0].bData = true;
+    Drives.Describe({{"/dev/sr0", {NoDisc()}, 0, 0},
+                     {"/dev/sr1", {data}, 0, 0},
+                     {"/dev/sr2", {TwoTracks()}, 0, 0},
+                     {"/dev/sr3", {AudioDisc({150}, 300)}, 0, 0}});
+    const ProgramResult result = Tracks();
+    EXPECT_TRUE(result.Output.starts_with("Disc in /dev/sr2\n"
+                                          "Another drive: /dev/sr0\n"
+                                          "Another drive: /dev/sr1\n"
+                                          "Another drive: /dev/sr3\n"
+                                          " #  Name"))
+        << result.Output;
+    EXPECT_EQ(result.Errors, "");
+    EXPECT_EQ(result.Status, 0);
+    EXPECT_EQ(nlohmann::json::parse(Tracks({"--json"}).Output)["device"], "/dev/sr2");
+    ExpectFailure(Tracks({"/dev/sr0"}), 1, "tarvane: no disc in '/dev/sr0'\n");
+}
+
+TEST_F(TracksCommand, SaysOfEveryDriveWhyItHasNoAudioCd) {
+    FakeDisc scratched = TwoTracks();
+    scratched.Faults = {{"header", EIO, 0}};
+    Drives.Describe({{"/dev/sr0", {NoDisc()}, 0, 0}, {"/dev/sr1", {scratched}, 0, 0}});
+    ExpectFailure(Tracks(), 1,
+                  "tarvane: no disc in '/dev/sr0'\n"
+                  "tarvane: cannot read the table of contents of the disc in '/dev/sr1': "
+                  "Input/output error\n");
+}
+
 // The nodes of other devices stand for those of drives, so that links really lead to them.
 TEST_F(TracksCommand, TakesALinkForTheDriveThatItLeadsTo) {
     const std::string cdrom = (Directory / "cdrom").string();
