@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "line_bytes.h"
 #include "screen_text.h"
 
 namespace {
@@ -21,10 +22,6 @@ std::string Up(int Rows) {
 // The rows that text takes in a window of so many columns that has rewrapped it.
 int RowsOf(const std::string& Text, int Columns) {
     return static_cast<int>(WrapAtColumns(Text, Columns).size());
-}
-
-std::string Rendered(const ScreenLine& Line) {
-    return Line.bWarning ? EmphasizeWarning(Line.Text) : Line.Text;
 }
 
 } // namespace
@@ -97,7 +94,7 @@ std::string BlockDrawer::DrawAll(const std::vector<ScreenLine>& Lines, TerminalS
                                  std::size_t CursorLine) const {
     std::string bytes = GoToTop(Size);
     for (std::size_t i = 0; i < Lines.size(); ++i) {
-        bytes += (i == 0 ? "" : kNextLine) + Rendered(Lines[i]);
+        bytes += (i == 0 ? "" : kNextLine) + LineBytes(Lines[i]);
     }
     bytes += kEraseBelow;
     return bytes + Up(static_cast<int>(Lines.size() - 1 - CursorLine));
@@ -117,9 +114,7 @@ std::string BlockDrawer::DrawChanges(const std::vector<ScreenLine>& Lines,
     for (std::size_t i = 0; i < Lines.size(); ++i) {
         if (Lines[i] != Shown[i]) {
             goTo(i);
-            bytes += '\r' + Rendered(Lines[i]);
-            const bool bShorter = DisplayWidth(Lines[i].Text) < DisplayWidth(Shown[i].Text);
-            bytes += bShorter ? kEraseToEndOfLine : "";
+            bytes += '\r' + ChangeBytes(Shown[i], Lines[i]);
         }
     }
     goTo(CursorLine);

@@ -20,8 +20,8 @@ struct BlockCursor {
 };
 
 // Knows what it has put on the screen. Its bytes use nothing beyond carriage return, line feed,
-// "cursor up", "erase to the end of the line", "erase to the end of the screen" and "wrap" on and
-// off.
+// "cursor up" and "right", "erase to the end of the line", "erase to the end of the screen", "wrap"
+// on and off, and styles.
 //
 // A terminal whose window is made narrower may rewrap what it shows, cut it or leave it, and tells
 // the program later, tmux after up to a quarter of a second. Frames for the old width still arrive

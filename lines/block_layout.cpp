@@ -33,6 +33,13 @@ BlockPart PathPart(int Importance, const std::string& Text, int Width) {
     return {Importance, PlainLines(WrapAtColumns(CleanForScreen(Text), Width))};
 }
 
+BlockPart InStyle(BlockPart Part, TextStyle Style) {
+    for (ScreenLine& line : Part.Lines) {
+        line.Styles = {{0, line.Text.size(), Style}};
+    }
+    return Part;
+}
+
 std::vector<ScreenLine> FitToRows(std::vector<BlockPart> Parts, int Rows) {
     const auto rowsOfAll = [&Parts] {
         std::size_t rows = 0;

@@ -2,16 +2,25 @@
 
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "terminal_device.h"
 
+// Bytes of a line that stand out.
+struct StyledRange {
+    std::size_t Begin = 0;
+    std::size_t End = 0;
+    TextStyle Style = TextStyle::Plain;
+
+    bool operator==(const StyledRange&) const = default;
+};
+
 // One line of a block. Its text is clean and fits the width that it was made for.
 struct ScreenLine {
     std::string Text;
-    // Says what could be lost; shown with emphasis where the terminal has any.
-    bool bWarning = false;
+    std::vector<StyledRange> Styles = {};
 
     bool operator==(const ScreenLine&) const = default;
 };
@@ -29,6 +38,8 @@ int LayoutWidth(TerminalSize Size);
 // Text as one part: cleaned and wrapped. Nothing for an empty text.
 BlockPart WordsPart(int Importance, const std::string& Text, int Width);
 BlockPart PathPart(int Importance, const std::string& Text, int Width);
+// The part with all its lines in one style.
+BlockPart InStyle(BlockPart Part, TextStyle Style);
 
 // The lines of all parts in their order, without the least important parts that do not fit into
 // Rows. The most important part stays, cut where it alone is too long.

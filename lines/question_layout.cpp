@@ -27,12 +27,9 @@ constexpr const char* kBetween = "  ";
 
 BlockPart LossPart(const TarvaneTransferConflict& Conflict, int Width) {
     const ConflictLoss loss = LossOf(Conflict);
-    BlockPart part =
-        WordsPart(loss.bWarning ? kWarningPart : kOldFileNotePart, loss.Sentence, Width);
-    for (ScreenLine& line : part.Lines) {
-        line.bWarning = loss.bWarning;
-    }
-    return part;
+    return loss.bWarning
+               ? InStyle(WordsPart(kWarningPart, loss.Sentence, Width), TextStyle::Warning)
+               : WordsPart(kOldFileNotePart, loss.Sentence, Width);
 }
 
 std::vector<BlockPart> ConflictParts(const TarvaneTransferConflict& Conflict, int Width) {

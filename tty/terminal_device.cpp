@@ -33,6 +33,14 @@ std::chrono::milliseconds ChosenEscapeDelay() {
     return std::chrono::milliseconds(bUsable ? delay : kUsual);
 }
 
+// The old terminals without colors have names of their own, and so have variants of newer ones.
+bool HasColors() {
+    const std::string_view name = Environment("TERM");
+    const bool bColorless =
+        name.starts_with("vt") || name.ends_with("-m") || name.ends_with("-mono");
+    return !bColorless && Environment("NO_COLOR").empty();
+}
+
 } // namespace
 
 bool TerminalCanRedraw() {
@@ -40,12 +48,25 @@ bool TerminalCanRedraw() {
     return !name.empty() && name != "dumb";
 }
 
-std::string EmphasizeWarning(const std::string& CleanText) {
+std::string StyleOn(TextStyle Style) {
     if (!TerminalCanRedraw()) {
-        return CleanText;
+        return {};
     }
-    const char* begin = Environment("NO_COLOR").empty() ? "\x1B[1;31m" : "\x1B[1m";
-    return begin + CleanText + "\x1B[m";
+    switch (Style) {
+    case TextStyle::Plain:
+        return {};
+    case TextStyle::Key:
+        return "\x1B[1m";
+    case TextStyle::Warning:
+        return HasColors() ? "\x1B[1;31m" : "\x1B[1m";
+    case TextStyle::Bar:
+        return HasColors() ? "\x1B[36m" : "";
+    }
+    return {};
+}
+
+std::string StyleOff(TextStyle Style) {
+    return StyleOn(Style).empty() ? "" : "\x1B[m";
 }
 
 TerminalDevice::TerminalDevice() : EscapeDelay(ChosenEscapeDelay()), Output(kOutputFd) {

@@ -18,9 +18,22 @@
 // missing, empty or "dumb".
 bool TerminalCanRedraw();
 
-// Text with emphasis for a warning: bold red, bold where NO_COLOR is set, plain where the terminal
-// can do neither. It takes the same columns.
-std::string EmphasizeWarning(const std::string& CleanText);
+// How text stands out from the rest.
+enum class TextStyle {
+    Plain,
+    // A key that can be pressed.
+    Key,
+    // Something is wrong, or may be lost.
+    Warning,
+    // The done part of a bar.
+    Bar,
+};
+
+// The bytes that turn a style on, and off again. They take no columns. Without colors, which
+// NO_COLOR and the name in TERM can say, a warning is bold only and a bar plain; where lines cannot
+// be redrawn everything is plain, and the bytes are none.
+std::string StyleOn(TextStyle Style);
+std::string StyleOff(TextStyle Style);
 
 // Threads: one, the interface's. One object at a time.
 class TerminalDevice {

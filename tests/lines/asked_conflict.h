@@ -122,7 +122,7 @@ protected:
     static Texts Warnings(const ConflictQuestion& Question) {
         Texts texts;
         for (const ScreenLine& line : LayOutQuestion(Question, kUsualSize).Lines) {
-            if (line.bWarning) {
+            if (!line.Styles.empty() && line.Styles[0].Style == TextStyle::Warning) {
                 texts.push_back(line.Text);
             }
         }

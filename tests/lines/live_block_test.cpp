@@ -35,7 +35,6 @@ protected:
     Texts Shown(TerminalSize Size = kUsualSize) const {
         Texts texts;
         for (const ScreenLine& line : LiveBlockLines(Snapshot, Claims, Size)) {
-            EXPECT_FALSE(line.bWarning);
             texts.push_back(line.Text);
         }
         return texts;

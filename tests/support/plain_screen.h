@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-// Characters of one column each, carriage return, line feed, cursor up, erase to the end of the
-// line and of the screen, wrapping on and off, and emphasis, which is not kept.
+// Characters of one column each, carriage return, line feed, cursor up and right, erase to the end
+// of the line and of the screen, wrapping on and off, and styles, which are not kept.
 //
 // Errors: anything else throws std::runtime_error; so does erasing the whole screen, which tmux
 // takes for a wish to keep in its history what stood there.
@@ -94,7 +94,7 @@ private:
     }
 
     std::size_t TakeSequence(std::string_view Bytes) {
-        const std::size_t end = Bytes.find_first_of("AJKmhl");
+        const std::size_t end = Bytes.find_first_of("ACJKmhl");
         if (end == std::string_view::npos || Bytes.substr(0, 2) != "\x1B[") {
             throw std::runtime_error("a sequence that a simple terminal does not know");
         }
@@ -112,6 +112,9 @@ private:
         }
         if (Command == 'A') {
             Up(std::stoul(Parameter));
+        } else if (Command == 'C') {
+            const std::size_t columnInRow = Column % Width();
+            Column += std::min(std::stoul(Parameter), Width() - 1 - columnInRow);
         } else if (bErases) {
             EndLineInThisRow();
             Lines[Line].resize(std::min(Lines[Line].size(), Column));

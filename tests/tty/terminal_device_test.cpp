@@ -169,12 +169,31 @@ TEST_F(TerminalNames, DecideWhetherLinesCanBeRedrawn) {
     }
 }
 
-TEST_F(TerminalNames, DecideHowWarningsLook) {
-    EXPECT_EQ(EmphasizeWarning("careful"), "careful");
+TEST_F(TerminalNames, DecideHowTextStandsOut) {
+    const auto looks = [] {
+        std::string all;
+        for (const TextStyle style :
+             {TextStyle::Plain, TextStyle::Key, TextStyle::Warning, TextStyle::Bar}) {
+            all += StyleOn(style) + "x" + StyleOff(style);
+        }
+        return all;
+    };
+    const std::string inColors = "x\x1B[1mx\x1B[m\x1B[1;31mx\x1B[m\x1B[36mx\x1B[m";
+    const std::string withoutColors = "x\x1B[1mx\x1B[m\x1B[1mx\x1B[mx";
+    EXPECT_EQ(looks(), "xxxx");
+    setenv("TERM", "dumb", 1);
+    EXPECT_EQ(looks(), "xxxx");
+    for (const char* name : {"xterm", "xterm-256color", "linux", "foot"}) {
+        setenv("TERM", name, 1);
+        EXPECT_EQ(looks(), inColors) << name;
+    }
+    for (const char* name : {"vt100", "vt220", "linux-m", "xterm-mono"}) {
+        setenv("TERM", name, 1);
+        EXPECT_EQ(looks(), withoutColors) << name;
+    }
     setenv("TERM", "xterm", 1);
-    EXPECT_EQ(EmphasizeWarning("careful"), "\x1B[1;31mcareful\x1B[m");
     setenv("NO_COLOR", "1", 1);
-    EXPECT_EQ(EmphasizeWarning("careful"), "\x1B[1mcareful\x1B[m");
+    EXPECT_EQ(looks(), withoutColors);
     setenv("NO_COLOR", "", 1);
-    EXPECT_EQ(EmphasizeWarning("careful"), "\x1B[1;31mcareful\x1B[m");
+    EXPECT_EQ(looks(), inColors);
 }
