@@ -160,7 +160,9 @@ std::string FormatDurationShort(double Seconds) {
     if (!std::isfinite(Seconds) || Seconds < 0.0) {
         return "--:--";
     }
-    const auto totalSeconds = static_cast<std::int32_t>(std::lround(Seconds));
+    constexpr double kMostSeconds = std::numeric_limits<std::int32_t>::max();
+    const auto totalSeconds =
+        static_cast<std::int32_t>(std::lround(std::min(Seconds, kMostSeconds)));
     const std::int32_t hours = totalSeconds / 3600;
     const std::int32_t minutes = (totalSeconds / 60) % 60;
     const std::int32_t secs = totalSeconds % 60;
@@ -478,13 +480,21 @@ double Fraction(std::uint64_t Done, std::uint64_t Total) {
     return std::min(1.0, static_cast<double>(Done) / static_cast<double>(Total));
 }
 
+// Cut off to a whole number of bytes; what is beyond the range of the result is its largest value.
+std::uint64_t BytesPerSecond(std::uint64_t Bytes, double Seconds) {
+    const double rate = static_cast<double>(Bytes) / Seconds;
+    constexpr double kBeyondRange = 0x1p64;
+    return rate < kBeyondRange ? static_cast<std::uint64_t>(rate)
+                               : std::numeric_limits<std::uint64_t>::max();
+}
+
 // The average since the start, for as long as the samples give no rate.
 std::uint64_t AverageRate(std::uint64_t DoneBytes, double ElapsedSeconds, bool bFinished) {
     if (DoneBytes == 0 || (ElapsedSeconds <= kMinimumRateSeconds && !bFinished)) {
         return 0;
     }
     const double rateSeconds = std::max(ElapsedSeconds, kMinimumRateSeconds);
-    return static_cast<std::uint64_t>(static_cast<double>(DoneBytes) / rateSeconds);
+    return BytesPerSecond(DoneBytes, rateSeconds);
 }
 
 double OverallFraction(const TarvaneTransferUiSnapshot& Ui, bool bFinished) {
@@ -568,7 +578,7 @@ std::uint64_t TarvaneTransferJob::SampledRateBytesPerSecond() const {
     if (!(sampleSeconds > kMinimumRateSeconds) || lastBytes < firstBytes) {
         return 0;
     }
-    return static_cast<std::uint64_t>(static_cast<double>(lastBytes - firstBytes) / sampleSeconds);
+    return BytesPerSecond(lastBytes - firstBytes, sampleSeconds);
 }
 
 TarvaneTransferUiSnapshot TarvaneTransferJob::MakeUiSnapshot() const {
@@ -777,6 +787,18 @@ std::string FormatConflictFileTime(fs::file_time_type Time) {
     return text.str();
 }
 
+// False for a time outside of the file clock too. The library reports what lies beyond the end of
+// that clock, but wraps what lies before its beginning, in 1881: such a time would count as newer.
+bool ReadModifiedTime(const fs::path& Path, fs::file_time_type& OutTime) {
+    static const std::time_t earliest =
+        std::chrono::file_clock::to_sys(fs::file_time_type::min()).time_since_epoch() /
+        std::chrono::seconds(1);
+    std::error_code ec;
+    OutTime = fs::last_write_time(Path, ec);
+    struct stat info {};
+    return !ec && ::stat(Path.c_str(), &info) == 0 && info.st_mtim.tv_sec >= earliest;
+}
+
 // What cannot be found out stays unset and is no error.
 TarvaneTransferConflict MakeLocalConflict(TarvaneTransferConflictKind Kind, const fs::path& Source,
                                           const fs::path& Destination) {
@@ -801,14 +823,14 @@ TarvaneTransferConflict MakeLocalConflict(TarvaneTransferConflictKind Kind, cons
         querySize(Destination, conflict.DestinationSizeBytes, conflict.bDestinationHasSize);
     }
 
-    const fs::file_time_type sourceTime = fs::last_write_time(Source, ec);
-    if (!ec) {
+    fs::file_time_type sourceTime;
+    if (ReadModifiedTime(Source, sourceTime)) {
         conflict.bSourceHasModifiedTime = true;
         conflict.SourceModifiedTicks = ConflictFileTimeTicks(sourceTime);
         conflict.SourceDate = FormatConflictFileTime(sourceTime);
     }
-    const fs::file_time_type destinationTime = fs::last_write_time(Destination, ec);
-    if (!ec) {
+    fs::file_time_type destinationTime;
+    if (ReadModifiedTime(Destination, destinationTime)) {
         conflict.bDestinationHasModifiedTime = true;
         conflict.DestinationModifiedTicks = ConflictFileTimeTicks(destinationTime);
         conflict.DestinationDate = FormatConflictFileTime(destinationTime);
@@ -838,8 +860,8 @@ bool LocalFilesHaveSameContent(const fs::path& Source, const fs::path& Destinati
         return false;
     }
 
-    const auto sourceBuffer = std::make_unique_for_overwrite<char[]>(kTransferBufferBytes);
-    const auto destinationBuffer = std::make_unique_for_overwrite<char[]>(kTransferBufferBytes);
+    const auto sourceBuffer = std::make_unique<char[]>(kTransferBufferBytes);
+    const auto destinationBuffer = std::make_unique<char[]>(kTransferBufferBytes);
     while (source) {
         source.read(sourceBuffer.get(), kTransferBufferBytes);
         destination.read(destinationBuffer.get(), kTransferBufferBytes);

@@ -2,6 +2,7 @@
 
 #include "engine_source.h"
 
+#include "mounts.h"
 #include "transfer_fixture.h"
 
 #include <cstdlib>
@@ -176,6 +177,32 @@ TEST_F(ConflictDate, IsUnknownForATimeBeyondTheClock) {
     EXPECT_EQ(conflict.SourceModifiedTicks, 0);
     EXPECT_EQ(conflict.SourceDate, "");
     EXPECT_TRUE(conflict.bSourceHasSize);
+}
+
+// A clock of file times that counts nanoseconds in 64 bits begins in 1881; an unset time of some
+// file systems is 1601. A file system in memory holds them all.
+TEST_F(ConflictDate, IsUnknownForATimeBeforeTheClock) {
+    EnterPrivateMountNamespace();
+    const ScopedMount memory = MountTmpfs(Directory / "memory", "size=1m");
+    const fs::path old = memory.Path() / "old";
+    WriteFile(old, "x");
+    ::setenv("TZ", "UTC0", 1);
+    ::tzset();
+    constexpr std::int64_t year1601 = -11644473600;
+    constexpr std::int64_t earliest = -2785708036;
+    for (const std::int64_t seconds : {year1601, std::int64_t{-9223372037}, earliest - 1}) {
+        SetModifiedTime(old, seconds);
+        const TarvaneTransferConflict conflict = MakeLocalConflict(Kind::File, old, old);
+        EXPECT_FALSE(conflict.bSourceHasModifiedTime) << seconds;
+        EXPECT_FALSE(conflict.bDestinationHasModifiedTime) << seconds;
+        EXPECT_EQ(conflict.SourceModifiedTicks, 0) << seconds;
+        EXPECT_EQ(conflict.DestinationModifiedTicks, 0) << seconds;
+        EXPECT_EQ(conflict.SourceDate + conflict.DestinationDate, "") << seconds;
+    }
+    SetModifiedTime(old, earliest);
+    const TarvaneTransferConflict conflict = MakeLocalConflict(Kind::File, old, Source);
+    EXPECT_EQ(conflict.SourceDate, "1881-09-22 00:12:44");
+    EXPECT_LT(conflict.SourceModifiedTicks, conflict.DestinationModifiedTicks);
 }
 
 class ConflictAge : public testing::Test {

@@ -2,10 +2,19 @@
 
 #include "engine_source.h"
 
+#include "link_names.h"
 #include "mounts.h"
 #include "transfer_fixture.h"
 
+#include <malloc.h>
+
+std::istream& RealRead(std::istream* In, char* Buffer, std::streamsize Size) REAL(StreamRead);
+std::istream& WrappedRead(std::istream* In, char* Buffer, std::streamsize Size) WRAPPED(StreamRead);
+
 namespace {
+
+// Looks at the buffer of every read before it is filled.
+std::function<void(const char* Buffer, std::size_t Size)> gBeforeRead;
 
 class ContentComparison : public TransferTest {
 protected:
@@ -114,4 +123,28 @@ TEST_F(ContentComparison, DoesNotReadFilesOfDifferentSizes) {
     EXPECT_FALSE(LocalFilesHaveSameContent(Destination, "/proc/version"));
 }
 
+// Fresh memory is dirty here, as it is in a program that has run for a while.
+TEST_F(ContentComparison, ReadsIntoBuffersOfZeros) {
+    constexpr int filledWith = 0x5a;
+    constexpr int usualThreshold = 128 * 1024;
+    ::mallopt(M_MMAP_THRESHOLD, 4 * static_cast<int>(kTransferBufferBytes));
+    ::mallopt(M_PERTURB, filledWith);
+    std::vector<bool> zeros;
+    gBeforeRead = [&](const char* buffer, std::size_t size) {
+        zeros.push_back(std::all_of(buffer, buffer + size, [](char byte) { return byte == 0; }));
+    };
+    EXPECT_FALSE(Same("0123456789", "012345678X"));
+    gBeforeRead = nullptr;
+    ::mallopt(M_PERTURB, 0);
+    ::mallopt(M_MMAP_THRESHOLD, usualThreshold);
+    EXPECT_EQ(zeros, (std::vector<bool>{true, true}));
+}
+
 } // namespace
+
+std::istream& WrappedRead(std::istream* In, char* Buffer, std::streamsize Size) {
+    if (gBeforeRead) {
+        gBeforeRead(Buffer, static_cast<std::size_t>(Size));
+    }
+    return RealRead(In, Buffer, Size);
+}

@@ -121,6 +121,17 @@ TEST_F(Snapshot, RateOfAJobThatFinishedWithin50msCountsAsIfItTook50ms) {
     EXPECT_EQ(Rate(), 20000u);
 }
 
+TEST_F(Snapshot, RateBeyondItsRangeIsTheHighest) {
+    constexpr std::uint64_t highest = std::numeric_limits<std::uint64_t>::max();
+    AddAfter(1s, 1);
+    AddAfter(160ms, highest - 1);
+    EXPECT_EQ(Rate(), highest);
+    TarvaneTransferJob quick(false, 1, "");
+    quick.AddBytesDone(highest);
+    quick.FinishSuccess("");
+    EXPECT_EQ(quick.MakeUiSnapshot().TransferRateBytesPerSecond, highest);
+}
+
 TEST_F(Snapshot, OverallProgressGoesByBytes) {
     Job.SetTotals(2, 1000);
     Job.MarkItemsDone(1);

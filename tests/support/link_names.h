@@ -20,6 +20,8 @@
 #define LINK_NAME_ConditionWait "_ZNSt18condition_variable4waitERSt11unique_lockISt5mutexE"
 // std::chrono::steady_clock::now()
 #define LINK_NAME_SteadyClockNow "_ZNSt6chrono3_V212steady_clock3nowEv"
+// std::istream::read(char*, std::streamsize)
+#define LINK_NAME_StreamRead "_ZNSi4readEPcl"
 // std::ostream::write(const char*, std::streamsize)
 #define LINK_NAME_StreamWrite "_ZNSo5writeEPKcl"
 // std::ostream::flush()
