@@ -14,6 +14,7 @@
 //   [file]      File copier
 //   [cd-range]  CD track range reader
 //   [cd-wav]    Track-to-WAV extraction
+//   [special]   Other entries than files and directories
 //   [path]      Path copier
 //   [runner]    Job runner
 
@@ -1422,20 +1423,14 @@ bool ExtractCddaTrackToWav(const std::string& Source, const fs::path& Destinatio
 } // namespace
 
 // -------------------------------------------------------------------------------------------------
-// [path] Path copier
+// [special] Other entries than files and directories
 //
-// Worker thread. CopyPathWithProgress takes one path of any kind and calls itself for the entries
-// of a directory. All kind tests follow links: a link to a directory becomes a real directory with
-// the linked contents, and on a move the files inside it are removed and then the link. A move that
-// gets here is always copy, then delete, entry by entry; nothing is rolled back.
+// Worker thread. CopyCddaTrack extracts a track unless its name is taken and the answer is to skip
+// it; CopySpecialEntry copies one pipe, socket, device or link to such an entry, in the file
+// copier's order of steps.
 // -------------------------------------------------------------------------------------------------
 
 namespace {
-
-TransferCopyResult CopyPathWithProgress(const fs::path& Source, const fs::path& Destination,
-                                        TarvaneTransferJob& Job,
-                                        TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
-                                        std::string& ErrorMessage);
 
 // Removes nothing: the tracks of a moved CD stay where they are.
 TransferCopyResult CopyCddaTrack(const fs::path& Source, const fs::path& Destination,
@@ -1512,6 +1507,24 @@ TransferCopyResult CopySpecialEntry(const fs::path& Source, const fs::path& Dest
     }
     return TransferCopyResult::Succeeded;
 }
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [path] Path copier
+//
+// Worker thread. CopyPathWithProgress takes one path of any kind and calls itself for the entries
+// of a directory. All kind tests follow links: a link to a directory becomes a real directory with
+// the linked contents, and on a move the files inside it are removed and then the link. A move that
+// gets here is always copy, then delete, entry by entry; nothing is rolled back.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+TransferCopyResult CopyPathWithProgress(const fs::path& Source, const fs::path& Destination,
+                                        TarvaneTransferJob& Job,
+                                        TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
+                                        std::string& ErrorMessage);
 
 // Asks whenever anything stands at the destination, a file included. Both other policies merge:
 // Skip deliberately leaves whole directories to the file conflicts inside them.
