@@ -280,12 +280,15 @@ void TarvaneTransferJob::SetCurrentFileProgress(std::uint64_t DoneBytes,
     CurrentFileDoneBytes = DoneBytes;
 }
 
+// The text is built before the flag is set: memory that runs out changes nothing, and does not keep
+// the notification from a worker that waits.
 void TarvaneTransferJob::RequestCancel() {
+    std::string statusText = "Cancel requested";
     CancelRequested = true;
     {
         const std::lock_guard lock(Mutex);
         if (!Finished) {
-            StatusText = "Cancel requested";
+            StatusText = std::move(statusText);
         }
     }
     ConflictCondition.notify_all();
@@ -412,8 +415,11 @@ bool TarvaneTransferJob::GetPendingConflict(TarvaneTransferConflict& OutConflict
     return true;
 }
 
+// As in RequestCancel, the texts come before the flags.
 bool TarvaneTransferJob::ResolveConflict(TarvaneTransferConflictAction Action,
                                          const std::string& RenamePath) {
+    std::string renamePath = RenamePath;
+    std::string statusText = "Cancel requested";
     {
         const std::lock_guard lock(Mutex);
         if (!bConflictPending || bConflictResolved) {
@@ -427,10 +433,10 @@ bool TarvaneTransferJob::ResolveConflict(TarvaneTransferConflictAction Action,
         }
         RememberAnswer(Action);
         ConflictAction = Action;
-        ConflictRenamePath = RenamePath;
+        ConflictRenamePath = std::move(renamePath);
         bConflictResolved = true;
         if (Action == TarvaneTransferConflictAction::Cancel) {
-            StatusText = "Cancel requested";
+            StatusText = std::move(statusText);
         }
     }
     ConflictCondition.notify_all();
