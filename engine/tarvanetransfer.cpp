@@ -37,6 +37,7 @@
 #include <limits>
 #include <locale>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 #include <fcntl.h>
@@ -579,13 +580,13 @@ std::uint64_t TarvaneTransferJob::SampledRateBytesPerSecond() const {
     if (ByteSamples.size() < 2) {
         return 0;
     }
-    const auto& [firstTime, firstBytes] = ByteSamples.front();
-    const auto& [lastTime, lastBytes] = ByteSamples.back();
-    const double sampleSeconds = ToSeconds(lastTime - firstTime);
-    if (!(sampleSeconds > kMinimumRateSeconds) || lastBytes < firstBytes) {
+    const ByteSample& first = ByteSamples.front();
+    const ByteSample& last = ByteSamples.back();
+    const double sampleSeconds = ToSeconds(last.first - first.first);
+    if (!(sampleSeconds > kMinimumRateSeconds) || last.second < first.second) {
         return 0;
     }
-    return BytesPerSecond(lastBytes - firstBytes, sampleSeconds);
+    return BytesPerSecond(last.second - first.second, sampleSeconds);
 }
 
 TarvaneTransferUiSnapshot TarvaneTransferJob::MakeUiSnapshot() const {
@@ -597,18 +598,21 @@ TarvaneTransferUiSnapshot TarvaneTransferJob::MakeUiSnapshot() const {
     ui.DoneBytes = BytesDone;
     ui.CurrentFileTotalBytes = CurrentFileTotalBytes;
     ui.CurrentFileDoneBytes = CurrentFileDoneBytes;
-    ui.ElapsedSeconds = ToSeconds(std::chrono::steady_clock::now() - StartedAt);
+    const auto now = std::chrono::steady_clock::now();
+    const double elapsedSeconds = ToSeconds(now - StartedAt);
 
     std::string currentPath;
+    std::string statusText;
+    std::uint64_t sampledRateBytes = 0;
     {
         const std::lock_guard lock(Mutex);
         currentPath = CurrentPath;
-        ui.MessageText = StatusText;
-        ui.TransferRateBytesPerSecond = SampledRateBytesPerSecond();
+        statusText = StatusText;
+        sampledRateBytes = SampledRateBytesPerSecond();
     }
 
-    if (ui.TransferRateBytesPerSecond == 0) {
-        ui.TransferRateBytesPerSecond = AverageRate(ui.DoneBytes, ui.ElapsedSeconds, Finished);
+    if (sampledRateBytes == 0) {
+        sampledRateBytes = AverageRate(ui.DoneBytes, elapsedSeconds, Finished);
     }
     ui.OverallProgress01 = OverallFraction(ui, Finished);
     ui.FileProgress01 = FileFraction(ui, stage);
@@ -616,7 +620,10 @@ TarvaneTransferUiSnapshot TarvaneTransferJob::MakeUiSnapshot() const {
     ui.bSucceeded = Succeeded;
     ui.bCanceled = Canceled;
     ui.bCancelRequested = CancelRequested && !ui.bFinished;
-    ui.StageText = StageLine(stage, ui.MessageText);
+    ui.TransferRateBytesPerSecond = sampledRateBytes;
+    ui.ElapsedSeconds = elapsedSeconds;
+    ui.MessageText = statusText;
+    ui.StageText = StageLine(stage, statusText);
     ui.PathText = PathLine(currentPath);
     ui.OverallText = OverallLine(ui);
     ui.RemainingSeconds = EstimateRemainingSeconds(ui);
@@ -1545,7 +1552,8 @@ bool ResolveLocalDirectoryConflict(TarvaneTransferJob& Job, const fs::path& Sour
         return Fail(ErrorMessage,
                     "Failed checking destination '" + Destination.string() + "': " + ec.message());
     }
-    if (!fs::exists(status) || ConflictPolicy != TarvaneTransferConflictPolicy::Ask) {
+    const bool exists = fs::exists(status);
+    if (!exists || ConflictPolicy != TarvaneTransferConflictPolicy::Ask) {
         return true;
     }
 
@@ -1584,7 +1592,9 @@ bool PrepareDirectoryTarget(const fs::path& Source, const fs::path& Destination,
         return Fail(ErrorMessage,
                     "Failed checking destination '" + Destination.string() + "': " + ec.message());
     }
-    if (fs::exists(status) && !fs::is_directory(status)) {
+    const bool destinationExists = fs::exists(status);
+    const bool destinationIsDirectory = fs::is_directory(status);
+    if (destinationExists && !destinationIsDirectory) {
         fs::remove(Destination, ec);
         if (ec) {
             return Fail(ErrorMessage, "Failed to replace destination path: " + ec.message());
@@ -1663,12 +1673,13 @@ TransferCopyResult CopyPathWithProgress(const fs::path& Source, const fs::path& 
                                         TarvaneTransferJob& Job,
                                         TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
                                         std::string& ErrorMessage) {
-    if (TarvaneIsCddaPath(Source.string())) {
+    const std::string sourceText = Source.string();
+    if (TarvaneIsCddaPath(sourceText)) {
         return CopyCddaTrack(Source, Destination, Job, ConflictPolicy, ErrorMessage);
     }
     std::error_code ec;
     if (!fs::exists(Source, ec)) {
-        return FailCopy(ErrorMessage, "Source does not exist: " + Source.string());
+        return FailCopy(ErrorMessage, "Source does not exist: " + sourceText);
     }
     if (TarvanePathsEquivalentOrSame(Source, Destination)) {
         return FailCopy(ErrorMessage, "Source and destination are the same path.");
@@ -1677,12 +1688,13 @@ TransferCopyResult CopyPathWithProgress(const fs::path& Source, const fs::path& 
     if (fs::is_directory(status)) {
         return CopyDirectory(Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage);
     }
-    if (fs::is_regular_file(status)) {
+    const bool regularSource = fs::is_regular_file(status);
+    if (regularSource) {
         return CopyFileWithProgress(Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage);
     }
     if (ec) {
         return FailCopy(ErrorMessage,
-                        "Could not inspect source '" + Source.string() + "': " + ec.message());
+                        "Could not inspect source '" + sourceText + "': " + ec.message());
     }
     return CopySpecialEntry(Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage);
 }
