@@ -81,13 +81,13 @@ void JobActivity::FollowDesk() {
 }
 
 void JobActivity::Ask(const ConflictDesk::Question& Wanted) {
-    const std::string destination = Wanted.Conflict.DestinationPath;
+    const std::string destination = Wanted.Name.Conflict.DestinationPath;
     RenameAdvice advice;
     advice.ProposeFreePath = [destination] {
         return FreeNameBeside(destination).value_or(std::filesystem::path()).native();
     };
     advice.Refusal = [](const std::string& Path) { return RenameRefusal(Path); };
-    Question.emplace(Wanted.Conflict, std::move(advice));
+    Question.emplace(Wanted.Name.Conflict, std::move(advice));
     QuestionId = Wanted.Id;
     Guard.QuestionAppears(Context.Loop.Now());
     Context.Loop.HurryFrame();

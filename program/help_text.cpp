@@ -37,8 +37,8 @@ What is shown:
 Before and after:
       --dry-run              look through the sources, say what was found
       --no-preflight         do not look through the sources first
-      --follow-links         let a move remove files through links to
-                             directories
+      --follow-links         write through links at the destination, and let a
+                             move remove files through links to directories
       --flush=WHEN           wait until all is written to the device: auto
                              (default: removable and network disks), always or
                              never

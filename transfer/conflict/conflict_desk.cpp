@@ -1,6 +1,9 @@
 #include "conflict_desk.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <unistd.h>
 #include <utility>
 
 #include "free_name.h"
@@ -20,6 +23,11 @@ TakenName LookAt(const TarvaneTransferConflict& Conflict, bool bFollowLinks) {
     return MakeTakenName(Conflict, found.value_or(recorded), bFollowLinks);
 }
 
+// Removes no directory that may stand there meanwhile. Returns the error, or 0.
+int RemoveLink(const std::string& Path) {
+    return unlink(Path.c_str()) == 0 || errno == ENOENT ? 0 : errno;
+}
+
 } // namespace
 
 const AnsweredConflict* ConflictDesk::Attend() {
@@ -36,35 +44,25 @@ const AnsweredConflict* ConflictDesk::Attend() {
 }
 
 const AnsweredConflict* ConflictDesk::Decide(const TarvaneTransferConflict& Conflict) {
-    const ConflictDecision decision = Policy.Decide(LookAt(Conflict, Policy.FollowsLinks()));
-    AnsweredConflict answer{.Conflict = Conflict, .Action = decision.Action};
-    switch (decision.Outcome) {
-    case Verdict::AskUser:
-        Open = Question{++LastId, Conflict};
+    TakenName name = LookAt(Conflict, Policy.FollowsLinks());
+    const ConflictDecision decision = Policy.Decide(name);
+    if (decision.Outcome == Verdict::AskUser) {
+        Open = Question{++LastId, std::move(name)};
         return nullptr;
-    case Verdict::Fail:
-        WhyFailed = decision.Sentence;
-        break;
-    case Verdict::Answer:
-        if (decision.Action == Action::Rename) {
-            FindFreeName(answer);
+    }
+    AnsweredConflict answer{.Conflict = Conflict};
+    if (decision.Action == Action::Rename) {
+        const auto freeName = FreeNameBeside(Conflict.DestinationPath);
+        if (!freeName) {
+            return GiveUp("no free name found beside " + Quoted(Conflict.DestinationPath),
+                          std::move(answer));
         }
-        break;
+        answer.RenamePath = freeName->native();
     }
-    return Resolve(std::move(answer));
+    return CarryOut(decision, std::move(answer));
 }
 
-void ConflictDesk::FindFreeName(AnsweredConflict& InOutAnswer) {
-    const std::string& taken = InOutAnswer.Conflict.DestinationPath;
-    const std::optional<std::filesystem::path> freeName = FreeNameBeside(taken);
-    if (!freeName) {
-        WhyFailed = "no free name found beside " + Quoted(taken);
-        InOutAnswer.Action = Action::Cancel;
-        return;
-    }
-    InOutAnswer.RenamePath = freeName->native();
-}
-
+// What stands there may have changed since the question.
 const AnsweredConflict* ConflictDesk::Answer(std::uint64_t QuestionId,
                                              const ConflictAnswer& Given) {
     if (!Open || Open->Id != QuestionId) {
@@ -76,11 +74,33 @@ const AnsweredConflict* ConflictDesk::Answer(std::uint64_t QuestionId,
     if (Given.ForAllDirectories) {
         Policy.RememberForAll(*Given.ForAllDirectories);
     }
-    const Question answered = *std::exchange(Open, std::nullopt);
-    return Resolve({.Conflict = answered.Conflict,
-                    .Action = Given.Action,
-                    .RenamePath = Given.RenamePath,
-                    .bByUser = true});
+    const TarvaneTransferConflict conflict = std::exchange(Open, std::nullopt)->Name.Conflict;
+    const TakenName name = LookAt(conflict, Policy.FollowsLinks());
+    return CarryOut(ConflictPolicy::CarryOut(name, Given.Action),
+                    {.Conflict = conflict, .RenamePath = Given.RenamePath, .bByUser = true});
+}
+
+const AnsweredConflict* ConflictDesk::CarryOut(const ConflictDecision& Decision,
+                                               AnsweredConflict Answer) {
+    if (Decision.Outcome == Verdict::Fail) {
+        return GiveUp(Decision.Sentence, std::move(Answer));
+    }
+    const std::string& destination = Answer.Conflict.DestinationPath;
+    const bool bRemoves = Decision.bReplacesLink && !Job.IsCancelRequested();
+    if (const int error = bRemoves ? RemoveLink(destination) : 0; error != 0) {
+        std::string sentence = "cannot remove symlink " + Quoted(destination) + ": " +
+                               std::generic_category().message(error);
+        return GiveUp(std::move(sentence), std::move(Answer));
+    }
+    Answer.Action = Decision.Action;
+    return Resolve(std::move(Answer));
+}
+
+const AnsweredConflict* ConflictDesk::GiveUp(std::string Sentence, AnsweredConflict Answer) {
+    WhyFailed = std::move(Sentence);
+    Answer.Action = Action::Cancel;
+    Answer.RenamePath.clear();
+    return Resolve(std::move(Answer));
 }
 
 const AnsweredConflict* ConflictDesk::Resolve(AnsweredConflict Answer) {

@@ -35,7 +35,8 @@ struct AnsweredConflict {
 };
 
 // Looks for the job's conflicts, lets the policy decide, and hands out a question where a person is
-// needed. It is the only one that resolves them.
+// needed. It is the only one that resolves them. A link that an answer replaces is removed before
+// the answer, while the worker waits, because the engine would write through it.
 //
 // Threads: one, the interface's.
 class ConflictDesk {
@@ -44,7 +45,7 @@ public:
     struct Question {
         // Different for every question of this desk.
         std::uint64_t Id = 0;
-        TarvaneTransferConflict Conflict;
+        TakenName Name;
     };
 
     static constexpr std::size_t kKeptAnswers = 1000;
@@ -81,8 +82,8 @@ public:
 
 private:
     const AnsweredConflict* Decide(const TarvaneTransferConflict& Conflict);
-    // Or gives up, where none is found.
-    void FindFreeName(AnsweredConflict& InOutAnswer);
+    const AnsweredConflict* CarryOut(const ConflictDecision& Decision, AnsweredConflict Answer);
+    const AnsweredConflict* GiveUp(std::string Sentence, AnsweredConflict Answer);
     const AnsweredConflict* Resolve(AnsweredConflict Answer);
 
     TarvaneTransferJob& Job;

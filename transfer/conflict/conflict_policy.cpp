@@ -23,12 +23,12 @@ ConflictDecision FailWith(std::string Sentence) {
     return {.Outcome = Verdict::Fail, .Sentence = std::move(Sentence)};
 }
 
-ConflictDecision FailBecauseTaken(const TarvaneTransferConflict& Conflict) {
-    return FailWith("cannot create " + Quoted(Conflict.DestinationPath) + ": File exists");
+ConflictDecision FailBecauseTaken(const TakenName& Name) {
+    return FailWith("cannot create " + Quoted(Name.Conflict.DestinationPath) + ": File exists");
 }
 
-ConflictDecision OverwriteIf(bool bOverwrite) {
-    return AnswerWith(bOverwrite ? Action::Overwrite : Action::Skip);
+Action OverwriteIf(bool bOverwrite) {
+    return bOverwrite ? Action::Overwrite : Action::Skip;
 }
 
 bool IsSourceLarger(const TarvaneTransferConflict& Conflict) {
@@ -39,34 +39,38 @@ bool DoSizesDiffer(const TarvaneTransferConflict& Conflict) {
     return HasBothSizes(Conflict) && Conflict.SourceSizeBytes != Conflict.DestinationSizeBytes;
 }
 
-// The engine reads a side without a size, a CD track or a named pipe, as different content.
-ConflictDecision Compare(const TarvaneTransferConflict& Conflict) {
-    return AnswerWith(HasBothSizes(Conflict) ? Action::CompareByContent : Action::Skip);
+// The engine reads a side without a size, a CD track or a named pipe, as different content. A link
+// that would be replaced is different from any file.
+Action Compare(const TakenName& Name) {
+    const bool bComparable = ReplacesLink(Name) || HasBothSizes(Name.Conflict);
+    return bComparable ? Action::CompareByContent : Action::Skip;
 }
 
-// A file onto something that is no directory.
-ConflictDecision DecideFile(FileConflictChoice Choice, const TarvaneTransferConflict& Conflict) {
-    switch (Choice) {
-    case FileConflictChoice::Ask:
-        return AskTheUser();
-    case FileConflictChoice::Overwrite:
-        return AnswerWith(Action::Overwrite);
-    case FileConflictChoice::Skip:
-        return AnswerWith(Action::SkipAll);
-    case FileConflictChoice::Older:
-        return OverwriteIf(IsSourceNewer(Conflict));
-    case FileConflictChoice::Compare:
-        return Compare(Conflict);
-    case FileConflictChoice::Larger:
-        return OverwriteIf(IsSourceLarger(Conflict));
-    case FileConflictChoice::SizeDiffers:
-        return OverwriteIf(DoSizesDiffer(Conflict));
-    case FileConflictChoice::KeepBoth:
-        return AnswerWith(Action::Rename);
-    case FileConflictChoice::Fail:
-        return FailBecauseTaken(Conflict);
+// Why the name is not taken from what stands there unless a person says so; empty when it may be.
+std::string WhyNotReplaced(const TakenName& Name) {
+    const std::string destination = Quoted(Name.Conflict.DestinationPath);
+    const std::string source = Quoted(Name.Conflict.SourcePath);
+    if (Name.bHoldsSource) {
+        return "cannot overwrite directory " + destination + " with " + source +
+               ", which is inside it";
     }
-    return AskTheUser();
+    if (IsSpecialInTheWay(Name)) {
+        return "cannot overwrite special file " + destination + " with " + source;
+    }
+    if (Name.Conflict.Kind == TarvaneTransferConflictKind::Directory) {
+        return "cannot overwrite non-directory " + destination + " with directory " + source;
+    }
+    if (IsDirectory(Name.Entry) && (Name.bFollowLinks || !Name.Entry.bLink)) {
+        return "cannot overwrite directory " + destination + " with non-directory " + source;
+    }
+    return {};
+}
+
+bool DoesReplace(Action Answer, const TakenName& Name) {
+    if (Name.Conflict.Kind == TarvaneTransferConflictKind::Directory) {
+        return Answer == Action::Merge && !IsDirectory(Name.Entry);
+    }
+    return Answer == Action::Overwrite || Answer == Action::CompareByContent;
 }
 
 } // namespace
@@ -78,47 +82,92 @@ ConflictPolicy::ConflictPolicy(ConflictRules ChosenRules)
                 ForDirectories == DirectoryConflictChoice::Ask) {}
 
 ConflictDecision ConflictPolicy::Decide(const TakenName& Name) const {
-    const TarvaneTransferConflict& conflict = Name.Conflict;
-    if (conflict.Kind == TarvaneTransferConflictKind::Directory) {
-        return DecideDirectory(conflict);
+    if (!Name.Entry.LeadsTo && !Name.bFollowLinks) {
+        return FailWith("not writing through dangling symlink " +
+                        Quoted(Name.Conflict.DestinationPath));
     }
-    return conflict.bDestinationDirectory ? DecideUnequalKinds(conflict)
-                                          : DecideFile(Rules.ForFiles, conflict);
+    return Name.Conflict.Kind == TarvaneTransferConflictKind::Directory ? DecideDirectory(Name)
+                                                                        : DecideFile(Name);
 }
 
-ConflictDecision ConflictPolicy::DecideDirectory(const TarvaneTransferConflict& Conflict) const {
-    switch (ForDirectories) {
-    case DirectoryConflictChoice::Ask:
+ConflictDecision ConflictPolicy::CarryOut(const TakenName& Name, Action Answer) {
+    if (!DoesReplace(Answer, Name)) {
+        return AnswerWith(Answer);
+    }
+    if (!MayBeReplaced(Name)) {
+        return FailWith(WhyNotReplaced(Name));
+    }
+    // The engine removes by itself what a directory replaces.
+    if (Name.Conflict.Kind == TarvaneTransferConflictKind::File && ReplacesLink(Name)) {
+        return {.Outcome = Verdict::Answer, .Action = Action::Overwrite, .bReplacesLink = true};
+    }
+    return AnswerWith(Answer);
+}
+
+ConflictDecision ConflictPolicy::DecideFile(const TakenName& Name) const {
+    switch (Rules.ForFiles) {
+    case FileConflictChoice::Ask:
         return AskTheUser();
-    case DirectoryConflictChoice::Merge:
-        return Conflict.bDestinationDirectory ? AnswerWith(Action::Merge)
-                                              : DecideUnequalKinds(Conflict);
-    case DirectoryConflictChoice::Skip:
-        return AnswerWith(Action::SkipAll);
-    case DirectoryConflictChoice::Fail:
-        return FailBecauseTaken(Conflict);
+    case FileConflictChoice::Overwrite:
+        return ReplaceUnasked(Name, Action::Overwrite);
+    case FileConflictChoice::Skip:
+        return AnswerWith(Action::Skip);
+    case FileConflictChoice::Older:
+        return ReplaceUnasked(Name, OverwriteIf(IsSourceNewer(Name.Conflict)));
+    case FileConflictChoice::Compare:
+        return ReplaceUnasked(Name, Compare(Name));
+    case FileConflictChoice::Larger:
+        return ReplaceUnasked(Name, OverwriteIf(IsSourceLarger(Name.Conflict)));
+    case FileConflictChoice::SizeDiffers:
+        return ReplaceUnasked(Name, OverwriteIf(DoSizesDiffer(Name.Conflict)));
+    case FileConflictChoice::KeepBoth:
+        return AnswerWith(Action::Rename);
+    case FileConflictChoice::Fail:
+        return FailBecauseTaken(Name);
     }
     return AskTheUser();
 }
 
+// What may not be replaced is no case for Chosen, not even where that would skip it.
+ConflictDecision ConflictPolicy::ReplaceUnasked(const TakenName& Name, Action Chosen) const {
+    std::string refusal = WhyNotReplaced(Name);
+    return refusal.empty() ? CarryOut(Name, Chosen) : AskOrFail(std::move(refusal));
+}
+
+ConflictDecision ConflictPolicy::DecideDirectory(const TakenName& Name) const {
+    switch (ForDirectories) {
+    case DirectoryConflictChoice::Ask:
+        return AskTheUser();
+    case DirectoryConflictChoice::Merge:
+        return IsDirectory(Name.Entry) ? Enter(Name) : ReplaceByDirectory(Name);
+    case DirectoryConflictChoice::Skip:
+        return AnswerWith(Action::Skip);
+    case DirectoryConflictChoice::Fail:
+        return FailBecauseTaken(Name);
+    }
+    return AskTheUser();
+}
+
+ConflictDecision ConflictPolicy::Enter(const TakenName& Name) const {
+    const std::string& destination = Name.Conflict.DestinationPath;
+    if (!Name.Entry.bLink || Name.bFollowLinks || destination == Rules.NamedDestination) {
+        return AnswerWith(Action::Merge);
+    }
+    return AskOrFail("not writing through symlink " + Quoted(destination) + " to directory " +
+                     Quoted(Name.Entry.LinkTarget) + "; pass --follow-links to allow it");
+}
+
 // What is lost would not be a file for a file, so the choice for files decides, but never replaces.
-ConflictDecision ConflictPolicy::DecideUnequalKinds(const TarvaneTransferConflict& Conflict) const {
-    const bool bFile = Conflict.Kind == TarvaneTransferConflictKind::File;
+ConflictDecision ConflictPolicy::ReplaceByDirectory(const TakenName& Name) const {
     if (Rules.ForFiles == FileConflictChoice::Skip) {
-        // SkipAll would skip every later directory too.
         return AnswerWith(Action::Skip);
     }
     if (Rules.ForFiles == FileConflictChoice::Fail) {
-        return FailBecauseTaken(Conflict);
+        return FailBecauseTaken(Name);
     }
-    if (Rules.ForFiles == FileConflictChoice::KeepBoth && bFile) {
-        return AnswerWith(Action::Rename);
-    }
-    if (bAsksUser) {
-        return AskTheUser();
-    }
-    const std::string destination = Quoted(Conflict.DestinationPath);
-    return FailWith(bFile ? "cannot overwrite directory " + destination + " with non-directory"
-                          : "cannot overwrite non-directory " + destination + " with directory " +
-                                Quoted(Conflict.SourcePath));
+    return AskOrFail(WhyNotReplaced(Name));
+}
+
+ConflictDecision ConflictPolicy::AskOrFail(std::string Refusal) const {
+    return bAsksUser ? AskTheUser() : FailWith(std::move(Refusal));
 }

@@ -40,20 +40,27 @@ struct ConflictDecision {
     bool bReplacesLink = false;
 };
 
-// Decides conflicts by the choices made beforehand. No choice lets a file take the place of a
-// directory, or a directory that of a file: Skip skips, KeepBoth renames a file, Fail fails, and
-// the others ask when the choices ask about anything, or else fail. A size or date that is not
-// known never overwrites. It looks at no disk, so that what a choice will do can be told
-// beforehand.
+// Decides conflicts by the choices made beforehand. It looks at no disk, so that what a choice will
+// do can be told beforehand.
+//
+// No choice lets a file take the place of a directory or a special entry, lets a directory take the
+// place of anything else, or enters a link that nobody named: Skip skips what would be replaced,
+// KeepBoth renames a file, Fail fails, and the others ask when the choices ask about anything, or
+// else fail. A link in a file's way is weighed by what it leads to, and replaced itself. A size or
+// date that is not known never overwrites.
 //
 // The engine's own "all" answers remember no such caution: OverwriteAll and OverwriteAllOlder
-// remove whole directories later, MergeAll removes files. An interface that offers them should call
-// RememberForAll instead and then do what Decide says.
+// remove whole directories later, MergeAll removes files. So every name is answered by itself, and
+// RememberForAll keeps what is for all.
 class ConflictPolicy {
 public:
     explicit ConflictPolicy(ConflictRules ChosenRules);
 
     ConflictDecision Decide(const TakenName& Name) const;
+
+    // What comes of an answer, whoever gave it: nobody writes to a special entry or removes one, or
+    // a directory with the source inside.
+    static ConflictDecision CarryOut(const TakenName& Name, TarvaneTransferConflictAction Answer);
 
     bool FollowsLinks() const { return Rules.bFollowLinks; }
 
@@ -64,8 +71,13 @@ public:
     void RememberForAll(DirectoryConflictChoice Choice) { ForDirectories = Choice; }
 
 private:
-    ConflictDecision DecideDirectory(const TarvaneTransferConflict& Conflict) const;
-    ConflictDecision DecideUnequalKinds(const TarvaneTransferConflict& Conflict) const;
+    ConflictDecision DecideFile(const TakenName& Name) const;
+    ConflictDecision ReplaceUnasked(const TakenName& Name,
+                                    TarvaneTransferConflictAction Chosen) const;
+    ConflictDecision DecideDirectory(const TakenName& Name) const;
+    ConflictDecision Enter(const TakenName& Name) const;
+    ConflictDecision ReplaceByDirectory(const TakenName& Name) const;
+    ConflictDecision AskOrFail(std::string Refusal) const;
 
     ConflictRules Rules;
     DirectoryConflictChoice ForDirectories;

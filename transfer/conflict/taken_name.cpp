@@ -41,7 +41,7 @@ std::optional<TakenEntry> LookAtTakenEntry(const fs::path& Path) {
 
 TakenName MakeTakenName(TarvaneTransferConflict Conflict, TakenEntry Entry, bool bFollowLinks) {
     const bool bReplacesDirectory =
-        Conflict.Kind == TarvaneTransferConflictKind::File && Conflict.bDestinationDirectory;
+        Conflict.Kind == TarvaneTransferConflictKind::File && IsDirectory(Entry);
     // A track's path is no path of the file system.
     const bool bHoldsSource = bReplacesDirectory && !TarvaneIsCddaPath(Conflict.SourcePath) &&
                               TarvanePathIsInside(Conflict.DestinationPath, Conflict.SourcePath);

@@ -38,5 +38,25 @@ struct TakenName {
     bool bFollowLinks;
 };
 
+inline bool IsDirectory(const TakenEntry& Entry) {
+    return Entry.LeadsTo == TakenEntry::Kind::Directory;
+}
+
+// Whether overwriting removes the link itself, and nothing of what it leads to. One that is
+// followed to a directory is removed too: there is nothing to write through it.
+inline bool ReplacesLink(const TakenName& Name) {
+    return Name.Entry.bLink && (!Name.bFollowLinks || IsDirectory(Name.Entry));
+}
+
+// A device, pipe or socket that would be written to or removed.
+inline bool IsSpecialInTheWay(const TakenName& Name) {
+    return Name.Entry.LeadsTo == TakenEntry::Kind::Special && !ReplacesLink(Name);
+}
+
+// Whether anybody may let something else take the name, a person included.
+inline bool MayBeReplaced(const TakenName& Name) {
+    return !Name.bHoldsSource && !IsSpecialInTheWay(Name);
+}
+
 // Looks at the disk only where something would take the place of a directory.
 TakenName MakeTakenName(TarvaneTransferConflict Conflict, TakenEntry Entry, bool bFollowLinks);

@@ -135,25 +135,6 @@ Refused FindRefusedNames(const TransferRequest& Request,
     return refusal.Sentences.empty() ? std::nullopt : Refused(std::move(refusal));
 }
 
-// The plan's own policies merge every directory without asking, and they replace: its Overwrite a
-// directory by a file, and even its Skip a file by a directory. So Skip is the plan's only where no
-// directory is copied; elsewhere the conflict policy answers.
-TarvaneTransferConflictPolicy PolicyOfPlan(const TransferRequest& Request,
-                                           const std::vector<TarvaneTransferItemPlan>& Items) {
-    const FileConflictChoice forFiles = Request.OnConflict.value_or(FileConflictChoice::Ask);
-    if (ChosenForDirectories(forFiles, Request.OnDirectoryConflict) !=
-        DirectoryConflictChoice::Merge) {
-        return TarvaneTransferConflictPolicy::Ask;
-    }
-    if (forFiles == FileConflictChoice::Overwrite) {
-        return TarvaneTransferConflictPolicy::Overwrite;
-    }
-    const bool bNoDirectory = std::ranges::none_of(Items, &TarvaneTransferItemPlan::bDirectory);
-    return forFiles == FileConflictChoice::Skip && bNoDirectory
-               ? TarvaneTransferConflictPolicy::Skip
-               : TarvaneTransferConflictPolicy::Ask;
-}
-
 fs::path CommonBeginning(const fs::path& First, const fs::path& Second) {
     fs::path common;
     auto other = Second.begin();
@@ -212,7 +193,8 @@ BuiltPlan BuildPlan(const TransferRequest& Request, const TrackLister& ListTrack
         return std::move(*refusal);
     }
     plan.bMove = Request.bMove;
-    plan.ConflictPolicy = PolicyOfPlan(Request, plan.Items);
+    // The engine's own policies merge into links and replace one kind of entry by another.
+    plan.ConflictPolicy = TarvaneTransferConflictPolicy::Ask;
     plan.SourceLabel = LabelFor(sources);
     return plan;
 }

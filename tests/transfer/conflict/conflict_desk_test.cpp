@@ -120,7 +120,7 @@ TEST_F(ConflictDeskTest, HandsOutAQuestionWhereAPersonIsNeeded) {
     EXPECT_EQ(desk.Attend(), nullptr);
     ASSERT_TRUE(desk.OpenQuestion().has_value());
     const ConflictDesk::Question question = *desk.OpenQuestion();
-    EXPECT_EQ(question.Conflict.DestinationPath, "/to/a");
+    EXPECT_EQ(question.Name.Conflict.DestinationPath, "/to/a");
     EXPECT_EQ(desk.Attend(), nullptr);
     ASSERT_TRUE(desk.OpenQuestion().has_value());
     EXPECT_EQ(desk.OpenQuestion()->Id, question.Id);
@@ -143,7 +143,7 @@ TEST_F(ConflictDeskTest, RemembersAnswersForAllFilesAndForAllDirectories) {
     desk.Answer(desk.OpenQuestion()->Id,
                 {.Action = Action::Overwrite, .ForAllFiles = FileConflictChoice::Overwrite});
     OpenOne(desk);
-    EXPECT_EQ(desk.OpenQuestion()->Conflict.DestinationPath, "/to/d");
+    EXPECT_EQ(desk.OpenQuestion()->Name.Conflict.DestinationPath, "/to/d");
     desk.Answer(desk.OpenQuestion()->Id,
                 {.Action = Action::Merge, .ForAllDirectories = DirectoryConflictChoice::Merge});
     EXPECT_TRUE(BecomesTrue("all are answered", [&desk] {
@@ -218,7 +218,7 @@ TEST_F(ConflictDeskTest, ALateAnswerForAllIsNotRemembered) {
     desk.Answer(first, {.Action = Action::Skip});
     desk.Answer(first, {.Action = Action::Overwrite, .ForAllFiles = FileConflictChoice::Overwrite});
     OpenOne(desk);
-    EXPECT_EQ(desk.OpenQuestion()->Conflict.DestinationPath, "/to/b");
+    EXPECT_EQ(desk.OpenQuestion()->Name.Conflict.DestinationPath, "/to/b");
 }
 
 TEST_F(ConflictDeskTest, ClosesTheQuestionWhenTheJobIsCanceled) {

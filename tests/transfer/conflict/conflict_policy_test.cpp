@@ -80,8 +80,6 @@ std::string WordFor(Action Answer) {
         return "merge";
     case Action::Skip:
         return "skip";
-    case Action::SkipAll:
-        return "skip all";
     case Action::Overwrite:
         return "overwrite";
     case Action::CompareByContent:
@@ -90,6 +88,7 @@ std::string WordFor(Action Answer) {
         return "rename";
     case Action::MergeAll:
     case Action::OverwriteAll:
+    case Action::SkipAll:
     case Action::OverwriteAllOlder:
     case Action::Cancel:
         break;
@@ -101,7 +100,7 @@ std::string Describe(const ConflictDecision& Decision) {
     switch (Decision.Outcome) {
     case ConflictDecision::Verdict::Answer:
         EXPECT_EQ(Decision.Sentence, "");
-        return WordFor(Decision.Action);
+        return WordFor(Decision.Action) + (Decision.bReplacesLink ? ", link removed" : "");
     case ConflictDecision::Verdict::AskUser:
         EXPECT_EQ(Decision.Sentence, "");
         return "ask";
@@ -158,8 +157,8 @@ TEST(FilePolicy, OverwriteReplacesEveryFile) {
     ExpectAlways(FileConflictChoice::Overwrite, "overwrite");
 }
 
-TEST(FilePolicy, SkipSkipsThisAndEveryLaterFile) {
-    ExpectAlways(FileConflictChoice::Skip, "skip all");
+TEST(FilePolicy, SkipSkipsEveryFileByItself) {
+    ExpectAlways(FileConflictChoice::Skip, "skip");
 }
 
 TEST(FilePolicy, OlderReplacesWhatIsKnownToBeOlder) {
@@ -187,8 +186,8 @@ TEST(FilePolicy, KeepBothRenames) {
 }
 
 TEST(FilePolicy, NeverPutsAFileInADirectorysPlace) {
-    const std::string refusal =
-        "fail: cannot overwrite directory '/destination/a.txt' with non-directory";
+    const std::string refusal = "fail: cannot overwrite directory '/destination/a.txt' with "
+                                "non-directory '/source/a.txt'";
     EXPECT_EQ(Decide(FileConflictChoice::Overwrite, FileOntoDirectory()), refusal);
     EXPECT_EQ(Decide(FileConflictChoice::Older, FileOntoDirectory()), refusal);
     EXPECT_EQ(Decide(FileConflictChoice::Compare, FileOntoDirectory()), refusal);
@@ -226,7 +225,7 @@ TEST(DirectoryPolicy, ItsOwnChoiceWinsWhateverFilesGet) {
         };
         EXPECT_EQ(decide(DirectoryConflictChoice::Ask), "ask");
         EXPECT_EQ(decide(DirectoryConflictChoice::Merge), "merge");
-        EXPECT_EQ(decide(DirectoryConflictChoice::Skip), "skip all");
+        EXPECT_EQ(decide(DirectoryConflictChoice::Skip), "skip");
         EXPECT_EQ(decide(DirectoryConflictChoice::Fail),
                   "fail: cannot create '/destination/d': File exists");
     }

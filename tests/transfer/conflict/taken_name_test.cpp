@@ -26,8 +26,7 @@ protected:
         TarvaneTransferConflict conflict;
         conflict.SourcePath = Source.starts_with("cdda:") ? Source : (Root / Source).native();
         conflict.DestinationPath = (Root / Destination).native();
-        conflict.bDestinationDirectory = fs::is_directory(Root / Destination);
-        return MakeTakenName(conflict, {}, kLinksStay).bHoldsSource;
+        return MakeTakenName(conflict, Look(Destination).value(), kLinksStay).bHoldsSource;
     }
 
     const TemporaryDirectory Root;

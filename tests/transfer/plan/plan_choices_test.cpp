@@ -17,43 +17,14 @@ namespace fs = std::filesystem;
 
 class PlanChoices : public PlanFixture {};
 
-TEST_F(PlanChoices, OverwriteIsThePlansOwn) {
-    TransferRequest request = Copy({"a.txt", "tree", "dest"});
-    request.OnConflict = FileConflictChoice::Overwrite;
-    EXPECT_EQ(Plan(request).ConflictPolicy, TarvaneTransferConflictPolicy::Overwrite);
-}
-
-TEST_F(PlanChoices, SkipIsThePlansOwnForFiles) {
-    TransferRequest request = Copy({"a.txt", "b.txt", "dest"});
-    request.OnConflict = FileConflictChoice::Skip;
-    EXPECT_EQ(Plan(request).ConflictPolicy, TarvaneTransferConflictPolicy::Skip);
-}
-
-TEST_F(PlanChoices, SkipIsAnsweredFromCodeForDirectoriesBecauseThePlansWouldReplaceFiles) {
-    TransferRequest request = Copy({"a.txt", "tree", "dest"});
-    request.OnConflict = FileConflictChoice::Skip;
-    EXPECT_EQ(Plan(request).ConflictPolicy, TarvaneTransferConflictPolicy::Ask);
-}
-
-TEST_F(PlanChoices, EverythingElseIsAskInThePlan) {
+TEST_F(PlanChoices, EveryPlanAsks) {
     for (const FileConflictChoice choice :
-         {FileConflictChoice::Ask, FileConflictChoice::Older, FileConflictChoice::Compare,
-          FileConflictChoice::Larger, FileConflictChoice::SizeDiffers, FileConflictChoice::KeepBoth,
+         {FileConflictChoice::Ask, FileConflictChoice::Overwrite, FileConflictChoice::Skip,
+          FileConflictChoice::Older, FileConflictChoice::Compare, FileConflictChoice::Larger,
+          FileConflictChoice::SizeDiffers, FileConflictChoice::KeepBoth,
           FileConflictChoice::Fail}) {
         TransferRequest request = Copy({"a.txt", "dest"});
         request.OnConflict = choice;
-        EXPECT_EQ(Plan(request).ConflictPolicy, TarvaneTransferConflictPolicy::Ask)
-            << static_cast<int>(choice);
-    }
-}
-
-TEST_F(PlanChoices, DirectoriesThatAreNotJustMergedMakeThePlanAsk) {
-    for (const DirectoryConflictChoice choice :
-         {DirectoryConflictChoice::Ask, DirectoryConflictChoice::Skip,
-          DirectoryConflictChoice::Fail}) {
-        TransferRequest request = Copy({"tree", "dest"});
-        request.OnConflict = FileConflictChoice::Overwrite;
-        request.OnDirectoryConflict = choice;
         EXPECT_EQ(Plan(request).ConflictPolicy, TarvaneTransferConflictPolicy::Ask)
             << static_cast<int>(choice);
     }
@@ -80,7 +51,7 @@ TEST_F(PlanChoices, AFileDoesNotTakeADirectorysPlaceUnasked) {
     request.bNoTargetDirectory = true;
     request.OnConflict = FileConflictChoice::Overwrite;
     EXPECT_EQ(Refusal(request),
-              Names({"failed", "cannot overwrite directory 'dest' with non-directory"}));
+              Names({"failed", "cannot overwrite directory 'dest' with non-directory 'a.txt'"}));
     request.OnConflict = FileConflictChoice::Ask;
     EXPECT_EQ(Ways(request), Names({"a.txt -> dest"}));
 }
