@@ -15,6 +15,8 @@ int __real_syncfs(int Descriptor);
 int __wrap_syncfs(int Descriptor);
 void __real_sync();
 void __wrap_sync();
+int __real_fsync(int Descriptor);
+int __wrap_fsync(int Descriptor);
 }
 
 int __wrap_syncfs(int Descriptor) {
@@ -24,6 +26,10 @@ int __wrap_syncfs(int Descriptor) {
 
 void __wrap_sync() {
     gFake != nullptr && gFake->Sync ? gFake->Sync() : __real_sync();
+}
+
+int __wrap_fsync(int Descriptor) {
+    return gFake != nullptr && gFake->Fsync ? gFake->Fsync(Descriptor) : __real_fsync(Descriptor);
 }
 
 FakeSyncfs::FakeSyncfs() {

@@ -1,7 +1,7 @@
-// syncfs and sync as a test wants them, at the link. The processes that a test starts inherit its
-// instructions.
+// syncfs, fsync and sync as a test wants them, at the link. The processes that a test starts
+// inherit its instructions.
 //
-// Requires: the executable wraps syncfs and sync, and links fake_syncfs.cpp.
+// Requires: the executable wraps syncfs, fsync and sync, and links fake_syncfs.cpp.
 
 #pragma once
 
@@ -16,11 +16,12 @@ public:
     FakeSyncfs(const FakeSyncfs&) = delete;
     FakeSyncfs& operator=(const FakeSyncfs&) = delete;
 
-    // Returns what syncfs returns, with errno set.
+    // These return what the calls return, with errno set.
     std::function<int(int Descriptor)> Syncfs;
+    std::function<int(int Descriptor)> Fsync;
     std::function<void()> Sync;
 
-    // Instructions for Syncfs.
+    // Instructions for the two.
     static std::function<int(int)> FailWith(int Error);
     // Waits until the process is killed.
     static int NeverEnd(int Descriptor);

@@ -27,7 +27,11 @@ bool CanVanish(const fs::path& Directory) {
 WorkerProcess::Work FlushOf(bool bOpened) {
     return [bOpened, error = 0]() mutable {
         if (bOpened) {
-            error = ::syncfs(STDIN_FILENO) == 0 ? 0 : errno;
+            // Some file systems leave what they have written in the cache of the device without
+            // fsync. Others have no such call for directories.
+            const bool bDone =
+                ::syncfs(STDIN_FILENO) == 0 && (::fsync(STDIN_FILENO) == 0 || errno == EINVAL);
+            error = bDone ? 0 : errno;
         } else {
             ::sync();
         }

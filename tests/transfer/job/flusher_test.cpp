@@ -4,6 +4,7 @@
 #include "flusher.h"
 
 #include "becomes_true.h"
+#include "block_device.h"
 #include "child_processes.h"
 #include "fake_syncfs.h"
 #include "file_tree.h"
@@ -18,6 +19,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <unistd.h>
 
@@ -45,6 +47,25 @@ protected:
         EXPECT_TRUE(Text == beginning + "No space left on device" ||
                     Text == beginning + "Input/output error")
             << Text;
+    }
+
+    // Adds a letter to a file for each call.
+    std::function<int(int)> LogCall(const std::string& Letter) const {
+        return [log = Room / "log", Letter](int) {
+            const int descriptor = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+            return ::write(descriptor, Letter.data(), 1) == 1 ? 0 : -1;
+        };
+    }
+
+    // How often a device was told to empty its cache.
+    static std::uint64_t FlushRequests(const fs::path& Directory) {
+        constexpr int kFieldsBefore = 15;
+        std::ifstream counters(BlockDeviceDirectoryOf(Directory) / "stat");
+        std::uint64_t value = 0;
+        for (int field = 0; field <= kFieldsBefore; ++field) {
+            counters >> value;
+        }
+        return value;
     }
 
     static std::uint64_t SignalBit(int Signal) { return std::uint64_t{1} << (Signal - 1); }
@@ -172,15 +193,11 @@ TEST_F(FlusherTest, SaysWhyItCannotBeStarted) {
 TEST_F(FlusherTest, FlushesEachFileSystemOnce) {
     EnterPrivateMountNamespace();
     const ScopedMount other = MountTmpfs(Room / "other", "size=1m");
-    const fs::path log = Room / "log";
-    Fake.Syncfs = [log](int) {
-        const int descriptor = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
-        return ::write(descriptor, "x", 1) == 1 ? 0 : -1;
-    };
+    Fake.Syncfs = LogCall("x");
     Flusher watch({Room / "a", Room / "b", other.Path(), Room / "c/d"});
     watch.Start(kCopied);
     EXPECT_EQ(Finished(watch).ErrorText, "");
-    EXPECT_EQ(ReadFile(log), "xx");
+    EXPECT_EQ(ReadFile(Room / "log"), "xx");
 }
 
 TEST_F(FlusherTest, FlushesEverythingWhenTheDirectoryMustNotBeOpened) {
@@ -194,6 +211,36 @@ TEST_F(FlusherTest, FlushesEverythingWhenTheDirectoryMustNotBeOpened) {
     watch.Start(kCopied);
     EXPECT_EQ(Finished(watch).ErrorText, "");
     EXPECT_TRUE(fs::exists(log));
+}
+
+// As syncfs does on vfat, it leaves the device alone.
+TEST_F(FlusherTest, FlushesTheDeviceWhereTheFileSystemDoesNot) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountLoopDisk(Room / "disk", 8);
+    Fake.Syncfs = [](int) { return 0; };
+    Flusher watch({disk.Path()});
+    WriteFile(disk.Path() / "file", PatternBytes(1024));
+    const std::uint64_t before = FlushRequests(disk.Path());
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).ErrorText, "");
+    EXPECT_GT(FlushRequests(disk.Path()), before);
+}
+
+TEST_F(FlusherTest, FlushesTheDeviceAfterTheFileSystem) {
+    Fake.Syncfs = LogCall("s");
+    Fake.Fsync = LogCall("f");
+    Flusher watch({Room.Path()});
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).ErrorText, "");
+    EXPECT_EQ(ReadFile(Room / "log"), "sf");
+}
+
+TEST_F(FlusherTest, FailsWhenTheDeviceCannotBeFlushed) {
+    Fake.Fsync = FakeSyncfs::FailWith(EIO);
+    Flusher watch({Room.Path()});
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).ErrorText,
+              "cannot write everything to '" + Room.Path().string() + "': Input/output error");
 }
 
 TEST_F(FlusherTest, CanBeLeftWhileTheDiskKeepsItWaiting) {
