@@ -1,17 +1,13 @@
 #include "flusher.h"
 
 #include "block_device.h"
+#include "file_system_flush.h"
 #include "full_path.h"
 #include "quoted.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <set>
 #include <system_error>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -20,23 +16,6 @@ namespace {
 bool CanVanish(const fs::path& Directory) {
     const StorageTraits traits = StorageOf(NearestExistingDirectory(Directory));
     return traits.bRemovable || traits.bUsb || traits.bNetwork;
-}
-
-// Flushes the file system of the process's input, or all of them where that could not be opened.
-// The reply is the errno, or 0.
-WorkerProcess::Work FlushOf(bool bOpened) {
-    return [bOpened, error = 0]() mutable {
-        if (bOpened) {
-            // Some file systems leave what they have written in the cache of the device without
-            // fsync. Others have no such call for directories.
-            const bool bDone =
-                ::syncfs(STDIN_FILENO) == 0 && (::fsync(STDIN_FILENO) == 0 || errno == EINVAL);
-            error = bDone ? 0 : errno;
-        } else {
-            ::sync();
-        }
-        return AsReply(error);
-    };
 }
 
 } // namespace
@@ -62,17 +41,20 @@ std::vector<fs::path> DirectoriesToFlush(const TarvaneTransferPlan& Plan, FlushC
 }
 
 Flusher::Flusher(const std::vector<fs::path>& Directories) {
-    std::set<dev_t> known;
     for (const fs::path& wanted : Directories) {
         const fs::path directory = NearestExistingDirectory(wanted);
-        struct stat status {};
-        if (::stat(directory.c_str(), &status) == 0 && !known.insert(status.st_dev).second) {
+        const std::optional<MountIdentity> mount = MountIdentityOf(directory);
+        const auto known = std::find_if(Targets.begin(), Targets.end(), [&](const Target& Each) {
+            return mount && Each.Mount == mount;
+        });
+        if (known != Targets.end()) {
+            known->Paths.push_back(wanted);
             continue;
         }
         Target& target = Targets.emplace_back();
-        target.Directory = directory;
-        target.Opened = OwnedDescriptor(
-            ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+        target.Paths = {directory, wanted};
+        target.Mount = mount;
+        target.Opened = OpenForFlush(directory);
         Estimate.Watch(BlockDeviceDirectoryOf(directory));
     }
 }
@@ -80,11 +62,10 @@ Flusher::Flusher(const std::vector<fs::path>& Directories) {
 void Flusher::Start(std::uint64_t CopiedBytes) {
     Estimate.Start(CopiedBytes);
     for (Target& target : Targets) {
-        const int opened = target.Opened.Get();
         try {
-            target.Process.emplace(FlushOf(opened >= 0), opened);
+            target.Process.emplace(FlushOf(target.Paths), target.Opened.Get());
         } catch (const std::system_error& error) {
-            NoteError(target, error.what());
+            NoteError(target.Paths.front(), error.what());
         }
     }
 }
@@ -105,25 +86,29 @@ FlushProgress Flusher::Poll() {
 
 void Flusher::NoteEnds() {
     for (Target& target : Targets) {
-        const std::optional<std::string> reply =
-            target.Process ? target.Process->TakeReply() : std::nullopt;
-        if (!reply) {
-            continue;
-        }
-        target.Process.reset();
-        const std::optional<int> error = FromReply<int>(*reply);
-        if (!error) {
-            NoteError(target, "the flush was interrupted");
-        } else if (*error != 0) {
-            NoteError(target, std::generic_category().message(*error));
+        if (const std::optional<std::string> reply =
+                target.Process ? target.Process->TakeReply() : std::nullopt) {
+            target.Process.reset();
+            NoteEnd(target, FromReply<FlushReply>(*reply));
         }
     }
 }
 
+void Flusher::NoteEnd(const Target& Flushed, const std::optional<FlushReply>& End) {
+    const fs::path& directory = Flushed.Paths.front();
+    if (!End) {
+        NoteError(directory, "the flush was interrupted");
+    } else if (End->Error != 0) {
+        NoteError(directory, std::generic_category().message(End->Error));
+    } else if (End->Displaced) {
+        NoteError(Flushed.Paths[*End->Displaced],
+                  "it is no longer on the file system that the transfer began on");
+    }
+}
+
 // The first one stands for all.
-void Flusher::NoteError(const Target& Flushed, const std::string& Reason) {
+void Flusher::NoteError(const fs::path& Directory, const std::string& Reason) {
     if (ErrorText.empty()) {
-        ErrorText =
-            "cannot write everything to " + Quoted(Flushed.Directory.native()) + ": " + Reason;
+        ErrorText = "cannot write everything to " + Quoted(Directory.native()) + ": " + Reason;
     }
 }

@@ -3,10 +3,10 @@
 
 #pragma once
 
+#include "file_system_flush.h"
 #include "flush_estimate.h"
 #include "tarvanetransfer.h"
 #include "transfer_request.h"
-#include "worker_process.h"
 
 #include <cstdint>
 #include <deque>
@@ -55,15 +55,17 @@ public:
 
 private:
     struct Target {
-        std::filesystem::path Directory;
-        // None when the directory must not be opened.
+        // The directory that existed before the job, and those on its mount that are to be flushed.
+        std::vector<std::filesystem::path> Paths;
+        std::optional<MountIdentity> Mount;
         OwnedDescriptor Opened;
         // Flushes it; none before and after.
         std::optional<WorkerProcess> Process;
     };
 
     void NoteEnds();
-    void NoteError(const Target& Flushed, const std::string& Reason);
+    void NoteEnd(const Target& Flushed, const std::optional<FlushReply>& End);
+    void NoteError(const std::filesystem::path& Directory, const std::string& Reason);
 
     std::deque<Target> Targets;
     FlushEstimate Estimate;

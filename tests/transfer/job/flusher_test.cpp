@@ -21,6 +21,7 @@
 #include <fstream>
 #include <functional>
 #include <string>
+#include <sys/mount.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -29,6 +30,7 @@ namespace {
 
 constexpr std::size_t kMegabyte = 1048576;
 constexpr std::uint64_t kCopied = 2 * kMegabyte;
+constexpr const char* kNotThere = "it is no longer on the file system that the transfer began on";
 
 class FlusherTest : public testing::Test {
 protected:
@@ -47,6 +49,10 @@ protected:
         EXPECT_TRUE(Text == beginning + "No space left on device" ||
                     Text == beginning + "Input/output error")
             << Text;
+    }
+
+    std::string FailureBecause(const std::string& Reason) const {
+        return "cannot write everything to '" + (Room / "disk").string() + "': " + Reason;
     }
 
     // Adds a letter to a file for each call.
@@ -241,6 +247,73 @@ TEST_F(FlusherTest, FailsWhenTheDeviceCannotBeFlushed) {
     watch.Start(kCopied);
     EXPECT_EQ(Finished(watch).ErrorText,
               "cannot write everything to '" + Room.Path().string() + "': Input/output error");
+}
+
+TEST_F(FlusherTest, FailsWhenTheFileSystemWasUnmounted) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountLoopDisk(Room / "disk", 8);
+    Flusher watch({disk.Path()});
+    WriteFile(disk.Path() / "file", PatternBytes(1024));
+    ASSERT_EQ(::umount2(disk.Path().c_str(), MNT_DETACH), 0);
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).ErrorText, FailureBecause(kNotThere));
+}
+
+TEST_F(FlusherTest, FailsWhenTheFileSystemIsUnmountedMeanwhile) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountTmpfs(Room / "disk", "size=1m");
+    Fake.Syncfs = [path = disk.Path().string()](int) {
+        return ::umount2(path.c_str(), MNT_DETACH);
+    };
+    Flusher watch({disk.Path()});
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).ErrorText, FailureBecause(kNotThere));
+}
+
+TEST_F(FlusherTest, FailsWhenAnotherFileSystemHasTakenThePlace) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountTmpfs(Room / "disk", "size=1m");
+    Flusher watch({disk.Path()});
+    const ScopedMount above = MountTmpfs(disk.Path(), "size=1m");
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).ErrorText, FailureBecause(kNotThere));
+}
+
+// The same file system, but perhaps another part of it.
+TEST_F(FlusherTest, FailsWhenAnotherMountHasTakenThePlace) {
+    EnterPrivateMountNamespace();
+    fs::create_directory(Room / "other");
+    fs::create_directory(Room / "disk");
+    Flusher watch({Room / "disk"});
+    const ScopedMount above = BindReadOnly(Room / "other", Room / "disk");
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).ErrorText, FailureBecause(kNotThere));
+}
+
+TEST_F(FlusherTest, FailsWhenAnotherFileSystemHasTakenThePlaceOfOneOfSeveralDirectories) {
+    EnterPrivateMountNamespace();
+    fs::create_directory(Room / "another");
+    fs::create_directory(Room / "disk");
+    Flusher watch({Room / "another", Room / "disk"});
+    const ScopedMount above = MountTmpfs(Room / "disk", "size=1m");
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).ErrorText, FailureBecause(kNotThere));
+}
+
+TEST_F(FlusherTest, FailsWhenAnotherFileSystemCameWhereADirectoryWasToBeMade) {
+    EnterPrivateMountNamespace();
+    Flusher watch({Room / "disk"});
+    const ScopedMount above = MountTmpfs(Room / "disk", "size=1m");
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).ErrorText, FailureBecause(kNotThere));
+}
+
+TEST_F(FlusherTest, FailsWhenTheDirectoryIsGone) {
+    fs::create_directory(Room / "disk");
+    Flusher watch({Room / "disk"});
+    fs::remove(Room / "disk");
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).ErrorText, FailureBecause(kNotThere));
 }
 
 TEST_F(FlusherTest, CanBeLeftWhileTheDiskKeepsItWaiting) {
