@@ -3,6 +3,7 @@
 #include <csignal>
 #include <string>
 
+#include "flush_texts.h"
 #include "progress_texts.h"
 #include "prompt.h"
 #include "reporter.h"
@@ -50,6 +51,7 @@ void RunFlushPhase(Flusher& Flush, const PromptContext& Context, RunOutcome& InO
     EndRequest& requests = Context.Loop.Requests();
     if (Context.Report.IsBroken() || requests.IsAsked()) {
         InOutOutcome.bFlushed = false;
+        InOutOutcome.FlushText = StillWritingText(Flush.Poll().Reach);
         return;
     }
     Flush.Start(InOutOutcome.Bytes);
@@ -60,10 +62,13 @@ void RunFlushPhase(Flusher& Flush, const PromptContext& Context, RunOutcome& InO
     InOutOutcome.bFlushed = progress.bFinished && progress.ErrorText.empty();
     if (!progress.bFinished) {
         InOutOutcome.EndSignal = requests.Signal();
+        InOutOutcome.FlushText = StillWritingText(progress.Reach);
         return;
     }
     Context.Report.FlushIsOver(progress);
-    if (!progress.ErrorText.empty()) {
+    if (progress.ErrorText.empty()) {
+        InOutOutcome.FlushText = WrittenText(progress.Reach);
+    } else {
         InOutOutcome.Result = RunResult::Failed;
         InOutOutcome.Text = progress.ErrorText;
     }

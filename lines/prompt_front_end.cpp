@@ -175,14 +175,7 @@ void PromptFrontEnd::SayEnd(const RunOutcome& Outcome) {
         Shown.PrintMessage(Outcome.Text);
         return;
     }
-    if (!Outcome.bFlushed) {
-        SayDone(Outcome.Text);
-    } else if (*Outcome.bFlushed) {
-        SayDone("Everything is written. It is safe to unplug the disk.");
-    } else {
-        SayDone("The copied files stay, but the system is still writing them. Do not unplug the "
-                "disk yet.");
-    }
+    SayDone(Outcome.bFlushed ? Outcome.FlushText : Outcome.Text);
 }
 
 void PromptFrontEnd::FinishOutputs(RunOutcome& InOutOutcome) {

@@ -14,6 +14,7 @@
 #include "becomes_true.h"
 #include "child_processes.h"
 #include "fake_syncfs.h"
+#include "flush_texts.h"
 
 namespace {
 
@@ -34,6 +35,7 @@ protected:
         return [this] { Latch.Open(); };
     }
 
+    // What is said depends on what holds the test's files.
     void ExpectOutcome(RunResult Result, const std::string& Text, bool bFlushed,
                        std::optional<int> EndSignal = std::nullopt) {
         EXPECT_EQ(Outcome.Result, Result);
@@ -44,10 +46,12 @@ protected:
     }
     void ExpectFlushed() {
         ExpectOutcome(RunResult::Succeeded, kCopied, true);
+        EXPECT_EQ(Outcome.FlushText, WrittenText(Flush.Poll().Reach));
         EXPECT_EQ(Report.Log.back(), "flush over ");
     }
     void ExpectEndedBy(int Signal) {
         ExpectOutcome(RunResult::Succeeded, kCopied, false, Signal);
+        EXPECT_EQ(Outcome.FlushText, StillWritingText(Flush.Poll().Reach));
         EXPECT_EQ(Report.Count("flush over "), 0);
     }
 

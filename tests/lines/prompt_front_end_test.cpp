@@ -19,6 +19,7 @@
 #include "completion_bell.h"
 #include "fake_syncfs.h"
 #include "json_records.h"
+#include "mounts.h"
 #include "needs.h"
 
 namespace {
@@ -536,10 +537,21 @@ protected:
 } // namespace
 
 TEST_F(FlushAtPrompt, SaysThatTheDiskIsSafeToUnplug) {
+    const RemovableDisk disk(Root.Path(), "1\n");
+    Request.Transfer.TargetDirectory = disk.Path();
     Run();
     ExpectEnd(RunResult::Succeeded,
               "Copied 1 item(s).\nEverything is written. It is safe to unplug the disk.\n");
     EXPECT_EQ(Outcome.bFlushed, true);
+}
+
+TEST_F(FlushAtPrompt, DoesNotCallSafeWhatIsOnNoDisk) {
+    EnterPrivateMountNamespace();
+    const ScopedMount memory = MountTmpfs(Root / "memory", "size=1m");
+    Request.Transfer.TargetDirectory = memory.Path();
+    Run();
+    ExpectEnd(RunResult::Succeeded,
+              "Copied 1 item(s).\nEverything is written as far as the system says.\n");
 }
 
 TEST_F(FlushAtPrompt, SaysThatTheDiskIsNotSafeToUnplugAfterEsc) {

@@ -24,7 +24,8 @@ FlushReply FlushInput() {
     if (::syncfs(STDIN_FILENO) == 0) {
         // Some file systems leave what they have written in the cache of the device otherwise.
         // Others have no such call for directories.
-        reply.Error = ::fsync(STDIN_FILENO) == 0 || errno == EINVAL ? 0 : errno;
+        reply.bDevice = ::fsync(STDIN_FILENO) == 0;
+        reply.Error = reply.bDevice || errno == EINVAL ? 0 : errno;
     } else if (errno == EBADF) {
         // The directory must not be read, so all file systems are flushed.
         ::sync();

@@ -29,6 +29,8 @@ OwnedDescriptor OpenForFlush(const std::filesystem::path& Directory);
 struct FlushReply {
     // The errno of the failure, or 0.
     int Error = 0;
+    // The device was told to empty its cache.
+    bool bDevice = false;
     // The first path that leads to another mount than the one that was opened.
     std::optional<std::size_t> Displaced;
 };

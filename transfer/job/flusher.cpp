@@ -18,6 +18,13 @@ bool CanVanish(const fs::path& Directory) {
     return traits.bRemovable || traits.bUsb || traits.bNetwork;
 }
 
+FlushReach ReachOf(const fs::path& Directory) {
+    if (StorageOf(Directory).bNetwork) {
+        return FlushReach::Server;
+    }
+    return BlockDeviceDirectoryOf(Directory).empty() ? FlushReach::System : FlushReach::Device;
+}
+
 } // namespace
 
 std::vector<fs::path> DirectoriesToFlush(const TarvaneTransferPlan& Plan, FlushChoice Choice) {
@@ -55,6 +62,7 @@ Flusher::Flusher(const std::vector<fs::path>& Directories) {
         target.Paths = {directory, wanted};
         target.Mount = mount;
         target.Opened = OpenForFlush(directory);
+        Reach = std::min(Reach, ReachOf(directory));
         Estimate.Watch(BlockDeviceDirectoryOf(directory));
     }
 }
@@ -76,6 +84,7 @@ FlushProgress Flusher::Poll() {
     progress.bFinished = std::all_of(Targets.begin(), Targets.end(),
                                      [](const Target& Each) { return !Each.Process; });
     progress.ErrorText = ErrorText;
+    progress.Reach = Reach;
     if (!progress.bFinished) {
         const FlushEstimate::Remainder left = Estimate.Look();
         progress.RemainingBytes = left.Bytes;
@@ -103,6 +112,8 @@ void Flusher::NoteEnd(const Target& Flushed, const std::optional<FlushReply>& En
     } else if (End->Displaced) {
         NoteError(Flushed.Paths[*End->Displaced],
                   "it is no longer on the file system that the transfer began on");
+    } else if (!End->bDevice) {
+        Reach = std::min(Reach, FlushReach::System);
     }
 }
 

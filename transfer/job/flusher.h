@@ -15,10 +15,21 @@
 #include <string>
 #include <vector>
 
+// How far everything has come for certain, when a flush has succeeded; the worst first.
+enum class FlushReach {
+    // To a server, which may hold it in its own memory.
+    Server,
+    // Wherever the system keeps it: no block device is known, or it could not be flushed itself.
+    System,
+    Device,
+};
+
 struct FlushProgress {
     bool bFinished = false;
     // What went wrong, as a sentence like that of UsageError; empty when nothing did.
     std::string ErrorText;
+    // Final at the end.
+    FlushReach Reach = FlushReach::Device;
     // What is still to be written, at most; nothing when that cannot be told any more.
     std::optional<std::uint64_t> RemainingBytes;
     // 0 when unknown.
@@ -69,5 +80,6 @@ private:
 
     std::deque<Target> Targets;
     FlushEstimate Estimate;
+    FlushReach Reach = FlushReach::Device;
     std::string ErrorText;
 };

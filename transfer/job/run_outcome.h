@@ -26,4 +26,6 @@ struct RunOutcome {
     std::uint64_t Bytes = 0;
     // Whether what was copied has reached the disks; nothing when that was not to be waited for.
     std::optional<bool> bFlushed = {};
+    // What is to be said of that; empty when it went wrong.
+    std::string FlushText = {};
 };

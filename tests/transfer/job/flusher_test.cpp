@@ -217,6 +217,7 @@ TEST_F(FlusherTest, FlushesEverythingWhenTheDirectoryMustNotBeOpened) {
     watch.Start(kCopied);
     EXPECT_EQ(Finished(watch).ErrorText, "");
     EXPECT_TRUE(fs::exists(log));
+    EXPECT_EQ(watch.Poll().Reach, FlushReach::System);
 }
 
 // As syncfs does on vfat, it leaves the device alone.
@@ -247,6 +248,47 @@ TEST_F(FlusherTest, FailsWhenTheDeviceCannotBeFlushed) {
     watch.Start(kCopied);
     EXPECT_EQ(Finished(watch).ErrorText,
               "cannot write everything to '" + Room.Path().string() + "': Input/output error");
+}
+
+TEST_F(FlusherTest, ReachesTheDevice) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountLoopDisk(Room / "disk", 8);
+    Flusher watch({disk.Path()});
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).Reach, FlushReach::Device);
+}
+
+TEST_F(FlusherTest, ReachesTheServerOfANetworkFileSystem) {
+    EnterPrivateMountNamespace();
+    const ScopedMount share = MountTmpfs(Room / "share", "size=1m");
+    const std::optional<MountIdentity> mount = MountIdentityOf(share.Path());
+    ASSERT_TRUE(mount.has_value());
+    WriteFile(Room / "mountinfo",
+              std::to_string(mount->MountId) + " 1 0:99 / /share rw - 9p server rw\n");
+    const ScopedMount table = BindFile(Room / "mountinfo", "/proc/self/mountinfo");
+    Flusher watch({share.Path()});
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).Reach, FlushReach::Server);
+}
+
+TEST_F(FlusherTest, ReachesTheSystemWhereAFileSystemCannotFlushItsDevice) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountLoopDisk(Room / "disk", 8);
+    Fake.Fsync = FakeSyncfs::FailWith(EINVAL);
+    Flusher watch({disk.Path()});
+    watch.Start(kCopied);
+    const FlushProgress end = Finished(watch);
+    EXPECT_EQ(end.ErrorText, "");
+    EXPECT_EQ(end.Reach, FlushReach::System);
+}
+
+TEST_F(FlusherTest, ReachesWhatIsWorstOfSeveral) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountLoopDisk(Room / "disk", 8);
+    const ScopedMount memory = MountTmpfs(Room / "memory", "size=1m");
+    Flusher watch({memory.Path(), disk.Path()});
+    watch.Start(kCopied);
+    EXPECT_EQ(Finished(watch).Reach, FlushReach::System);
 }
 
 TEST_F(FlusherTest, FailsWhenTheFileSystemWasUnmounted) {
