@@ -124,8 +124,8 @@ std::optional<RunOutcome> FollowVerdict(const PreflightVerdict& Verdict,
 
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
-                                            const PromptContext& Context) {
-    PreflightRun preflight(Plan);
+                                            const PromptContext& Context, const KnownDiscs& Discs) {
+    PreflightRun preflight(Plan, Discs);
     PreflightWait wait(preflight, Context);
     Context.Loop.Run(wait);
     Context.Shown.Clear();

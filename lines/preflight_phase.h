@@ -7,6 +7,7 @@
 #include "prompt_context.h"
 #include "run_outcome.h"
 #include "tarvanetransfer.h"
+#include "track_list.h"
 #include "transfer_request.h"
 
 // Looks through the sources beside the loop, says so, and tells what it found. Esc skips it.
@@ -15,4 +16,5 @@
 // Returns how the run has ended, or nothing when it goes on. A dry run always ends here.
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
-                                            const PromptContext& Context);
+                                            const PromptContext& Context,
+                                            const KnownDiscs& Discs = {});

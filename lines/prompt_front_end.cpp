@@ -41,6 +41,7 @@ private:
     PromptContext Context() { return {Screen, Shown, Loop, *Report}; }
 
     BuiltPlan Plan();
+    const KnownDiscs::mapped_type& TracksIn(const std::string& Device);
     RunOutcome Refuse(const PlanRefusal& Refusal);
     RunOutcome Carry(TarvaneTransferPlan Plan);
     void SayWhatGoesWhere(const TarvaneTransferPlan& Plan);
@@ -60,6 +61,7 @@ private:
     std::unique_ptr<Reporter> Report;
     // Standard output, unless the records go there.
     LineQueue Results;
+    KnownDiscs Discs;
 };
 
 RunOutcome PromptFrontEnd::Run() {
@@ -93,9 +95,16 @@ std::unique_ptr<Reporter> PromptFrontEnd::MakeReporter() {
 }
 
 BuiltPlan PromptFrontEnd::Plan() {
-    return BuildPlan(Transfer, [this](const std::string& Device) {
-        return ListTracksAtPrompt(Device, Context());
-    });
+    return BuildPlan(Transfer, [this](const std::string& Device) { return TracksIn(Device); });
+}
+
+// Asks each drive once.
+const KnownDiscs::mapped_type& PromptFrontEnd::TracksIn(const std::string& Device) {
+    const auto [position, bNew] = Discs.try_emplace(Device);
+    if (bNew) {
+        position->second = ListTracksAtPrompt(Device, Context());
+    }
+    return position->second;
 }
 
 RunOutcome PromptFrontEnd::Refuse(const PlanRefusal& Refusal) {
@@ -118,7 +127,7 @@ RunOutcome PromptFrontEnd::Refuse(const PlanRefusal& Refusal) {
 RunOutcome PromptFrontEnd::Carry(TarvaneTransferPlan Plan) {
     const PromptContext context = Context();
     if (Transfer.bPreflight || Transfer.bDryRun) {
-        if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, context)) {
+        if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, context, Discs)) {
             return *end;
         }
     }

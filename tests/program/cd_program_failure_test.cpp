@@ -3,6 +3,8 @@
 #include "cd_program_fixture.h"
 
 #include <cerrno>
+#include <csignal>
+#include <functional>
 
 namespace {
 
@@ -31,25 +33,25 @@ TEST_F(CdProgram, SaysThatATrackHasNoLength) {
 
 TEST_F(CdProgram, RefusesATableThatGoesBackwards) {
     Drives.Describe(AudioDisc({1000, 150}, 2000, kDisc));
-    ExpectFailure(Copy({"cdda:/dev/sr0/1"}), "Audio CD track has an invalid frame range.");
-    ExpectFailure(Copy({"cdda:/dev/sr0"}), "The drive gave no readable table of contents.");
+    for (const char* source : {"cdda:/dev/sr0", "cdda:/dev/sr0/1"}) {
+        ExpectFailure(Copy({source}), "The drive gave no readable table of contents.");
+    }
     EXPECT_EQ(TreeOf(Music), Tree{});
 }
 
 TEST_F(CdProgram, RefusesAMissingDrive) {
-    ExpectFailure(Copy({"cdda:/dev/sr7/1"}),
-                  "Could not open CD drive /dev/sr7: No such file or directory");
-    ExpectFailure(Copy({"cdda:/dev/sr7"}),
-                  "cannot open CD drive '/dev/sr7': No such file or directory");
+    for (const char* source : {"cdda:/dev/sr7", "cdda:/dev/sr7/1"}) {
+        ExpectFailure(Copy({source}), "cannot open CD drive '/dev/sr7': No such file or directory");
+    }
 }
 
 TEST_F(CdProgram, RefusesAnEmptyDrive) {
     FakeDisc disc;
     disc.bPresent = false;
     Drives.Describe(disc);
-    ExpectFailure(Copy({"cdda:/dev/sr0/1"}),
-                  "No readable audio CD TOC in /dev/sr0: No medium found");
-    ExpectFailure(Copy({"cdda:/dev/sr0"}), "no disc in '/dev/sr0'");
+    for (const char* source : {"cdda:/dev/sr0", "cdda:/dev/sr0/1"}) {
+        ExpectFailure(Copy({source}), "no disc in '/dev/sr0'");
+    }
 }
 
 TEST_F(CdProgram, SaysBeforeTheJobWhatWouldStopIt) {
@@ -146,14 +148,44 @@ TEST_F(CdProgram, StaysAliveWhileTheDriveHoldsARead) {
     EXPECT_EQ(TreeOf(Music), Tree{});
 }
 
-TEST_F(CdProgram, StaysAliveWhileTheDriveGetsReady) {
-    FakeDisc disc = ThreeTracks();
-    disc.Faults = {{"header", 0, 100000}};
-    Drives.Describe(disc);
-    ProgramInTerminal program(CopyInTerminal("cdda:/dev/sr0"));
-    ASSERT_TRUE(program.ShowsText("waiting for the drive"));
-    program.Type("\x1b");
-    EXPECT_TRUE(program.ExitsWith(130, 10.0));
+class HeldCdProgram : public CdProgram {
+protected:
+    HeldCdProgram() {
+        FakeDisc disc = ThreeTracks();
+        disc.Faults = {{"header", 0, 100000}};
+        Drives.Describe(disc);
+    }
+
+    // For the whole disc, for one track, and without a look before the job.
+    void ExpectToEnd(const std::function<void(ProgramInTerminal&)>& End, int Status) const {
+        ExpectToEnd(CopyInTerminal("cdda:/dev/sr0"), End, Status);
+        ProgramInTerminal::Setting setting = CopyInTerminal("cdda:/dev/sr0/1");
+        ExpectToEnd(setting, End, Status);
+        setting.Command.emplace_back("--no-preflight");
+        ExpectToEnd(setting, End, Status);
+    }
+
+private:
+    void ExpectToEnd(const ProgramInTerminal::Setting& Setting,
+                     const std::function<void(ProgramInTerminal&)>& End, int Status) const {
+        ProgramInTerminal program(Setting);
+        ASSERT_TRUE(program.ShowsText("tarvane: waiting for the drive, Esc cancels\n"));
+        End(program);
+        EXPECT_TRUE(program.ExitsWith(Status, 10.0));
+        EXPECT_EQ(TreeOf(Music), Tree{});
+    }
+};
+
+TEST_F(HeldCdProgram, EndsAtOnceWithEscWhileTheDriveGetsReady) {
+    ExpectToEnd([](ProgramInTerminal& Program) { Program.Type("\x1b"); }, 130);
+}
+
+TEST_F(HeldCdProgram, EndsAtOnceWithCtrlCWhileTheDriveGetsReady) {
+    ExpectToEnd([](ProgramInTerminal& Program) { Program.Type("\x03"); }, 130);
+}
+
+TEST_F(HeldCdProgram, EndsAtOnceWithASignalWhileTheDriveGetsReady) {
+    ExpectToEnd([](ProgramInTerminal& Program) { Program.Signal(SIGTERM); }, 128 + SIGTERM);
 }
 
 } // namespace

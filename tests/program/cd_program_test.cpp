@@ -59,6 +59,15 @@ TEST_F(CdProgram, CopiesAllTracks) {
     EXPECT_EQ(Drives.OpenDescriptors(), 0);
 }
 
+TEST_F(CdProgram, ReadsTheTableOnceBeforeTheJob) {
+    constexpr int kReadingsOfAJob = 2;
+    Copy({"cdda:/dev/sr0/2", "cdda:/dev/sr0/3"});
+    EXPECT_EQ(Drives.CountCalls("/dev/sr0: header"), 1 + 2 * kReadingsOfAJob);
+    Drives.ForgetCalls();
+    Copy({"cdda:/dev/sr0"}, "overwrite");
+    EXPECT_EQ(Drives.CountCalls("/dev/sr0: header"), 1 + 3 * kReadingsOfAJob);
+}
+
 TEST_F(CdProgram, CopiesTheAudioTracksOfAMixedDisc) {
     FakeDisc disc = ThreeTracks();
     disc.Tracks[0].bData = true;

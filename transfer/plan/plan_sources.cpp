@@ -1,5 +1,6 @@
 #include "plan_sources.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <optional>
 #include <system_error>
@@ -43,12 +44,14 @@ private:
         return false;
     }
 
-    // Others may be missing too.
+    // Others may be missing too. A drive that several tracks are in is missing once.
     bool AddFailure(std::string Sentence) {
         if (!Refusal) {
             Refusal.emplace();
         }
-        Refusal->Sentences.push_back(std::move(Sentence));
+        if (std::ranges::find(Refusal->Sentences, Sentence) == Refusal->Sentences.end()) {
+            Refusal->Sentences.push_back(std::move(Sentence));
+        }
         return true;
     }
 
@@ -85,29 +88,33 @@ private:
         if (device.empty()) {
             return RefuseUsage(Quoted(Operand.native()) + " names no drive");
         }
+        const auto result = ListTracks(device);
+        if (const auto* failure = std::get_if<TrackListFailure>(&result)) {
+            return AddDiscFailure(*failure);
+        }
         const int number = TarvaneCddaTrackFromPath(Operand.native());
         if (number != 0) {
             AddTrack(Operand, number);
-            return true;
-        }
-        return AddDisc(device);
-    }
-
-    bool AddDisc(const std::string& Device) {
-        const auto result = ListTracks(Device);
-        if (const auto* failure = std::get_if<TrackListFailure>(&result)) {
-            if (failure->Reason.empty()) {
-                Refusal = {PlanRefusalKind::Canceled, {}};
-                return false;
-            }
-            return AddFailure(failure->Reason);
-        }
-        for (const TrackListEntry& track : std::get<TrackList>(result).Tracks) {
-            if (!track.bData) {
-                AddTrack(TrackPath(Device, track.Number), track.Number);
-            }
+        } else {
+            AddDisc(std::get<TrackList>(result));
         }
         return true;
+    }
+
+    bool AddDiscFailure(const TrackListFailure& Failure) {
+        if (!Failure.Reason.empty()) {
+            return AddFailure(Failure.Reason);
+        }
+        Refusal = {PlanRefusalKind::Canceled, {}};
+        return false;
+    }
+
+    void AddDisc(const TrackList& Disc) {
+        for (const TrackListEntry& track : Disc.Tracks) {
+            if (!track.bData) {
+                AddTrack(TrackPath(Disc.Device, track.Number), track.Number);
+            }
+        }
     }
 
     const bool bMove;

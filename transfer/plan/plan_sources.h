@@ -24,6 +24,9 @@ struct PlanSource {
 };
 
 // Looks each operand up and opens up whole CDs. Every missing operand is reported.
+//
+// Every CD is listed, also for a track that is named: nothing can interrupt the job while a drive
+// gets ready, so that is waited for here.
 std::variant<std::vector<PlanSource>, PlanRefusal>
 FindSources(const std::vector<std::filesystem::path>& Operands, bool bMove,
             const TrackLister& ListTracks);

@@ -17,8 +17,9 @@ namespace {
 
 class Preflight {
 public:
-    Preflight(const TarvaneTransferPlan& PlanToLookAt, PreflightControl& ControlToUse)
-        : Plan(PlanToLookAt), Control(ControlToUse) {}
+    Preflight(const TarvaneTransferPlan& PlanToLookAt, PreflightControl& ControlToUse,
+              const KnownDiscs& Discs)
+        : Plan(PlanToLookAt), Control(ControlToUse), Tracks(Result, Discs) {}
 
     PreflightResult Run();
 
@@ -42,7 +43,7 @@ private:
     PreflightControl& Control;
     PreflightResult Result;
     SourceWalk Sources{Result, Control};
-    TrackLook Tracks{Result};
+    TrackLook Tracks;
     // By the directory that is written to, which need not exist yet.
     std::map<fs::path, DestinationFacts> KnownFacts;
     std::set<fs::path> CheckedParents;
@@ -135,6 +136,7 @@ void Preflight::CheckSpace() {
 
 } // namespace
 
-PreflightResult RunPreflight(const TarvaneTransferPlan& Plan, PreflightControl& Control) {
-    return Preflight(Plan, Control).Run();
+PreflightResult RunPreflight(const TarvaneTransferPlan& Plan, PreflightControl& Control,
+                             const KnownDiscs& Discs) {
+    return Preflight(Plan, Control, Discs).Run();
 }

@@ -25,9 +25,10 @@ void Unmap(PreflightControl* Mapped) {
     munmap(Mapped, sizeof(PreflightControl));
 }
 
-PreflightEnd Look(const TarvaneTransferPlan& Plan, PreflightControl& Control) {
+PreflightEnd Look(const TarvaneTransferPlan& Plan, const KnownDiscs& Discs,
+                  PreflightControl& Control) {
     try {
-        return {RunPreflight(Plan, Control), {}};
+        return {RunPreflight(Plan, Control, Discs), {}};
     } catch (const std::exception& error) {
         return {{}, error.what()};
     }
@@ -35,10 +36,11 @@ PreflightEnd Look(const TarvaneTransferPlan& Plan, PreflightControl& Control) {
 
 } // namespace
 
-PreflightRun::PreflightRun(const TarvaneTransferPlan& Plan) : Control(MapShared(), Unmap) {
+PreflightRun::PreflightRun(const TarvaneTransferPlan& Plan, const KnownDiscs& Discs)
+    : Control(MapShared(), Unmap) {
     try {
-        Process.emplace([&Plan, &control = *Control, reply = std::string()]() mutable {
-            reply = ReplyFrom(Look(Plan, control));
+        Process.emplace([&Plan, &Discs, &control = *Control, reply = std::string()]() mutable {
+            reply = ReplyFrom(Look(Plan, Discs, control));
             return std::string_view(reply);
         });
     } catch (const std::system_error& error) {

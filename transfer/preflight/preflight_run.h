@@ -4,6 +4,7 @@
 
 #include "preflight_reply.h"
 #include "tarvanetransfer.h"
+#include "track_list.h"
 #include "worker_process.h"
 
 #include <memory>
@@ -17,7 +18,7 @@
 // Threads: one thread makes, uses and destroys it; others may run.
 class PreflightRun {
 public:
-    explicit PreflightRun(const TarvaneTransferPlan& Plan);
+    explicit PreflightRun(const TarvaneTransferPlan& Plan, const KnownDiscs& Discs = {});
 
     void RequestStop() { Control->bStopRequested = true; }
     std::uint64_t EntriesSeen() const { return Control->EntriesSeen; }

@@ -12,7 +12,7 @@ std::uint64_t TrackLook::LookAt(const std::string& TrackPath) {
         Result.Findings.AddStop(PreflightFindingKind::MissingTrack, TrackPath);
         return 0;
     }
-    const Disc& disc = DiscIn(device);
+    const KnownDiscs::mapped_type& disc = DiscIn(device);
     if (const auto* failure = std::get_if<TrackListFailure>(&disc)) {
         Result.Findings.AddStop(PreflightFindingKind::MissingDrive, TrackPath, failure->Reason);
         return 0;
@@ -41,7 +41,7 @@ std::uint64_t TrackLook::LookAt(const std::string& TrackPath) {
     return TrackWavSizeBytes(*track);
 }
 
-const TrackLook::Disc& TrackLook::DiscIn(const std::string& Device) {
+const KnownDiscs::mapped_type& TrackLook::DiscIn(const std::string& Device) {
     const auto [position, bNew] = Discs.try_emplace(Device);
     if (bNew) {
         position->second = ReadTrackList(Device);

@@ -6,14 +6,15 @@
 #include "track_list.h"
 
 #include <cstdint>
-#include <map>
 #include <string>
-#include <variant>
+#include <utility>
 
 class TrackLook {
 public:
-    // Adds to the findings and totals of Result, which must outlive it.
-    explicit TrackLook(PreflightResult& ResultToFill) : Result(ResultToFill) {}
+    // Adds to the findings and totals of Result, which must outlive it. Drives that are not among
+    // the discs are asked.
+    explicit TrackLook(PreflightResult& ResultToFill, KnownDiscs AlreadyRead = {})
+        : Result(ResultToFill), Discs(std::move(AlreadyRead)) {}
 
     // Returns the size of the WAV file that the track becomes; 0 when it becomes none.
     //
@@ -21,11 +22,9 @@ public:
     std::uint64_t LookAt(const std::string& TrackPath);
 
 private:
-    using Disc = std::variant<TrackList, TrackListFailure>;
-
-    const Disc& DiscIn(const std::string& Device);
+    const KnownDiscs::mapped_type& DiscIn(const std::string& Device);
 
     PreflightResult& Result;
-    // By drive, each read only once.
-    std::map<std::string, Disc> Discs;
+    // Each drive is asked only once.
+    KnownDiscs Discs;
 };

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <variant>
 #include <vector>
@@ -32,8 +33,11 @@ struct TrackListFailure {
     std::string Reason;
 };
 
-// Reads what the disc in Device holds. Whoever gives one decides how to wait: a drive that gets
-// ready may take 20 s and more.
+// What drives have told, by their paths.
+using KnownDiscs = std::map<std::string, std::variant<TrackList, TrackListFailure>>;
+
+// Reads what the disc in Device holds. Whoever gives one decides how to wait, as a drive that gets
+// ready may take 20 s and more, and whether one that is asked for again is read again.
 using TrackLister =
     std::function<std::variant<TrackList, TrackListFailure>(const std::string& Device)>;
 

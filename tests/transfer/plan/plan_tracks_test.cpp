@@ -14,6 +14,8 @@ namespace {
 
 class PlanTracks : public PlanFixture {
 protected:
+    PlanTracks() { Hold(TrackList{"/dev/sr0", {{1, false, 150, 300}, {2, false, 300, 500}}}); }
+
     // What the drive holds, or why that is not known.
     void Hold(const std::variant<TrackList, TrackListFailure>& Result) {
         ListTracks = [this, Result](const std::string& Device) {
@@ -26,11 +28,10 @@ protected:
 };
 
 TEST_F(PlanTracks, ATrackBecomesAWavFile) {
-    Hold(TrackListFailure{"not asked"});
     EXPECT_EQ(Ways(Copy({"cdda:/dev/sr0/3", "cdda:/dev/sr0/Track 12.wav", "dest"})),
               Names({"cdda:/dev/sr0/3 -> dest/Track 03.wav",
                      "cdda:/dev/sr0/Track 12.wav -> dest/Track 12.wav"}));
-    EXPECT_EQ(Devices, Names());
+    EXPECT_EQ(Devices, Names({"/dev/sr0", "/dev/sr0"}));
 }
 
 TEST_F(PlanTracks, ATrackMayGetANewName) {
@@ -80,15 +81,27 @@ TEST_F(PlanTracks, OneTrackInTwoWritingsCannotLandTwice) {
 }
 
 TEST_F(PlanTracks, ADiscThatCannotBeReadIsAFailure) {
+    Hold(TrackListFailure{"no disc in '/dev/sr0'"});
     EXPECT_EQ(
         Refusal(Copy({"no", "cdda:/dev/sr0", "dest"})),
         Names({"failed", "cannot stat 'no': No such file or directory", "no disc in '/dev/sr0'"}));
 }
 
+TEST_F(PlanTracks, TracksOfADiscThatCannotBeReadAreOneFailure) {
+    Hold(TrackListFailure{"no disc in '/dev/sr0'"});
+    EXPECT_EQ(Refusal(Copy({"cdda:/dev/sr0/1", "no", "cdda:/dev/sr0/2", "dest"})),
+              Names({"failed", "no disc in '/dev/sr0'",
+                     "cannot stat 'no': No such file or "
+                     "directory"}));
+}
+
 TEST_F(PlanTracks, AWaitForADriveThatTheUserEndedSaysNothing) {
     Hold(TrackListFailure{});
-    EXPECT_EQ(Refusal(Copy({"cdda:/dev/sr0", "cdda:/dev/sr1", "dest"})), Names({"canceled"}));
-    EXPECT_EQ(Devices, Names({"/dev/sr0"}));
+    for (const char* operand : {"cdda:/dev/sr0", "cdda:/dev/sr0/1"}) {
+        Devices.clear();
+        EXPECT_EQ(Refusal(Copy({operand, "cdda:/dev/sr1", "dest"})), Names({"canceled"}));
+        EXPECT_EQ(Devices, Names({"/dev/sr0"}));
+    }
 }
 
 TEST_F(PlanTracks, AMalformedCdPathNamesNoDrive) {
