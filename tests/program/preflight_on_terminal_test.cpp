@@ -78,7 +78,7 @@ protected:
 
     void StartAndHang() {
         Start({"copy", "--dry-run", "from", "to"});
-        ASSERT_TRUE(Program->ShowsText("Looking through the sources: 1 entries."));
+        ASSERT_TRUE(Program->ShowsText("Looking through the sources: 1 entry."));
         ASSERT_TRUE(BecomesTrue("the look hangs", [this] { return Hung->IsHolding(); }));
     }
 

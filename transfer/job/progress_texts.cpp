@@ -46,7 +46,8 @@ std::string WrongTotalsText(const ProgressClaims& Claims) {
 }
 
 std::string PreflightText(std::uint64_t EntriesSeen) {
-    return "Looking through the sources: " + std::to_string(EntriesSeen) + " entries.";
+    return "Looking through the sources: " + std::to_string(EntriesSeen) +
+           (EntriesSeen == 1 ? " entry." : " entries.");
 }
 
 std::string FlushText(const FlushProgress& Progress) {

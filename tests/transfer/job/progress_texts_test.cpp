@@ -55,6 +55,12 @@ TEST_F(ProgressLineTest, HoldsTheHintOnceACancelIsRequested) {
               "Remaining 29:52 | Canceling transfer.");
 }
 
+TEST(PreflightText, CountsEntriesInWords) {
+    EXPECT_EQ(PreflightText(0), "Looking through the sources: 0 entries.");
+    EXPECT_EQ(PreflightText(1), "Looking through the sources: 1 entry.");
+    EXPECT_EQ(PreflightText(2), "Looking through the sources: 2 entries.");
+}
+
 class ProgressWatchTest : public testing::Test {
 protected:
     // A running copy of 1000 bytes in 10 entries.
