@@ -73,14 +73,16 @@ void InterfaceLoop::TakeSignal(int Signal) {
     HurryFrame();
 }
 
-void InterfaceLoop::Stop(int StopSignal) {
+// False when nobody could continue the process, which has therefore not stopped.
+bool InterfaceLoop::Stop(int StopSignal) {
     if (Screen.IsForeground()) {
         Surface.Clear();
     }
     Screen.LeaveKeyMode();
-    Screen.StopBy(StopSignal);
+    const bool bStopped = Screen.StopBy(StopSignal);
     Resume();
     HurryFrame();
+    return bStopped;
 }
 
 // Whatever stood on the screen, the shell has written below it since. The next frame, which comes
@@ -110,15 +112,14 @@ void InterfaceLoop::NoticeClosedTerminal(bool bReaderGone) {
 
 // True when the process was stopped: the screen is drawn only after what has come meanwhile.
 bool InterfaceLoop::CallForAnswer() {
-    if (bClosed) {
-        End.Terminate(SIGHUP, Screen.Now());
+    if (!bClosed && Screen.IsForeground()) {
         return false;
     }
-    if (Screen.IsForeground()) {
-        return false;
+    if (!bClosed && Stop(SIGTTIN)) {
+        return true;
     }
-    Stop(SIGTTIN);
-    return true;
+    End.Terminate(SIGHUP, Screen.Now());
+    return false;
 }
 
 void InterfaceLoop::DrawWhenDue(Activity& Current) {

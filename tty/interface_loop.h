@@ -76,7 +76,7 @@ public:
 private:
     void TakeEvents(Activity& Current);
     void TakeSignal(int Signal);
-    void Stop(int StopSignal);
+    bool Stop(int StopSignal);
     void Resume();
     void EnsureKeyMode();
     void NoticeClosedTerminal(bool bReaderGone);

@@ -55,7 +55,7 @@ std::optional<int> SignalInbox::Take() {
     return static_cast<int>(received.ssi_signo);
 }
 
-void SignalInbox::StopBy(int StopSignal) {
+bool SignalInbox::StopBy(int StopSignal) {
     sigset_t only;
     sigemptyset(&only);
     sigaddset(&only, StopSignal);
@@ -67,7 +67,7 @@ void SignalInbox::StopBy(int StopSignal) {
     sigemptyset(&only);
     sigaddset(&only, SIGCONT);
     constexpr timespec kAtOnce{};
-    sigtimedwait(&only, nullptr, &kAtOnce);
+    return sigtimedwait(&only, nullptr, &kAtOnce) == SIGCONT;
 }
 
 void SendSignalAfter(std::chrono::seconds Delay, int Signal) {

@@ -29,9 +29,9 @@ public:
     // The number of a signal that has arrived, each once.
     std::optional<int> Take();
     // Lets StopSignal (SIGTSTP, SIGTTIN) stop the process as the system does by itself, and comes
-    // back when it runs again, at once where there is nobody to continue it. The SIGCONT that has
-    // continued it is not taken for one that came by itself.
-    void StopBy(int StopSignal);
+    // back when it runs again: false at once where there is nobody to continue it. The SIGCONT that
+    // has continued it is not taken for one that came by itself.
+    bool StopBy(int StopSignal);
 
 private:
     sigset_t Signals{};

@@ -26,7 +26,7 @@ public:
     bool EnterKeyMode() override { return Device.EnterKeyMode(); }
     void LeaveKeyMode() override { Device.LeaveKeyMode(); }
     bool TakesKeys() const override { return Device.KeyFd() >= 0; }
-    void StopBy(int StopSignal) override { Signals->StopBy(StopSignal); }
+    bool StopBy(int StopSignal) override { return Signals->StopBy(StopSignal); }
     bool IsOutputTerminal() const override { return bOutputTerminal; }
     bool CanRedraw() const override { return bCanRedraw; }
     bool CanAsk() const override { return bCanAsk; }

@@ -52,8 +52,9 @@ public:
     virtual bool TakesKeys() const = 0;
 
     // Lets StopSignal (SIGTSTP, SIGTTIN) stop the process as the system does by itself, and comes
-    // back when it runs again. The signal that has continued it is no event.
-    virtual void StopBy(int StopSignal) = 0;
+    // back when it runs again: false at once where nobody could continue it. The signal that has
+    // continued it is no event.
+    virtual bool StopBy(int StopSignal) = 0;
 
     // Where things are shown: whether it is a terminal at all, whether its lines can be redrawn,
     // and whether somebody there can be asked.

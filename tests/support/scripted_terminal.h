@@ -95,6 +95,8 @@ public:
     std::set<int> IgnoredSignals;
     // A stop puts the program into the foreground again, as `fg` does.
     bool bForegroundAfterStop = true;
+    // False where nobody could continue it.
+    bool bStops = true;
 
     TimePoint Now() const override { return Clock; }
 
@@ -136,9 +138,10 @@ public:
         }
     }
     bool TakesKeys() const override { return bKeyMode && bForeground; }
-    void StopBy(int StopSignal) override {
+    bool StopBy(int StopSignal) override {
         Asked.push_back("stop " + std::to_string(StopSignal));
         bForeground = bForegroundAfterStop;
+        return bStops;
     }
     bool IsOutputTerminal() const override { return bOutputTerminal; }
     bool CanRedraw() const override { return bRedraws; }

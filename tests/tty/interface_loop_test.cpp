@@ -326,6 +326,20 @@ TEST_F(InterfaceLoopTest, DoesNotStopForAnAnswerInTheForeground) {
     EXPECT_EQ(Screen.Calls(), Words{"keys"});
 }
 
+// A shell that has left its job behind: the background of a terminal, and nobody to say `fg`.
+TEST_F(InterfaceLoopTest, EndsWhereAStopForAnAnswerIsNone) {
+    Screen.bForeground = Screen.bForegroundAfterStop = Screen.bStops = false;
+    LoggingActivity activity = For(milliseconds(1000));
+    activity.bAsks = true;
+    activity.OverWhen = [this] { return Loop.Requests().IsAsked(); };
+    const Terminal::TimePoint start = Screen.Now();
+    Loop.Run(activity);
+    ASSERT_TRUE(Loop.Requests().IsAsked());
+    EXPECT_EQ(Loop.Requests().Signal(), SIGHUP);
+    EXPECT_LE(Screen.Now() - start, milliseconds(100));
+    EXPECT_EQ(Screen.Calls(), Words{"stop " + std::to_string(SIGTTIN)});
+}
+
 TEST_F(InterfaceLoopTest, EndsWhereNobodyIsLeftToAnswer) {
     Screen.bClosed = true;
     Screen.IgnoredSignals = {SIGHUP};

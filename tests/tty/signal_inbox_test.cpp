@@ -66,8 +66,8 @@ TEST(SignalInbox, StopsTheProcessAndForgetsWhatHasContinuedIt) {
             // Whoever is alone in its group with its parent outside can be stopped.
             setpgid(0, 0);
             SignalInbox inbox;
-            inbox.StopBy(signal);
-            const bool bNothingCame = !inbox.Take();
+            const bool bStopped = inbox.StopBy(signal);
+            const bool bNothingCame = bStopped && !inbox.Take();
             raise(SIGTSTP);
             _exit(bNothingCame && inbox.Take() == SIGTSTP ? 42 : 1);
         }
@@ -77,6 +77,22 @@ TEST(SignalInbox, StopsTheProcessAndForgetsWhatHasContinuedIt) {
         EXPECT_EQ(WSTOPSIG(status), signal);
         kill(child, SIGCONT);
         waitpid(child, &status, 0);
+        EXPECT_EQ(WEXITSTATUS(status), 42);
+    }
+}
+
+TEST(SignalInbox, TellsThatNobodyCouldContinueIt) {
+    for (const int signal : {SIGTSTP, SIGTTIN}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            // Whoever leads a session has nobody outside of its group in it.
+            setsid();
+            SignalInbox inbox;
+            _exit(inbox.StopBy(signal) ? 1 : 42);
+        }
+        int status = 0;
+        waitpid(child, &status, WUNTRACED);
+        EXPECT_TRUE(WIFEXITED(status));
         EXPECT_EQ(WEXITSTATUS(status), 42);
     }
 }
