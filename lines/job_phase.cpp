@@ -110,7 +110,7 @@ void JobActivity::TakeKey(const KeyPress& Key) {
 }
 
 void JobActivity::TakeAnswer(const ConflictAnswer& Answer) {
-    Context.Shown.PrintLine(Question->AnswerLine());
+    Context.Shown.PrintBesideQuestions(Question->AnswerLine());
     Question.reset();
     Guard.AnswerIsGiven(Context.Loop.Now());
     if (Answer.Action == TarvaneTransferConflictAction::Cancel) {

@@ -100,7 +100,7 @@ bool AskWhetherToGoOn(const std::string& Question, const PromptContext& Context)
     GoOnQuestion asked(Question, Context);
     Context.Loop.Run(asked);
     Context.Shown.Clear();
-    Context.Shown.PrintLine(Question + (asked.IsYes() ? " yes" : " no"));
+    Context.Shown.PrintBesideQuestions(Question + (asked.IsYes() ? " yes" : " no"));
     return asked.IsYes();
 }
 
@@ -143,9 +143,12 @@ std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
     const PreflightResult& result = preflight.Result();
     const bool bCanAsk = Context.Screen.CanAsk();
     const std::uint64_t listed = bCanAsk ? kListedOnScreen : PreflightFindings::kKeptPerKind;
+    const PreflightVerdict verdict = JudgePreflight(Request, result, bCanAsk);
+    const bool bAsks = verdict.Decision == PreflightVerdict::Kind::Ask;
     for (const std::string& sentence : DescribeFindings(result.Findings, listed)) {
-        Context.Shown.PrintMessage(sentence);
+        const std::string line = "tarvane: " + sentence;
+        bAsks ? Context.Shown.PrintBesideQuestions(line) : Context.Shown.PrintLine(line);
     }
     Context.Report.PreflightIsOver(result);
-    return FollowVerdict(JudgePreflight(Request, result, bCanAsk), Context);
+    return FollowVerdict(verdict, Context);
 }

@@ -11,7 +11,7 @@ Prompt::Prompt(Terminal& TerminalToUse, ExitStatusFunction ExitStatusForOutcome)
 
 void Prompt::Show(const std::vector<ScreenLine>& Lines, TerminalSize LaidOutFor,
                   const std::optional<BlockCursor>& Cursor) {
-    if (!Screen.IsOutputTerminal() || !Screen.CanDraw()) {
+    if (!Screen.CanDraw()) {
         return;
     }
     if (Screen.CanRedraw()) {
@@ -37,12 +37,22 @@ void Prompt::ShowPlain(const std::vector<ScreenLine>& Lines) {
 }
 
 void Prompt::PrintLine(const std::string& Text) {
-    const std::string line = CleanForScreen(Text);
-    if (!Screen.IsOutputTerminal()) {
-        Errors.Add(line);
-        return;
+    if (Screen.IsOutputTerminal()) {
+        PrintOnTerminal(Text);
+    } else {
+        Errors.Add(CleanForScreen(Text));
     }
-    Screen.Write(Drawer.Erase(Screen.Size()) + line + "\n");
+}
+
+void Prompt::PrintBesideQuestions(const std::string& Text) {
+    PrintLine(Text);
+    if (!Screen.IsOutputTerminal() && Screen.CanAsk()) {
+        PrintOnTerminal(Text);
+    }
+}
+
+void Prompt::PrintOnTerminal(const std::string& Text) {
+    Screen.Write(Drawer.Erase(Screen.Size()) + CleanForScreen(Text) + "\n");
     bWantsFrame = true;
 }
 
@@ -85,7 +95,7 @@ bool Prompt::TakeFrameRequest() {
 }
 
 void Prompt::Leave(int Signal) {
-    if (Screen.IsOutputTerminal() && Screen.CanDraw()) {
+    if (Screen.CanDraw()) {
         Screen.Write(Drawer.Abandon());
     }
     Screen.Close();

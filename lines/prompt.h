@@ -13,7 +13,8 @@
 #include "line_queue.h"
 #include "terminal.h"
 
-// Shows on standard error, through the terminal or, where that is a pipe or a file, as plain lines.
+// Shows on standard error, through the terminal or, where that is a pipe or a file, as plain lines;
+// the block then still stands on the terminal that the program was started from.
 //
 // Threads: one, the interface's.
 class Prompt : public LoopSurface {
@@ -32,6 +33,9 @@ public:
     void PrintLine(const std::string& Text) override;
     // The same with the program's name before it.
     void PrintMessage(const std::string& Sentence) { PrintLine("tarvane: " + Sentence); }
+    // The same as PrintLine, and also on the terminal where messages go elsewhere: for what
+    // somebody has to read before an answer, and for the answer itself.
+    void PrintBesideQuestions(const std::string& Text);
     void RingBell();
 
     // What is to be said when there is no time to wait for the end of what runs; empty for nothing.
@@ -51,6 +55,7 @@ public:
     void Leave(int Signal) override;
 
 private:
+    void PrintOnTerminal(const std::string& Text);
     void ShowPlain(const std::vector<ScreenLine>& Lines);
 
     Terminal& Screen;

@@ -24,6 +24,10 @@
 
 namespace {
 
+bool CanRedrawProgress(const Terminal& Screen) {
+    return Screen.IsOutputTerminal() && Screen.CanRedraw();
+}
+
 // One run from the request to its last line.
 class PromptFrontEnd {
 public:
@@ -85,7 +89,7 @@ std::unique_ptr<Reporter> PromptFrontEnd::MakeReporter() {
     if (Request.bQuiet || style == ProgressStyle::None) {
         return std::make_unique<Reporter>();
     }
-    if (style != ProgressStyle::Lines && Screen.CanRedraw()) {
+    if (style != ProgressStyle::Lines && CanRedrawProgress(Screen)) {
         return MakeLiveReporter(Screen, Shown);
     }
     if (style == ProgressStyle::Lines || Screen.IsOutputTerminal()) {
@@ -207,7 +211,7 @@ void PromptFrontEnd::FinishOutputs(RunOutcome& InOutOutcome) {
 
 // Why the request cannot be carried out here; empty when it can.
 std::string WhyNotHere(const PromptRequest& Request, const Terminal& Screen) {
-    if (Request.Progress == ProgressStyle::Live && !Screen.CanRedraw()) {
+    if (Request.Progress == ProgressStyle::Live && !CanRedrawProgress(Screen)) {
         return "--progress=live needs a terminal that can redraw lines on standard error; pass "
                "--progress=lines or another style";
     }

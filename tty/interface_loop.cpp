@@ -16,7 +16,7 @@ InterfaceLoop::InterfaceLoop(Terminal& TerminalToUse, LoopSurface& SurfaceToUse)
     : Screen(TerminalToUse), Surface(SurfaceToUse), NextFrame(Screen.Now() + kFirstFrameAfter) {}
 
 void InterfaceLoop::Run(Activity& Current) {
-    EnsureKeyMode();
+    EnsureKeyMode(Current);
     while (!Current.IsOver()) {
         if (!Current.NeedsAnswer() || !CallForAnswer()) {
             DrawWhenDue(Current);
@@ -92,8 +92,11 @@ void InterfaceLoop::Resume() {
     Screen.LeaveKeyMode();
 }
 
-void InterfaceLoop::EnsureKeyMode() {
-    if (Screen.IsOutputTerminal() && !Screen.TakesKeys()) {
+void InterfaceLoop::EnsureKeyMode(const Activity& Current) {
+    const bool bWanted = Screen.IsOutputTerminal() || Current.NeedsAnswer();
+    if (!bWanted) {
+        Screen.LeaveKeyMode();
+    } else if (!Screen.TakesKeys()) {
         Screen.EnterKeyMode();
     }
 }
@@ -129,7 +132,7 @@ void InterfaceLoop::DrawWhenDue(Activity& Current) {
     }
     NextFrame = now + kFrameTime;
     // It was stopped or in the background before.
-    EnsureKeyMode();
+    EnsureKeyMode(Current);
     Current.Draw();
 }
 

@@ -64,7 +64,8 @@ public:
     // Both must outlive the loop.
     InterfaceLoop(Terminal& TerminalToUse, LoopSurface& SurfaceToUse);
 
-    // Takes keys where there is a terminal; they stay taken between two activities.
+    // Takes keys where messages come out on a terminal, and they stay taken between two activities;
+    // elsewhere only for an answer.
     void Run(Activity& Current);
 
     // What the user and the system want.
@@ -78,7 +79,7 @@ private:
     void TakeSignal(int Signal);
     bool Stop(int StopSignal);
     void Resume();
-    void EnsureKeyMode();
+    void EnsureKeyMode(const Activity& Current);
     void NoticeClosedTerminal(bool bReaderGone);
     bool CallForAnswer();
     void DrawWhenDue(Activity& Current);

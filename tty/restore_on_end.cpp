@@ -45,19 +45,19 @@ bool EndsProgramsByItself(int Signal) {
 
 // What the system says about the end comes out in place of the block, at whose start the cursor
 // rests. A frame that was broken off may have turned wrapping off.
-void TakeBlockAway() {
+void TakeBlockAway(int Terminal) {
     constexpr std::string_view kEraseBelowAndWrap = "\r\x1B[J\x1B[?7h";
-    pollfd output{STDERR_FILENO, POLLOUT, 0};
+    pollfd output{Terminal, POLLOUT, 0};
     if (poll(&output, 1, 0) > 0 && (output.revents & POLLOUT) != 0) {
         [[maybe_unused]] const ssize_t written =
-            write(STDERR_FILENO, kEraseBelowAndWrap.data(), kEraseBelowAndWrap.size());
+            write(Terminal, kEraseBelowAndWrap.data(), kEraseBelowAndWrap.size());
     }
 }
 
 // Everything in here is safe in a signal handler.
 void RestoreAndEnd(int Signal, siginfo_t* Info, void*) {
-    if (HasKeyModes()) {
-        TakeBlockAway();
+    if (const int terminal = TerminalInKeyModes(); terminal >= 0) {
+        TakeBlockAway(terminal);
         RestoreTerminalNow();
     }
     sigaction(Signal, &ActionBefore(Signal), nullptr);

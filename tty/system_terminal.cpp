@@ -15,17 +15,9 @@ timespec ToTimespec(std::chrono::microseconds Time) {
 
 } // namespace
 
-bool CanRedrawHere() {
-    return isatty(STDERR_FILENO) != 0 && TerminalCanRedraw();
-}
-
-bool CanAskHere() {
-    return isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
-}
-
 SystemTerminal::SystemTerminal()
     : Signals(std::in_place), bOutputTerminal(Device.IsOutputTerminal()),
-      bCanRedraw(CanRedrawHere()), bCanAsk(CanAskHere()) {}
+      bCanRedraw(TerminalCanRedraw()), bCanAsk(Device.CanAsk()) {}
 
 Terminal::Events SystemTerminal::Wait(std::chrono::microseconds Timeout, int Descriptor) {
     std::array<pollfd, 4> ready{{{Signals->Fd(), POLLIN, 0},

@@ -8,11 +8,6 @@
 #include "terminal.h"
 #include "terminal_device.h"
 
-// Whether a block can be redrawn in place on standard error.
-bool CanRedrawHere();
-// Whether somebody can be asked: standard input and standard error are terminals.
-bool CanAskHere();
-
 // Make it before other threads are started: they inherit its signal mask.
 class SystemTerminal : public Terminal {
 public:

@@ -56,11 +56,13 @@ public:
     // continued it is no event.
     virtual bool StopBy(int StopSignal) = 0;
 
-    // Where things are shown: whether it is a terminal at all, whether its lines can be redrawn,
-    // and whether somebody there can be asked.
+    // Whether messages and progress, which go to standard error, come out on a terminal.
     virtual bool IsOutputTerminal() const = 0;
-    virtual bool CanRedraw() const = 0;
+    // Whether somebody could be asked at the start. Questions come out on the terminal even where
+    // messages go elsewhere.
     virtual bool CanAsk() const = 0;
+    // Whether the terminal's lines can be redrawn.
+    virtual bool CanRedraw() const = 0;
     // Whether a frame reaches the screen now without waiting.
     virtual bool CanDraw() const = 0;
     virtual TerminalSize Size() const = 0;

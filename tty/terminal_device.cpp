@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr int kOutputFd = STDERR_FILENO;
-
 std::string_view Environment(const char* Name) {
     const char* value = std::getenv(Name);
     return value == nullptr ? std::string_view() : value;
@@ -69,32 +67,32 @@ std::string StyleOff(TextStyle Style) {
     return StyleOn(Style).empty() ? "" : "\x1B[m";
 }
 
-TerminalDevice::TerminalDevice() : EscapeDelay(ChosenEscapeDelay()), Output(kOutputFd) {
-    if (isatty(STDIN_FILENO) != 0) {
-        InputFd = STDIN_FILENO;
-        return;
-    }
-    InputFd = open("/dev/tty", O_RDONLY | O_NOCTTY | O_CLOEXEC);
-    bOwnsInputFd = InputFd >= 0;
-}
+TerminalDevice::TerminalDevice()
+    : ControllingFd(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)),
+      ScreenFd(IsOutputTerminal() ? STDERR_FILENO : ControllingFd),
+      EscapeDelay(ChosenEscapeDelay()), Output(ScreenFd) {}
 
 TerminalDevice::~TerminalDevice() {
     LeaveKeyMode();
-    if (bOwnsInputFd) {
-        close(InputFd);
+    if (ControllingFd >= 0) {
+        close(ControllingFd);
     }
 }
 
 bool TerminalDevice::IsOutputTerminal() const {
-    return isatty(kOutputFd) != 0;
+    return isatty(STDERR_FILENO) != 0;
+}
+
+bool TerminalDevice::CanAsk() const {
+    return OwnsTerminal(ControllingFd);
 }
 
 bool TerminalDevice::IsForeground() const {
-    return OwnsTerminal(kOutputFd);
+    return OwnsTerminal(ScreenFd);
 }
 
 bool TerminalDevice::IsClosed() const {
-    pollfd output{kOutputFd, 0, 0};
+    pollfd output{ScreenFd, 0, 0};
     return poll(&output, 1, 0) > 0 && (output.revents & POLLHUP) != 0;
 }
 
@@ -105,7 +103,7 @@ bool TerminalDevice::CanDraw() const {
 TerminalSize TerminalDevice::Size() const {
     winsize window{};
     TerminalSize size;
-    if (ioctl(kOutputFd, TIOCGWINSZ, &window) == 0 && window.ws_col > 0 && window.ws_row > 0) {
+    if (ioctl(ScreenFd, TIOCGWINSZ, &window) == 0 && window.ws_col > 0 && window.ws_row > 0) {
         size.Columns = window.ws_col;
         size.Rows = window.ws_row;
     }
@@ -113,11 +111,11 @@ TerminalSize TerminalDevice::Size() const {
 }
 
 bool TerminalDevice::EnterKeyMode() {
-    if (InputFd < 0) {
+    if (ControllingFd < 0) {
         return false;
     }
     RestoreOnEveryEnd();
-    if (!EnterKeyModes(InputFd)) {
+    if (!EnterKeyModes(ControllingFd)) {
         return false;
     }
     bKeyMode = true;
@@ -133,7 +131,7 @@ void TerminalDevice::LeaveKeyMode() {
 }
 
 int TerminalDevice::KeyFd() const {
-    return bKeyMode && OwnsTerminal(InputFd) ? InputFd : -1;
+    return bKeyMode && OwnsTerminal(ControllingFd) ? ControllingFd : -1;
 }
 
 std::optional<KeyPress> TerminalDevice::TakeKey() {
@@ -156,14 +154,14 @@ std::optional<KeyPress> TerminalDevice::TakeKey() {
 
 // False when nothing has come in time.
 bool TerminalDevice::ReadMore(std::chrono::milliseconds Timeout) {
-    pollfd input{InputFd, POLLIN, 0};
+    pollfd input{ControllingFd, POLLIN, 0};
     if (poll(&input, 1, static_cast<int>(Timeout.count())) <= 0) {
         return false;
     }
     // Reading in the background is then an error instead of a stop.
     const SignalsBlocked noStop(SIGTTIN);
     std::array<char, 256> bytes;
-    const ssize_t count = read(InputFd, bytes.data(), bytes.size());
+    const ssize_t count = read(ControllingFd, bytes.data(), bytes.size());
     if (count <= 0) {
         return false;
     }

@@ -1,7 +1,8 @@
 // The terminal that the program runs on: its size, its keys, what is written to it.
 //
-// Keys come from standard input when that is a terminal, else from the controlling terminal, so
-// that Esc works behind a pipe too. What is shown goes to standard error.
+// Keys come from the controlling terminal and never from standard input, whose lines may belong to
+// others, as in `while read`. What is shown goes to standard error, and to the controlling terminal
+// where that is no terminal.
 
 #pragma once
 
@@ -48,12 +49,15 @@ public:
     // Whether standard error is a terminal, one whose lines can be redrawn or not.
     bool IsOutputTerminal() const;
 
+    // Whether somebody can be asked now: there is a controlling terminal, and the program owns it.
+    bool CanAsk() const;
+
     // Whether the program owns the terminal now: not after Ctrl-Z and `bg`, and not with `&`.
     bool IsForeground() const;
 
-    // Whether a frame reaches the screen now: in the foreground, output not stopped by Ctrl-S, and
-    // nothing that was written before still on its way. Ask before every frame, and skip the frame
-    // when it is false.
+    // Whether a frame reaches the screen now: there is one, in the foreground, output not stopped
+    // by Ctrl-S, and nothing that was written before still on its way. Ask before every frame, and
+    // skip the frame when it is false.
     bool CanDraw() const;
 
     // The window's size at this moment; 80x24 where it is not known.
@@ -78,7 +82,7 @@ public:
     // of a longer sequence.
     std::optional<KeyPress> TakeKey();
 
-    // Whether the terminal under standard error has been closed.
+    // Whether the terminal that is shown on has been closed.
     bool IsClosed() const;
 
     // Writes Bytes, later where the terminal does not take them now: it never waits. Errors: false
@@ -94,8 +98,9 @@ public:
 private:
     bool ReadMore(std::chrono::milliseconds Timeout);
 
-    int InputFd = -1;
-    bool bOwnsInputFd = false;
+    // -1 when there is none.
+    int ControllingFd;
+    int ScreenFd;
     bool bKeyMode = false;
     std::chrono::milliseconds EscapeDelay;
     KeyDecoder Decoder;

@@ -54,8 +54,8 @@ bool EnterKeyModes(int Descriptor) {
     return SetModes(Descriptor, modes);
 }
 
-bool HasKeyModes() {
-    return gModesChanged;
+int TerminalInKeyModes() {
+    return gModesChanged ? gTerminal : -1;
 }
 
 void RestoreTerminalNow() {

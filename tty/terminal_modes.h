@@ -12,8 +12,9 @@ bool OwnsTerminal(int Descriptor);
 // with nothing changed, when the terminal is not ours or none.
 bool EnterKeyModes(int Descriptor);
 
-// Whether RestoreTerminalNow has modes to give back. May be called in a signal handler.
-bool HasKeyModes();
+// The terminal that RestoreTerminalNow has modes to give back to; -1 for none. May be called in a
+// signal handler.
+int TerminalInKeyModes();
 
 // Gives the terminal the modes back that it had before EnterKeyModes; does nothing when that was
 // not called, or in the background, where the terminal is someone else's. May be called in a signal

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "at_prompt.h"
+#include "captured_descriptor.h"
 #include "link_names.h"
 
 namespace {
@@ -397,6 +398,17 @@ TEST_F(JobPhase, IsNotAnsweredByWhoeverTypesOnAfterAnAnswer) {
     Screen.PressWhen(Screen.Later(milliseconds(700)), {PressedKey('s')});
     Run(CopyOf({"a", "b"}));
     EXPECT_EQ(Screen.Screen(), Title("a") + " | overwrite\n" + Title("b") + " | skip\n");
+}
+
+TEST_F(JobPhase, AsksOnTheTerminalWhereMessagesGoElsewhere) {
+    Screen.bOutputTerminal = false;
+    Take("a");
+    AnswerWhenShown(Title("a"), {PressedKey('o')});
+    const CapturedDescriptor log(STDERR_FILENO);
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    EXPECT_EQ(Destination(), (Tree{{"a", "file new a"}}));
+    EXPECT_EQ(log.Text(), Screen.Screen());
+    EXPECT_EQ(log.Text(), Title("a") + " | overwrite\n");
 }
 
 TEST_F(JobPhase, RemembersAnAnswerForAllFiles) {

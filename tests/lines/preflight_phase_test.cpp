@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "at_prompt.h"
+#include "captured_descriptor.h"
 #include "no_processes_left.h"
 
 namespace {
@@ -173,6 +174,15 @@ TEST_F(PreflightPhase, ListsAllAndAsksNobodyElsewhere) {
     EXPECT_EQ(Screen.Screen(), Findings(7));
 }
 
+TEST_F(PreflightPhase, PrintsFindingsThatNobodyIsAskedAboutWhereMessagesGo) {
+    Screen.bOutputTerminal = false;
+    Request.bDryRun = true;
+    const CapturedDescriptor log(STDERR_FILENO);
+    EXPECT_TRUE(Run(DanglingLinks(1)));
+    EXPECT_EQ(log.Text(), Findings(1));
+    EXPECT_EQ(Screen.Written(), "");
+}
+
 TEST_F(PreflightPhase, EndsADryRunAsTheVerdictSays) {
     Request.bDryRun = true;
     const std::optional<RunOutcome> clean = Run(CopyOf({"file"}));
@@ -212,6 +222,15 @@ TEST_F(GoOnQuestion, GoesOnWithYes) {
     AnswerWhenShown(kQuestion, {PressedKey('y')});
     EXPECT_FALSE(RunToQuestion());
     ExpectAnswered("yes");
+}
+
+TEST_F(GoOnQuestion, StandsBelowItsFindingsOnTheTerminalWhereMessagesGoElsewhere) {
+    Screen.bOutputTerminal = false;
+    AnswerWhenShown(kQuestion, {PressedKey('y')});
+    const CapturedDescriptor log(STDERR_FILENO);
+    EXPECT_FALSE(RunToQuestion());
+    ExpectAnswered("yes");
+    EXPECT_EQ(log.Text(), Findings(1) + kQuestion + " yes\n");
 }
 
 TEST_F(GoOnQuestion, EndsWithNo) {

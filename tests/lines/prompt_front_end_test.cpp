@@ -325,6 +325,13 @@ TEST_F(ProgressAtPrompt, IsLinesWithoutATerminalOnlyWhereTheyAreAskedFor) {
     EXPECT_EQ(Screen.Written(), "");
 }
 
+TEST_F(ProgressAtPrompt, IsNoBlockWhereMessagesGoElsewhereThanToTheTerminal) {
+    Screen.bOutputTerminal = false;
+    EXPECT_EQ(ShownMeanwhile(ProgressStyle::Auto), "");
+    EXPECT_EQ(Errors, kDone);
+    EXPECT_EQ(Screen.Written(), "");
+}
+
 TEST_F(ProgressAtPrompt, IsNothingWhereNoneIsWanted) {
     EXPECT_EQ(ShownMeanwhile(ProgressStyle::None), "");
     EXPECT_EQ(Screen.Screen(), kDone);

@@ -196,7 +196,21 @@ namespace {
 
 class PromptWithoutTerminal : public PromptTest {
 protected:
-    PromptWithoutTerminal() { Screen.bOutputTerminal = Screen.bRedraws = false; }
+    PromptWithoutTerminal() { Screen.bOutputTerminal = Screen.bRedraws = Screen.bAsks = false; }
+};
+
+// Messages go to a file, and somebody sits at the terminal.
+class PromptBesideLog : public PromptTest {
+protected:
+    PromptBesideLog() { Screen.bOutputTerminal = false; }
+
+    // What Step leaves in the file.
+    template <typename Function>
+    static std::string LogOf(const Function& Step) {
+        const CapturedDescriptor captured(STDERR_FILENO);
+        Step();
+        return captured.Text();
+    }
 };
 
 } // namespace
@@ -213,6 +227,40 @@ TEST_F(PromptWithoutTerminal, PrintsPlainLinesAndNothingElse) {
     EXPECT_EQ(errors, "a?[2Jb\n");
     EXPECT_EQ(Screen.Written(), "");
     EXPECT_FALSE(Shown.TakeFrameRequest());
+}
+
+TEST_F(PromptWithoutTerminal, PrintsWhatBelongsToQuestionsOnce) {
+    const CapturedDescriptor captured(STDERR_FILENO);
+    Shown.PrintBesideQuestions("finding");
+    EXPECT_EQ(captured.Text(), "finding\n");
+    EXPECT_EQ(Screen.Written(), "");
+}
+
+TEST_F(PromptTest, PrintsWhatBelongsToQuestionsOnce) {
+    Shown.PrintBesideQuestions("finding");
+    EXPECT_EQ(Screen.Screen(), "finding\n");
+}
+
+TEST_F(PromptBesideLog, ShowsQuestionsOnTheTerminalAndPrintsTheRestIntoTheLog) {
+    EXPECT_EQ(LogOf([this] {
+                  Show({"question"});
+                  Shown.PrintLine("progress");
+              }),
+              "progress\n");
+    EXPECT_EQ(Screen.Screen(), "question\n");
+}
+
+TEST_F(PromptBesideLog, PrintsAnAnswerInPlaceOfItsQuestionAndIntoTheLog) {
+    Show({"question", "answers"});
+    EXPECT_EQ(LogOf([this] { Shown.PrintBesideQuestions("question a\x1b"); }), "question a?\n");
+    EXPECT_EQ(Screen.Screen(), "question a?\n");
+    EXPECT_TRUE(Shown.TakeFrameRequest());
+}
+
+TEST_F(PromptBesideLog, LeavesTheQuestionBehindWhenItLeaves) {
+    Show({"question"});
+    EXPECT_EQ(LogOf([this] { StatusOfLeavingBy(SIGINT); }), "");
+    EXPECT_TRUE(Screen.Written().ends_with("\r\n")) << Screen.Written();
 }
 
 TEST_F(PromptWithoutTerminal, PrintsItsLastWords) {

@@ -146,7 +146,9 @@ public:
     bool IsOutputTerminal() const override { return bOutputTerminal; }
     bool CanRedraw() const override { return bRedraws; }
     bool CanAsk() const override { return bAsks; }
-    bool CanDraw() const override { return bForeground && !bOutputStopped; }
+    bool CanDraw() const override {
+        return (bOutputTerminal || bAsks) && bForeground && !bOutputStopped;
+    }
     TerminalSize Size() const override { return Window; }
     void Write(std::string_view Text) override {
         Bytes += Text;

@@ -170,6 +170,17 @@ TEST_F(InterfaceLoopTest, LeavesTheKeysAloneWhereNoTerminalShowsAnything) {
     EXPECT_EQ(Screen.Calls(), Words());
 }
 
+TEST_F(InterfaceLoopTest, TakesTheKeysForAnAnswerOnlyWhereMessagesGoElsewhere) {
+    Screen.bOutputTerminal = false;
+    LoggingActivity activity = For(milliseconds(500));
+    Screen.Script({Screen.After(milliseconds(100)), {}, [&] { activity.bAsks = true; }});
+    Screen.PressWhen(Screen.Later(milliseconds(150)), {PressedKey('y')});
+    Screen.Script({ScriptedTerminal::Always(), {}, [&] { activity.bAsks = false; }});
+    Loop.Run(activity);
+    EXPECT_EQ(Screen.Calls(), (Words{"keys", "no keys"}));
+    EXPECT_EQ(std::count(Log.begin(), Log.end(), "key y"), 1);
+}
+
 TEST_F(InterfaceLoopTest, TakesKeysWhenItComesToTheForeground) {
     Screen.bForeground = false;
     LoggingActivity activity = For(milliseconds(300));

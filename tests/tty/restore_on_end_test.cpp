@@ -129,6 +129,19 @@ TEST(RestoreOnEnd, HappensWhenAWorkersStackOverflows) {
     EXPECT_TRUE(EndedByFault(status, SIGSEGV));
 }
 
+TEST(RestoreOnEnd, TakesTheBlockAwayOnTheTerminalWhereMessagesGoElsewhere) {
+    const int log = memfd_create("log", MFD_CLOEXEC);
+    ForkedInTerminal process = InKeyModeUntilKey([log] {
+        dup2(log, STDERR_FILENO);
+        raise(SIGUSR2);
+    });
+    ASSERT_EQ(process.NextReport(), "entered");
+    process.Type("x");
+    EXPECT_EQ(process.Output(), "\r\x1B[J\x1B[?7h");
+    EXPECT_EQ(lseek(log, 0, SEEK_END), 0);
+    close(log);
+}
+
 TEST(RestoreOnEnd, TakesTheBlockAwayOnACrash) {
     ForkedInTerminal process = InKeyModeUntilKey([] { raise(SIGFPE); });
     ASSERT_EQ(process.NextReport(), "entered");

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <functional>
 #include <string>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -50,6 +51,22 @@ std::string AbilitiesWithout(int Descriptor) {
     return program.NextReport();
 }
 
+// The same in a child of whoever owns the terminal, after Step.
+std::string AbilitiesInChildAfter(const std::function<void()>& Step) {
+    ForkedInTerminal program([&Step](const Reporter& Report) {
+        setenv("TERM", "xterm", 1);
+        const pid_t child = fork();
+        if (child == 0) {
+            Step();
+            Report(Abilities());
+            _exit(0);
+        }
+        waitpid(child, nullptr, 0);
+        return 0;
+    });
+    return program.NextReport();
+}
+
 std::string AbilitiesOnTerminal(const char* Term) {
     ForkedInTerminal program([Term](const Reporter& Report) {
         setenv("TERM", Term, 1);
@@ -64,8 +81,20 @@ std::string AbilitiesOnTerminal(const char* Term) {
 TEST(SystemTerminal, KnowsWhatItCanDo) {
     EXPECT_EQ(AbilitiesOnTerminal("xterm"), "output redraw ask ");
     EXPECT_EQ(AbilitiesOnTerminal("dumb"), "output ask ");
-    EXPECT_EQ(AbilitiesWithout(STDIN_FILENO), "output redraw ");
-    EXPECT_EQ(AbilitiesWithout(STDERR_FILENO), "");
+}
+
+TEST(SystemTerminal, CanAskWhateverTheStandardStreamsAre) {
+    EXPECT_EQ(AbilitiesWithout(STDIN_FILENO), "output redraw ask ");
+    EXPECT_EQ(AbilitiesWithout(STDERR_FILENO), "redraw ask ");
+}
+
+TEST(SystemTerminal, CanAskNobodyInTheBackground) {
+    EXPECT_EQ(AbilitiesInChildAfter([] { setpgid(0, 0); }), "output redraw ");
+}
+
+// Standard input and error still are a terminal, which is that of another session.
+TEST(SystemTerminal, CanAskNobodyWithoutAControllingTerminal) {
+    EXPECT_EQ(AbilitiesInChildAfter([] { setsid(); }), "output redraw ");
 }
 
 // Only a terminal is closed; whoever writes to anything else learns of it then.
@@ -80,7 +109,7 @@ TEST(SystemTerminal, TakesNoSocketForAClosedTerminal) {
         Report(Abilities());
         return 0;
     });
-    EXPECT_EQ(program.NextReport(), "");
+    EXPECT_EQ(program.NextReport().find("closed"), std::string::npos);
     EXPECT_EQ(WEXITSTATUS(program.WaitForEnd()), 0);
 }
 

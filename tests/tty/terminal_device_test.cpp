@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <string>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
@@ -155,6 +156,37 @@ TEST(TerminalDevice, WritesToStandardError) {
     });
     EXPECT_EQ(process.NextReport(), "written");
     EXPECT_EQ(process.Output(), "frame");
+}
+
+TEST(TerminalDevice, WritesToTheControllingTerminalWhereStandardErrorIsNone) {
+    ForkedInTerminal process(
+        [](const Reporter& Report) {
+            dup2(open("/dev/null", O_RDWR), STDERR_FILENO);
+            TerminalDevice device;
+            const bool bDraws = device.CanDraw() && !device.IsOutputTerminal();
+            Report(bDraws && device.Size().Columns == 132 && device.Write("question") ? "written"
+                                                                                      : "failed");
+            return 0;
+        },
+        {43, 132, 0, 0});
+    EXPECT_EQ(process.NextReport(), "written");
+    EXPECT_EQ(process.Output(), "question");
+}
+
+TEST(TerminalDevice, DrawsNothingWithoutATerminal) {
+    ForkedInTerminal process([](const Reporter& Report) {
+        const pid_t child = fork();
+        if (child == 0) {
+            setsid();
+            dup2(open("/dev/null", O_RDWR), STDERR_FILENO);
+            const TerminalDevice device;
+            Report(device.CanDraw() || device.CanAsk() ? "draws" : "draws nothing");
+            _exit(0);
+        }
+        waitpid(child, nullptr, 0);
+        return 0;
+    });
+    EXPECT_EQ(process.NextReport(), "draws nothing");
 }
 
 TEST_F(TerminalNames, DecideWhetherLinesCanBeRedrawn) {

@@ -2,12 +2,14 @@
 
 #include "terminal_device.h"
 
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
 #include <optional>
 #include <poll.h>
 #include <string>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -136,6 +138,24 @@ TEST(TerminalKeys, TakesKeysFromItsTerminalWhenStandardInputIsNone) {
     EXPECT_EQ(process.NextReport(), "q");
     EXPECT_EQ(process.WaitForEnd(), 0);
     EXPECT_TRUE(process.HasModesAsAtFirst());
+}
+
+TEST(TerminalKeys, LeavesToOthersWhatStandardInputHolds) {
+    ForkedInTerminal process([](const Reporter& Report) {
+        std::array<int, 2> ends{};
+        if (pipe(ends.data()) != 0 || write(ends[1], "line\n", 5) != 5) {
+            return 1;
+        }
+        dup2(ends[0], STDIN_FILENO);
+        ListenInKeyMode(Report);
+        int left = 0;
+        ioctl(STDIN_FILENO, FIONREAD, &left);
+        return left;
+    });
+    ASSERT_EQ(process.NextReport(), "listening");
+    process.Type("q");
+    EXPECT_EQ(process.NextReport(), "q");
+    EXPECT_EQ(WEXITSTATUS(process.WaitForEnd()), 5);
 }
 
 TEST(TerminalKeys, HasNoKeysWithoutATerminal) {
