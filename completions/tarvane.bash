@@ -1,8 +1,9 @@
 # Completion of tarvane(1) for bash.
 
-_tarvane_transfer_options='--on-conflict= --on-directory-conflict= -i -f -n -u
-    -t --target-directory= -T --no-target-directory --progress= --interval= -q --quiet
-    -v --verbose --dry-run --no-preflight --follow-links --flush= --help --version'
+_tarvane_transfer_options='--on-conflict= --on-directory-conflict= -i --interactive -f --force
+    -n --no-clobber -u --update -t --target-directory= -T --no-target-directory --progress=
+    --interval= -q --quiet -v --verbose --dry-run --no-preflight --follow-links --flush=
+    -h --help --version'
 
 # Prints what may follow an option; nothing when that is a file, a number or not an option's value.
 _tarvane_values()
@@ -10,6 +11,7 @@ _tarvane_values()
     case $1 in
         --on-conflict)
             echo ask overwrite skip older compare larger size-differs keep-both fail ;;
+        --update) echo older all none none-fail ;;
         --on-directory-conflict) echo ask merge skip fail ;;
         --progress) echo auto live lines json none ;;
         --flush) echo auto always never ;;
@@ -29,6 +31,9 @@ _tarvane()
         current=
     elif [[ $previous == = ]]; then
         previous=${COMP_WORDS[COMP_CWORD - 2]}
+    elif [[ $previous == --update ]]; then
+        # Its value is optional: what follows as a word of its own is an operand.
+        previous=
     fi
 
     words=$(_tarvane_values "$previous")
@@ -36,12 +41,12 @@ _tarvane()
         compopt -o dirnames +o default
         return
     elif [[ -z $words && $COMP_CWORD -eq 1 ]]; then
-        words='copy move tracks --help --version'
+        words='copy move tracks -h --help --version'
     elif [[ -z $words && $current == -* ]]; then
         case ${COMP_WORDS[1]} in
             copy) words="$_tarvane_transfer_options -r -R --recursive" ;;
             move) words=$_tarvane_transfer_options ;;
-            tracks) words='--json --help --version' ;;
+            tracks) words='--json -h --help --version' ;;
         esac
     fi
 

@@ -126,7 +126,7 @@ CommandLine ParseCommandLine(int Argc, char** Argv) {
     if (command == "tracks") {
         return ParseTracks(arguments);
     }
-    if (command == "--help") {
+    if (command == "--help" || command == "-h") {
         return InformationText{kHelpText};
     }
     if (command == "--version") {

@@ -17,10 +17,12 @@ When a name is taken:
       --on-directory-conflict=CHOICE
                              for a directory: ask, merge, skip or fail; default
                              is ask when files are asked about, otherwise merge
-  -i                         the same as --on-conflict=ask
-  -f                         the same as --on-conflict=overwrite
-  -n                         the same as --on-conflict=skip
-  -u                         the same as --on-conflict=older
+  -i, --interactive          the same as --on-conflict=ask
+  -f, --force                the same as --on-conflict=overwrite
+  -n, --no-clobber           the same as --on-conflict=skip
+  -u, --update               the same as --on-conflict=older
+      --update=WHEN          as in cp: older, all (overwrite), none (skip) or
+                             none-fail (fail)
 
 Where to:
   -t, --target-directory=DIRECTORY
@@ -47,7 +49,7 @@ Others:
   -r, -R, --recursive        ignored, directories are always copied whole
                              (copy only)
       --json                 print the list as JSON (tracks only)
-      --help                 print this help and end
+  -h, --help                 print this help and end
       --version              print the version and end
 
 The tracks of an audio CD are cdda:/dev/sr0/3 or 'cdda:/dev/sr0/Track 03.wav',
@@ -61,7 +63,7 @@ List the tracks of the audio CD in DEVICE, by default in the first optical
 drive that has one.
 
       --json     print one JSON document
-      --help     print this help and end
+  -h, --help     print this help and end
       --version  print the version and end
 
 Start and length are minutes:seconds.frames; a second has 75 frames. The total

@@ -21,16 +21,17 @@ struct OptionRow {
     const char* Word;
     int Argument;
     unsigned Owners;
-    // What the letter gives as the option's value.
+    // The option's value where none is given.
     const char* Value = "";
 };
 
 constexpr OptionRow kRows[] = {
     {Option::OnConflict, 0, "on-conflict", required_argument, kTransfers},
-    {Option::OnConflict, 'i', nullptr, no_argument, kTransfers, "ask"},
-    {Option::OnConflict, 'f', nullptr, no_argument, kTransfers, "overwrite"},
-    {Option::OnConflict, 'n', nullptr, no_argument, kTransfers, "skip"},
-    {Option::OnConflict, 'u', nullptr, no_argument, kTransfers, "older"},
+    {Option::OnConflict, 'i', "interactive", no_argument, kTransfers, "ask"},
+    {Option::OnConflict, 'f', "force", no_argument, kTransfers, "overwrite"},
+    {Option::OnConflict, 'n', "no-clobber", no_argument, kTransfers, "skip"},
+    {Option::Update, 'u', nullptr, no_argument, kTransfers, "older"},
+    {Option::Update, 0, "update", optional_argument, kTransfers, "older"},
     {Option::OnDirectoryConflict, 0, "on-directory-conflict", required_argument, kTransfers},
     {Option::TargetDirectory, 't', "target-directory", required_argument, kTransfers},
     {Option::NoTargetDirectory, 'T', "no-target-directory", no_argument, kTransfers},
@@ -46,7 +47,7 @@ constexpr OptionRow kRows[] = {
     {Option::Recursive, 'r', "recursive", no_argument, kCopy},
     {Option::Recursive, 'R', nullptr, no_argument, kCopy},
     {Option::Json, 0, "json", no_argument, kTracks},
-    {Option::Help, 0, "help", no_argument, kAll},
+    {Option::Help, 'h', "help", no_argument, kAll},
     {Option::Version, 0, "version", no_argument, kAll},
 };
 
@@ -106,7 +107,7 @@ std::optional<TypedOption> OptionReader::Next() {
         return std::nullopt;
     }
     const OptionRow& row = RowOf(result);
-    return TypedOption{row.Meaning, row.Argument == required_argument ? optarg : row.Value};
+    return TypedOption{row.Meaning, optarg != nullptr ? optarg : row.Value};
 }
 
 std::span<char* const> OptionReader::Operands() const {

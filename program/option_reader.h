@@ -18,6 +18,7 @@ enum class Command : unsigned {
 
 enum class Option {
     OnConflict,
+    Update,
     OnDirectoryConflict,
     TargetDirectory,
     NoTargetDirectory,

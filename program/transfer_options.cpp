@@ -25,6 +25,14 @@ constexpr std::pair<const char*, FileConflictChoice> kFileChoices[] = {
     {"fail", FileConflictChoice::Fail},
 };
 
+// In the words of cp.
+constexpr std::pair<const char*, FileConflictChoice> kUpdateChoices[] = {
+    {"older", FileConflictChoice::Older},
+    {"all", FileConflictChoice::Overwrite},
+    {"none", FileConflictChoice::Skip},
+    {"none-fail", FileConflictChoice::Fail},
+};
+
 constexpr std::pair<const char*, DirectoryConflictChoice> kDirectoryChoices[] = {
     {"ask", DirectoryConflictChoice::Ask},
     {"merge", DirectoryConflictChoice::Merge},
@@ -93,6 +101,9 @@ std::string ApplyTransferOption(const TypedOption& Typed, PromptRequest& Out) {
     switch (Typed.Meaning) {
     case Option::OnConflict:
         return ReadChoice<FileConflictChoice>("--on-conflict", value, kFileChoices,
+                                              transfer.OnConflict.emplace());
+    case Option::Update:
+        return ReadChoice<FileConflictChoice>("--update", value, kUpdateChoices,
                                               transfer.OnConflict.emplace());
     case Option::OnDirectoryConflict:
         return ReadChoice<DirectoryConflictChoice>("--on-directory-conflict", value,

@@ -84,6 +84,8 @@ TEST(CommandLineParser, HelpAndVersionComeBeforeAndAfterTheCommand) {
     EXPECT_EQ(help.rfind("Usage: tarvane copy", 0), 0U);
     EXPECT_EQ(Information({"copy", "--help"}), help);
     EXPECT_EQ(Information({"move", "a", "b", "--help", "--foo"}), help);
+    EXPECT_EQ(Information({"-h"}), help);
+    EXPECT_EQ(Information({"copy", "-vh"}), help);
     const std::string version = Information({"--version"});
     EXPECT_TRUE(std::regex_match(version, std::regex("tarvane \\d+\\.\\d+\\.\\d+\n"))) << version;
     EXPECT_EQ(Information({"copy", "--version"}), version);
@@ -93,6 +95,7 @@ TEST(CommandLineParser, TracksHasATextOfItsOwnAndTheSameVersion) {
     const std::string help = Information({"tracks", "--help"});
     EXPECT_TRUE(help.starts_with("Usage: tarvane tracks [--json] [DEVICE]\n")) << help;
     EXPECT_EQ(Information({"tracks", "/dev/sr0", "/dev/sr1", "--help", "--foo"}), help);
+    EXPECT_EQ(Information({"tracks", "-h"}), help);
     EXPECT_EQ(Information({"tracks", "--version"}), Information({"--version"}));
 }
 

@@ -25,8 +25,8 @@ using Words = std::vector<std::string>;
 using WordSet = std::set<std::string>;
 
 const Words kCommands{"copy", "move", "tracks"};
-const Words kOptionsWithChoices{"--on-conflict", "--on-directory-conflict", "--progress",
-                                "--flush"};
+const Words kOptionsWithChoices{"--on-conflict", "--on-directory-conflict", "--update",
+                                "--progress", "--flush"};
 
 std::filesystem::path SourceFile(const std::string& Name) {
     return std::filesystem::path(TARVANE_SOURCE_DIRECTORY) / Name;
@@ -326,7 +326,7 @@ TEST(Documentation, HelpFitsATerminal) {
 
 TEST(BashCompletion, OffersTheCommands) {
     EXPECT_EQ(BashOffers({"tarvane", ""}),
-              Words({"copy", "move", "tracks", "--help", "--version"}));
+              Words({"copy", "move", "tracks", "-h", "--help", "--version"}));
     EXPECT_EQ(BashOffers({"tarvane", "c"}), Words({"copy"}));
 }
 
@@ -334,11 +334,13 @@ TEST(BashCompletion, CompletesAPartOfAChoice) {
     EXPECT_EQ(BashOffers({"tarvane", "copy", "--on-conflict", "=", "ov"}), Words({"overwrite"}));
     EXPECT_EQ(BashOffers({"tarvane", "copy", "--on-conflict", "="}).size(), 9U);
     EXPECT_EQ(BashOffers({"tarvane", "copy", "--flush", "al"}), Words({"always"}));
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "--update", "=", "n"}), Words({"none", "none-fail"}));
 }
 
 TEST(BashCompletion, LeavesOperandsToTheShell) {
     EXPECT_EQ(BashOffers({"tarvane", "copy", "fi"}), Words({""}));
     EXPECT_EQ(BashOffers({"tarvane", "copy", "-t", ""}), Words({""}));
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "--update", "al"}), Words({""}));
     EXPECT_EQ(BashOffers({"tarvane", "copy", "--", "-"}), Words({""}));
 }
 

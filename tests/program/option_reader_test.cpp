@@ -64,8 +64,8 @@ TEST(OptionReader, NamesAmbiguousOptionsAsGetoptDoes) {
               "option '--on=skip' is ambiguous; possibilities: '--on-conflict' "
               "'--on-directory-conflict'");
     EXPECT_EQ(Mistake({"copy", "a", "b", "--no"}),
-              "option '--no' is ambiguous; possibilities: '--no-target-directory' "
-              "'--no-preflight'");
+              "option '--no' is ambiguous; possibilities: '--no-clobber' "
+              "'--no-target-directory' '--no-preflight'");
 }
 
 TEST(OptionReader, NamesMissingAndUnwantedValuesAsGetoptDoes) {

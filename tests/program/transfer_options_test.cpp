@@ -36,6 +36,23 @@ TEST(TransferOptions, LettersChooseAsInCpAndMv) {
     EXPECT_EQ(FileChoice({"-f", "-i"}), FileConflictChoice::Ask);
 }
 
+TEST(TransferOptions, WordsChooseAsInCpAndMv) {
+    EXPECT_EQ(FileChoice({"--interactive"}), FileConflictChoice::Ask);
+    EXPECT_EQ(FileChoice({"--force"}), FileConflictChoice::Overwrite);
+    EXPECT_EQ(FileChoice({"--no-clobber"}), FileConflictChoice::Skip);
+    EXPECT_EQ(FileChoice({"--update"}), FileConflictChoice::Older);
+    EXPECT_EQ(FileChoice({"--update=older"}), FileConflictChoice::Older);
+    EXPECT_EQ(FileChoice({"--update=all"}), FileConflictChoice::Overwrite);
+    EXPECT_EQ(FileChoice({"--update=none"}), FileConflictChoice::Skip);
+    EXPECT_EQ(FileChoice({"--update=none-fail"}), FileConflictChoice::Fail);
+}
+
+// As in cp.
+TEST(TransferOptions, UpdateTakesNoWordOfItsOwnForItsValue) {
+    EXPECT_EQ(Operands({"copy", "--update", "all", "b"}), Words({"all", "b"}));
+    EXPECT_EQ(Operands({"copy", "-u", "all", "b"}), Words({"all", "b"}));
+}
+
 TEST(TransferOptions, TheLastConflictOptionWins) {
     EXPECT_EQ(FileChoice({"-n", "-f"}), FileConflictChoice::Overwrite);
     EXPECT_EQ(FileChoice({"-fn"}), FileConflictChoice::Skip);
@@ -131,6 +148,10 @@ TEST(TransferOptions, RefusesValuesThatAreNotOnTheList) {
     EXPECT_EQ(Mistake({"copy", "--on-directory-conflict=overwrite", "a", "b"}),
               "invalid argument 'overwrite' for '--on-directory-conflict'; valid are ask, merge, "
               "skip, fail");
+    EXPECT_EQ(Mistake({"copy", "--update=newer", "a", "b"}),
+              "invalid argument 'newer' for '--update'; valid are older, all, none, none-fail");
+    EXPECT_EQ(Mistake({"copy", "--update=", "a", "b"}),
+              "invalid argument '' for '--update'; valid are older, all, none, none-fail");
     EXPECT_EQ(Mistake({"copy", "--progress=bar", "a", "b"}),
               "invalid argument 'bar' for '--progress'; valid are auto, live, lines, json, none");
     EXPECT_EQ(Mistake({"copy", "--flush=", "a", "b"}),
