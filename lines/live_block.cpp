@@ -1,13 +1,13 @@
 #include "live_block.h"
 
-#include "progress_texts.h"
-
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
-namespace {
+#include "progress_texts.h"
+#include "screen_text.h"
 
-constexpr int kLongestBar = 50;
+namespace {
 
 int FilePercent(const TarvaneTransferUiSnapshot& Snapshot, const ProgressClaims& Claims) {
     // What has no bytes of its own gets the fraction of the whole from the engine.
@@ -19,34 +19,33 @@ int FilePercent(const TarvaneTransferUiSnapshot& Snapshot, const ProgressClaims&
 
 } // namespace
 
-std::string BarText(int Percent, int Width) {
-    const std::string percentage = std::to_string(Percent) + "%";
-    constexpr int kRoomForBrackets = 3;
-    constexpr int kRoomForPercentage = 4;
-    const int cells = std::min(kLongestBar, Width - kRoomForBrackets - kRoomForPercentage);
-    if (cells < 1) {
-        return percentage;
-    }
-    const int filled = cells * Percent / 100;
-    return '[' + std::string(static_cast<std::size_t>(filled), '#') +
-           std::string(static_cast<std::size_t>(cells - filled), '.') + "] " + percentage;
-}
-
-std::vector<ScreenLine> LiveBlockLines(const TarvaneTransferUiSnapshot& Snapshot,
-                                       const ProgressClaims& Claims, TerminalSize Size) {
+std::vector<ScreenLine> LiveBlock::Lines(const TarvaneTransferUiSnapshot& Snapshot,
+                                         const ProgressClaims& Claims, TerminalSize Size) {
     const int width = LayoutWidth(Size);
     const std::string hint = Snapshot.bFinished ? std::string() : Snapshot.HintText;
+    const ProgressBar all{"All  ", Claims.Percent, Snapshot.OverallProgress01};
+    const ProgressBar file{"File ", FilePercent(Snapshot, Claims), Snapshot.FileProgress01};
     // The file bar goes first, then the hint; the bar of the whole stays even in one row.
     std::vector<BlockPart> parts = {
         WordsPart(4, Snapshot.StageText, width),
-        PathPart(3, Snapshot.PathText, width),
+        SteadyPathPart(3, Snapshot.PathText, width),
         WordsPart(5, Snapshot.OverallText, width),
-        {9, {{BarText(Claims.Percent, width)}}},
-        {1, {{BarText(FilePercent(Snapshot, Claims), width)}}},
+        {9, {BarLine(all, Cells, width)}},
+        {1, {BarLine(file, Cells, width)}},
         WordsPart(8, Snapshot.IoText, width),
-        WordsPart(7, StalledText(Claims), width),
+        InStyle(WordsPart(7, StalledText(Claims), width), TextStyle::Warning),
         WordsPart(6, WrongTotalsText(Claims), width),
         WordsPart(2, hint, width),
     };
     return FitToRows(std::move(parts), Size.Rows);
+}
+
+// As high as the widest path so far: a block that grew and shrank from file to file would have to
+// be drawn whole every time.
+BlockPart LiveBlock::SteadyPathPart(int Importance, const std::string& PathText, int Width) {
+    BlockPart part = PathPart(Importance, PathText, Width);
+    WidestPath = std::max(WidestPath, DisplayWidth(CleanForScreen(PathText)));
+    const auto rows = static_cast<std::size_t>((WidestPath + Width - 1) / Width);
+    part.Lines.resize(std::max(part.Lines.size(), rows));
+    return part;
 }

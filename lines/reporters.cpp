@@ -38,7 +38,8 @@ private:
 class LiveReporter : public Reporter {
 public:
     LiveReporter(Terminal& TerminalToUse, Prompt& PromptToUse)
-        : Screen(TerminalToUse), Shown(PromptToUse) {}
+        : Screen(TerminalToUse), Shown(PromptToUse),
+          Block(Screen.IsUtf8() ? BarCells::Blocks : BarCells::Ascii) {}
 
     void PreflightRuns(std::uint64_t EntriesSeen) override {
         const int width = LayoutWidth(Screen.Size());
@@ -48,7 +49,7 @@ public:
 
     void JobRuns(const ProgressView& View) override {
         const TerminalSize size = Screen.Size();
-        Shown.Show(LiveBlockLines(View.Snapshot, View.Claims, size), size);
+        Shown.Show(Block.Lines(View.Snapshot, View.Claims, size), size);
     }
 
     void FlushRuns(const FlushProgress& Progress) override {
@@ -63,6 +64,7 @@ public:
 private:
     Terminal& Screen;
     Prompt& Shown;
+    LiveBlock Block;
 };
 
 class LinesReporter : public Reporter {

@@ -126,6 +126,17 @@ bool EnsureUtf8Locale() {
     return std::setlocale(LC_CTYPE, "C.UTF-8") != nullptr;
 }
 
+bool IsUserLocaleUtf8() {
+    const locale_t none = nullptr;
+    const locale_t users = newlocale(LC_CTYPE_MASK, "", none);
+    if (users == none) {
+        return false;
+    }
+    const bool bUtf8 = std::strcmp(nl_langinfo_l(CODESET, users), "UTF-8") == 0;
+    freelocale(users);
+    return bUtf8;
+}
+
 std::size_t Utf8SequenceLength(std::string_view Text) {
     const std::size_t length = Text.empty() ? 0 : LengthByLead(ByteAt(Text, 0));
     if (length < 2) {

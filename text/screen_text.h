@@ -14,6 +14,9 @@
 // Errors: false when the machine has no UTF-8 locale at all.
 bool EnsureUtf8Locale();
 
+// Whether the user's own character set is UTF-8, whatever the program uses.
+bool IsUserLocaleUtf8();
+
 // Replaces or drops whatever could drive, reorder or misalign a terminal: each invalid byte, each
 // direction control and whatever has no width becomes U+FFFD, each control character `?`; joiners,
 // selectors and other invisible characters vanish. The result is valid UTF-8 on one line.

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "screen_text.h"
 #include "terminal_modes.h"
 
 namespace {
@@ -17,7 +18,8 @@ timespec ToTimespec(std::chrono::microseconds Time) {
 
 SystemTerminal::SystemTerminal()
     : Signals(std::in_place), bOutputTerminal(Device.IsOutputTerminal()),
-      bCanRedraw(TerminalCanRedraw()), bCanAsk(Device.CanAsk()) {}
+      bCanRedraw(TerminalCanRedraw()), bCanAsk(Device.CanAsk()),
+      bUtf8(IsUserLocaleUtf8()) {}
 
 Terminal::Events SystemTerminal::Wait(std::chrono::microseconds Timeout, int Descriptor) {
     std::array<pollfd, 4> ready{{{Signals->Fd(), POLLIN, 0},

@@ -26,6 +26,7 @@ public:
     bool CanRedraw() const override { return bCanRedraw; }
     bool CanAsk() const override { return bCanAsk; }
     bool CanDraw() const override { return Device.CanDraw(); }
+    bool IsUtf8() const override { return bUtf8; }
     TerminalSize Size() const override { return Device.Size(); }
     void Write(std::string_view Bytes) override;
     void Close() override;
@@ -42,4 +43,5 @@ private:
     const bool bOutputTerminal;
     const bool bCanRedraw;
     const bool bCanAsk;
+    const bool bUtf8;
 };

@@ -65,6 +65,8 @@ public:
     virtual bool CanRedraw() const = 0;
     // Whether a frame reaches the screen now without waiting.
     virtual bool CanDraw() const = 0;
+    // Whether characters beyond ASCII show as what they are.
+    virtual bool IsUtf8() const = 0;
     virtual TerminalSize Size() const = 0;
     // What the terminal does not take now is written by and by, in Wait.
     virtual void Write(std::string_view Bytes) = 0;

@@ -1,4 +1,4 @@
-// What the drawer's bytes leave on a screen, and how many they are.
+// What the drawer's bytes leave on a screen.
 
 #include "block_drawer.h"
 
@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include "live_block.h"
 #include "plain_screen.h"
 #include "screen_text.h"
 
@@ -47,24 +46,6 @@ protected:
     BlockDrawer Drawer;
     PlainScreen Screen{80, 24};
 };
-
-// A job in full swing: every frame another file, other counters, another rate.
-TarvaneTransferUiSnapshot BusySnapshot(int Frame) {
-    const std::string number = std::to_string(Frame);
-    TarvaneTransferUiSnapshot snapshot;
-    snapshot.StageText = "Stage: Copying | Copying items";
-    snapshot.PathText = "Current: /home/u/Music/Live/2024-02-11 Stadthalle (...song number " +
-                        std::to_string(100 + Frame) + " of the whole evening.flac";
-    snapshot.OverallText = "Overall 1000." + std::to_string(Frame % 10) +
-                           " MB / 1023.9 GB | Items " + std::to_string(100000 + Frame) +
-                           " / 250000";
-    snapshot.IoText =
-        "Rate 106." + std::to_string(Frame % 10) + " MB/s | Spent 04:16 | Remaining 1:29:52";
-    snapshot.HintText = "Press Esc to cancel. Partial destination files may remain after a cancel.";
-    snapshot.FileProgress01 = static_cast<double>(Frame * 37 % 100) / 100.0;
-    snapshot.CurrentFileTotalBytes = 1000;
-    return snapshot;
-}
 
 } // namespace
 
@@ -223,22 +204,4 @@ TEST_F(BlockDrawing, DrawsStyles) {
               "\x1B[?7l\r\x1B[1;31mcareful\x1B[m\x1B[J\x1B[?7h\r");
     EXPECT_EQ(Drawer.Draw({{"careful", {{0, 1, TextStyle::Key}}}}, kUsualSize),
               "\x1B[?7l\r\x1B[1mc\x1B[mareful\x1B[?7h\r");
-}
-
-// Only the percentage of the whole does not change in every frame, five times a second at most.
-TEST_F(BlockDrawing, CostsLessThan3000BytesASecondForABusyJob) {
-    constexpr int kFramesPerSecond = 10;
-    constexpr int kFrames = 50;
-    std::size_t bytes = 0;
-    for (int frame = 0; frame <= kFrames; ++frame) {
-        ProgressClaims claims;
-        claims.Percent = frame / 2;
-        const std::size_t frameBytes =
-            Drawer.Draw(LiveBlockLines(BusySnapshot(frame), claims, kUsualSize), kUsualSize).size();
-        EXPECT_GT(frameBytes, 50U);
-        bytes += frame == 0 ? 0 : frameBytes;
-    }
-    const std::size_t bytesPerSecond = bytes * kFramesPerSecond / kFrames;
-    EXPECT_LT(bytesPerSecond, 3000U);
-    RecordProperty("BytesPerSecond", static_cast<int>(bytesPerSecond));
 }

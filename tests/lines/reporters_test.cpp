@@ -73,7 +73,8 @@ TEST_F(LiveReporter, ShowsTheLookAndHowToSkipIt) {
 TEST_F(LiveReporter, ShowsTheJobAsABlock) {
     Report->JobRuns(View());
     std::string block;
-    for (const ScreenLine& line : LiveBlockLines(Snapshot, Claims, Screen.Size())) {
+    for (const ScreenLine& line :
+         LiveBlock(BarCells::Ascii).Lines(Snapshot, Claims, Screen.Size())) {
         block += line.Text + "\n";
     }
     EXPECT_EQ(Screen.Screen(), block);

@@ -6,6 +6,9 @@
 
 #include <csignal>
 #include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -16,13 +19,30 @@ protected:
     static constexpr const char* kHint =
         "Press Esc to cancel. Partial destination files may remain after a cancel.";
 
-    void StartSlowCopy(int Columns = 80, int Rows = 24) {
+    ProgramInTerminal::Setting SlowCopy() {
         WriteFile(Root / "big.bin", PatternBytes(20 << 20));
-        ProgramInTerminal::Setting setting =
-            Setting({"copy", "--no-preflight", "--flush=never", "big.bin", "disk"});
+        return Setting({"copy", "--no-preflight", "--flush=never", "big.bin", "disk"});
+    }
+
+    void StartSlowCopy(int Columns = 80, int Rows = 24) {
+        ProgramInTerminal::Setting setting = SlowCopy();
         setting.Columns = Columns;
         setting.Rows = Rows;
         Start(setting);
+    }
+
+    void StartSlowCopyIn(const std::vector<std::pair<std::string, std::string>>& Environment) {
+        ProgramInTerminal::Setting setting = SlowCopy();
+        setting.Environment.insert(setting.Environment.end(), Environment.begin(),
+                                   Environment.end());
+        Start(setting);
+    }
+
+    void ExpectFewBytes() {
+        const std::size_t before = Program->Output().size();
+        Program->Watch(2.0);
+        EXPECT_LT(Program->Output().size() - before, 2U * 3000U);
+        EXPECT_GT(Program->Output().size() - before, 100U);
     }
 
     // Waits for the last line of the block, so that all of it is there.
@@ -74,7 +94,8 @@ TEST_F(LiveBlockOnTerminal, ShowsTheEnginesTextsWholeWithTwoBars) {
     EXPECT_EQ(screen.find("Stage: Copying | Copying items\n"), 0U) << screen;
     EXPECT_NE(screen.find("Current: " + (Root / "big.bin").string() + "\n"), std::string::npos)
         << screen;
-    EXPECT_EQ(Occurrences(screen, "\n["), 2U) << screen;
+    EXPECT_NE(screen.find("\nAll  ["), std::string::npos) << screen;
+    EXPECT_NE(screen.find("\nFile ["), std::string::npos) << screen;
     EXPECT_NE(screen.find("\nRate "), std::string::npos) << screen;
     EXPECT_NE(screen.find(std::string("\n") + kHint + "\n"), std::string::npos) << screen;
 }
@@ -196,13 +217,48 @@ TEST_F(LiveBlockOnTerminal, DrawsNothingForATerminalThatCannotMoveTheCursor) {
     EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
 }
 
+TEST_F(LiveBlockOnTerminal, DrawsItsBarsWithColoredBlocks) {
+    StartSlowCopyIn({{"LC_ALL", "C.UTF-8"}, {"NO_COLOR", ""}});
+    ASSERT_TRUE(Program->ShowsText("All  [█"));
+    ASSERT_TRUE(Program->ShowsText("File [█"));
+    EXPECT_NE(Program->Output().find("All  [\x1b[36m"), std::string::npos);
+    EXPECT_TRUE(Program->ExitsWith(0));
+    ExpectRestoredTerminal();
+}
+
+TEST_F(LiveBlockOnTerminal, DrawsItsBarsWithoutColorsWhenToldSo) {
+    StartSlowCopyIn({{"LC_ALL", "C.UTF-8"}, {"NO_COLOR", "1"}});
+    ASSERT_TRUE(Program->ShowsText("All  [█"));
+    EXPECT_EQ(Program->Output().find("\x1b[36m"), std::string::npos);
+}
+
+TEST_F(LiveBlockOnTerminal, DrawsItsBarsInAsciiInOtherLocales) {
+    StartSlowCopyIn({{"LC_ALL", "C"}});
+    ASSERT_TRUE(Program->ShowsText("All  [#"));
+    ASSERT_TRUE(Program->ShowsText("File [#"));
+    EXPECT_EQ(Program->Output().find("\xE2"), std::string::npos);
+}
+
 TEST_F(LiveBlockOnTerminal, SendsLittleOverASlowLine) {
     StartSlowCopy();
     ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
-    const std::size_t before = Program->Output().size();
-    Program->Watch(2.0);
-    EXPECT_LT(Program->Output().size() - before, 2U * 3000U);
-    EXPECT_GT(Program->Output().size() - before, 100U);
+    ExpectFewBytes();
+}
+
+TEST_F(LiveBlockOnTerminal, SendsLittleForManySmallFilesInAWideWindow) {
+    for (int i = 0; i < 320; ++i) {
+        const std::string letters(i % 2 == 0 ? 100 : 5, static_cast<char>('a' + i % 26));
+        WriteFile(Root / "many" / (letters + std::to_string(i)), PatternBytes(64 << 10));
+    }
+    ProgramInTerminal::Setting setting =
+        Setting({"copy", "--no-preflight", "--flush=never", "many", "disk"});
+    setting.Environment.insert(setting.Environment.end(),
+                               {{"LC_ALL", "C.UTF-8"}, {"NO_COLOR", ""}});
+    setting.Columns = 200;
+    setting.Rows = 50;
+    Start(setting);
+    ASSERT_TRUE(Program->ShowsText(" MB / 20.0 MB"));
+    ExpectFewBytes();
 }
 
 } // namespace

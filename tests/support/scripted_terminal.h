@@ -149,6 +149,8 @@ public:
     bool CanDraw() const override {
         return (bOutputTerminal || bAsks) && bForeground && !bOutputStopped;
     }
+    // What is shown on its screen are characters of one byte.
+    bool IsUtf8() const override { return false; }
     TerminalSize Size() const override { return Window; }
     void Write(std::string_view Text) override {
         Bytes += Text;

@@ -148,3 +148,12 @@ TEST_F(Utf8Locale, ReplacesALocaleThatIsNotInstalled) {
 TEST_F(Utf8Locale, KeepsOneThatIsUtf8) {
     ExpectUtf8With("C.UTF-8");
 }
+
+TEST_F(Utf8Locale, IsTheUsersOnlyWhenTheEnvironmentSaysSo) {
+    for (const char* name : {"C", "POSIX", "xx_XX.UTF-8"}) {
+        ExpectUtf8With(name);
+        EXPECT_FALSE(IsUserLocaleUtf8()) << name;
+    }
+    ExpectUtf8With("C.UTF-8");
+    EXPECT_TRUE(IsUserLocaleUtf8());
+}

@@ -97,6 +97,17 @@ TEST(SystemTerminal, CanAskNobodyWithoutAControllingTerminal) {
     EXPECT_EQ(AbilitiesInChildAfter([] { setsid(); }), "output redraw ");
 }
 
+TEST(SystemTerminal, KnowsWhatCharactersItShows) {
+    for (const bool bUtf8 : {false, true}) {
+        ForkedInTerminal program([bUtf8](const Reporter& Report) {
+            setenv("LC_ALL", bUtf8 ? "C.UTF-8" : "C", 1);
+            Report(SystemTerminal().IsUtf8() ? "utf8" : "ascii");
+            return 0;
+        });
+        EXPECT_EQ(program.NextReport(), bUtf8 ? "utf8" : "ascii");
+    }
+}
+
 // Only a terminal is closed; whoever writes to anything else learns of it then.
 TEST(SystemTerminal, TakesNoSocketForAClosedTerminal) {
     ForkedInTerminal program([](const Reporter& Report) {
