@@ -1,6 +1,7 @@
 #include "job_phase.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <optional>
 #include <string>
@@ -8,14 +9,17 @@
 
 #include "conflict_desk.h"
 #include "conflict_question.h"
+#include "conflict_tally.h"
 #include "free_name.h"
 #include "key_guard.h"
+#include "line_queue.h"
 #include "progress_texts.h"
 #include "progress_watch.h"
 #include "prompt.h"
 #include "question_layout.h"
 #include "reporter.h"
 #include "transfer_session.h"
+#include "verbose_lines.h"
 
 namespace {
 
@@ -39,15 +43,18 @@ public:
 
 private:
     ProgressView View();
+    bool IsOutputBroken() const;
     void FollowRequests();
     void FollowDesk();
     void Ask(const ConflictDesk::Question& Wanted);
     void TakeAnswer(const ConflictAnswer& Answer);
-    void Report(const AnsweredConflict* Answered);
+    void Note(const AnsweredConflict* Answered);
+    void Say(const std::optional<SettledConflict>& Settled);
 
     const PromptContext& Context;
     TransferSession Session;
     ConflictDesk Desk;
+    ConflictTally Tally;
     ProgressWatch Watch;
     KeyGuard Guard;
     std::optional<ConflictQuestion> Question;
@@ -60,9 +67,14 @@ bool JobActivity::IsOver() {
     return Session.IsOver();
 }
 
+bool JobActivity::IsOutputBroken() const {
+    const LineQueue* lines = Context.Verbose;
+    return Context.Report.IsBroken() || (lines != nullptr && lines->Error() == EPIPE);
+}
+
 void JobActivity::FollowRequests() {
     EndRequest& requests = Context.Loop.Requests();
-    if (Context.Report.IsBroken() && !requests.IsAsked()) {
+    if (IsOutputBroken() && !requests.IsAsked()) {
         requests.Terminate(SIGPIPE, Context.Loop.Now());
     }
     if (requests.IsAsked() && !Session.Job().IsCancelRequested()) {
@@ -72,7 +84,7 @@ void JobActivity::FollowRequests() {
 }
 
 void JobActivity::FollowDesk() {
-    Report(Desk.Attend());
+    Note(Desk.Attend());
     if (!Desk.OpenQuestion()) {
         Question.reset();
     } else if (!Question) {
@@ -116,12 +128,22 @@ void JobActivity::TakeAnswer(const ConflictAnswer& Answer) {
     if (Answer.Action == TarvaneTransferConflictAction::Cancel) {
         Context.Loop.Requests().Interrupt();
     }
-    Report(Desk.Answer(QuestionId, Answer));
+    Note(Desk.Answer(QuestionId, Answer));
 }
 
-void JobActivity::Report(const AnsweredConflict* Answered) {
+void JobActivity::Note(const AnsweredConflict* Answered) {
     if (Answered != nullptr) {
-        Context.Report.ConflictIsAnswered(*Answered);
+        Say(Tally.Add(*Answered));
+    }
+}
+
+void JobActivity::Say(const std::optional<SettledConflict>& Settled) {
+    if (!Settled) {
+        return;
+    }
+    Context.Report.ConflictIsSettled(*Settled);
+    if (Context.Verbose != nullptr) {
+        Context.Verbose->Add(VerboseLine(*Settled));
     }
 }
 
@@ -133,6 +155,9 @@ ProgressView JobActivity::View() {
 }
 
 void JobActivity::Draw() {
+    if (Context.Verbose != nullptr) {
+        Context.Verbose->Pump();
+    }
     const ProgressView view = View();
     if (!Question) {
         if (!view.Snapshot.bFinished) {
@@ -151,6 +176,7 @@ std::string JobActivity::StatusText() {
 }
 
 RunOutcome JobActivity::Finish() {
+    Say(Tally.Finish(CountersOf(Session.Job())));
     const ProgressView view = View();
     Context.Report.JobIsOver(view);
     RunOutcome outcome{.Result = RunResult::Failed, .Text = view.Snapshot.MessageText};

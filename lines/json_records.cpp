@@ -78,6 +78,22 @@ const char* AnswerName(TarvaneTransferConflictAction Action) {
     return "cancel";
 }
 
+const char* OutcomeName(ConflictOutcome Outcome) {
+    switch (Outcome) {
+    case ConflictOutcome::Replaced:
+        return "replaced";
+    case ConflictOutcome::Merged:
+        return "merged";
+    case ConflictOutcome::Renamed:
+        return "renamed";
+    case ConflictOutcome::Skipped:
+        return "skipped";
+    case ConflictOutcome::Unfinished:
+        return "unfinished";
+    }
+    return "unfinished";
+}
+
 const char* ResultName(RunResult Result) {
     switch (Result) {
     case RunResult::Succeeded:
@@ -138,8 +154,9 @@ std::string ProgressRecord(const ProgressView& View) {
     return Dump(record);
 }
 
-std::string ConflictRecord(const AnsweredConflict& Answer) {
-    const TarvaneTransferConflict& conflict = Answer.Conflict;
+std::string ConflictRecord(const SettledConflict& Settled) {
+    const AnsweredConflict& answer = Settled.Answered;
+    const TarvaneTransferConflict& conflict = answer.Conflict;
     const bool bDirectory = conflict.Kind == TarvaneTransferConflictKind::Directory;
     Json record = Record("conflict");
     record["kind"] = bDirectory ? "directory" : "file";
@@ -151,9 +168,10 @@ std::string ConflictRecord(const AnsweredConflict& Answer) {
     PutOrNull(record, "source_date", conflict.SourceDate);
     PutOrNull(record, "destination_date", conflict.DestinationDate);
     record["destination_is_directory"] = conflict.bDestinationDirectory;
-    record["answer"] = AnswerName(Answer.Action);
-    PutOrNull(record, "rename_path", Answer.RenamePath);
-    record["by"] = Answer.bByUser ? "user" : "choice";
+    record["answer"] = AnswerName(answer.Action);
+    PutOrNull(record, "rename_path", answer.RenamePath);
+    record["by"] = answer.bByUser ? "user" : "choice";
+    record["outcome"] = OutcomeName(Settled.Outcome);
     return Dump(record);
 }
 

@@ -22,7 +22,8 @@
 //     more_than_counted    true when the totals have turned out too low
 //     less_than_counted    true when a file has turned out shorter
 //     cancel_requested
-// "conflict": a taken name and the answer it got.
+// "conflict": a taken name, the answer it got, and what became of it; every one has a record, once
+//     the next name is found taken or the job is over.
 //     kind        "file" or "directory", which is what the source is
 //     source, destination
 //     source_size, destination_size    bytes, null when unknown or a directory
@@ -32,6 +33,8 @@
 //                 "overwrite-all-older", "compare", "rename" or "cancel"
 //     rename_path with "rename", otherwise null
 //     by          "user" or "choice"
+//     outcome     "replaced", "merged", "renamed", "skipped", or "unfinished" where the job has
+//                 ended before
 // "flush": what is still on its way to the disks after the job.
 //     remaining_bytes, rate    null when unknown
 //     finished
@@ -54,6 +57,6 @@
 std::string PreflightRecord(const PreflightFinding& Finding);
 std::string TotalsRecord(const PreflightResult& Result);
 std::string ProgressRecord(const ProgressView& View);
-std::string ConflictRecord(const AnsweredConflict& Answer);
+std::string ConflictRecord(const SettledConflict& Settled);
 std::string FlushRecord(const FlushProgress& Progress);
 std::string DoneRecord(const RunOutcome& Outcome, int ExitStatus);

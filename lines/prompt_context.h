@@ -3,6 +3,7 @@
 #pragma once
 
 class InterfaceLoop;
+class LineQueue;
 class Prompt;
 class Reporter;
 class Terminal;
@@ -13,4 +14,6 @@ struct PromptContext {
     Prompt& Shown;
     InterfaceLoop& Loop;
     Reporter& Report;
+    // Takes what -v says; none when it says nothing.
+    LineQueue* Verbose = nullptr;
 };

@@ -42,7 +42,10 @@ public:
 private:
     bool IsJson() const { return Request.Progress == ProgressStyle::Json; }
     std::unique_ptr<Reporter> MakeReporter();
-    PromptContext Context() { return {Screen, Shown, Loop, *Report}; }
+    bool IsVerbose() const { return Request.bVerbose && !IsJson(); }
+    PromptContext Context() {
+        return {Screen, Shown, Loop, *Report, IsVerbose() ? &Results : nullptr};
+    }
 
     BuiltPlan Plan();
     const KnownDiscs::mapped_type& TracksIn(const std::string& Device);
@@ -151,7 +154,7 @@ RunOutcome PromptFrontEnd::Carry(TarvaneTransferPlan Plan) {
 }
 
 void PromptFrontEnd::SayWhatGoesWhere(const TarvaneTransferPlan& Plan) {
-    if (!Request.bVerbose || IsJson()) {
+    if (!IsVerbose()) {
         return;
     }
     for (const TarvaneTransferItemPlan& item : Plan.Items) {

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "conflict_desk.h"
+#include "conflict_tally.h"
 #include "flusher.h"
 #include "preflight_result.h"
 #include "progress_watch.h"
@@ -34,7 +34,7 @@ public:
     virtual void JobIsOver(const ProgressView& /*View*/) {}
     virtual void FlushRuns(const FlushProgress& /*Progress*/) {}
     virtual void FlushIsOver(const FlushProgress& /*Progress*/) {}
-    virtual void ConflictIsAnswered(const AnsweredConflict& /*Answered*/) {}
+    virtual void ConflictIsSettled(const SettledConflict& /*Settled*/) {}
     virtual void RunIsOver(const RunOutcome& /*Outcome*/, int /*ExitStatus*/) {}
 
     // Whether the reader of the output has gone away.

@@ -139,8 +139,8 @@ public:
 
     void FlushIsOver(const FlushProgress& Progress) override { Records.Add(FlushRecord(Progress)); }
 
-    void ConflictIsAnswered(const AnsweredConflict& Answered) override {
-        Records.Add(ConflictRecord(Answered));
+    void ConflictIsSettled(const SettledConflict& Settled) override {
+        Records.Add(ConflictRecord(Settled));
     }
 
     void RunIsOver(const RunOutcome& Outcome, int ExitStatus) override {

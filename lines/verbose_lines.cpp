@@ -23,6 +23,26 @@ std::string Escaped(std::string_view Bytes) {
     return text;
 }
 
+std::string FromTo(const std::string& Source, const std::string& Destination) {
+    return QuotedForShell(Source) + " -> " + QuotedForShell(Destination);
+}
+
+std::string OutcomeText(const SettledConflict& Settled) {
+    switch (Settled.Outcome) {
+    case ConflictOutcome::Replaced:
+        return "replaced";
+    case ConflictOutcome::Merged:
+        return "merged";
+    case ConflictOutcome::Renamed:
+        return "renamed to " + QuotedForShell(Settled.Answered.RenamePath);
+    case ConflictOutcome::Skipped:
+        return "skipped";
+    case ConflictOutcome::Unfinished:
+        return "unfinished";
+    }
+    return {};
+}
+
 } // namespace
 
 std::string QuotedForShell(std::string_view Text) {
@@ -47,6 +67,11 @@ std::string QuotedForShell(std::string_view Text) {
 }
 
 std::string VerboseLine(const TarvaneTransferItemPlan& Item) {
-    return QuotedForShell(Item.SourcePath.native()) + " -> " +
-           QuotedForShell(Item.DestinationPath.native());
+    return FromTo(Item.SourcePath.native(), Item.DestinationPath.native());
+}
+
+std::string VerboseLine(const SettledConflict& Settled) {
+    const AnsweredConflict& answer = Settled.Answered;
+    return FromTo(answer.Conflict.SourcePath, answer.Conflict.DestinationPath) + ": " +
+           OutcomeText(Settled);
 }

@@ -34,7 +34,8 @@ What is shown:
       --progress=STYLE       auto (default), live, lines, json or none
       --interval=SECONDS     time between two lines, 0.1 to 3600 (default 5)
   -q, --quiet                no progress, only errors and questions
-  -v, --verbose              say what goes where
+  -v, --verbose              say what goes where and what becomes of taken
+                             names
 
 Before and after:
       --dry-run              look through the sources, say what was found

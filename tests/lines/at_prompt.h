@@ -48,8 +48,9 @@ public:
     void FlushIsOver(const FlushProgress& Progress) override {
         Log.push_back("flush over " + Progress.ErrorText);
     }
-    void ConflictIsAnswered(const AnsweredConflict& Answered) override {
-        Answers.push_back(Answered);
+    void ConflictIsSettled(const SettledConflict& Settled) override {
+        Answers.push_back(Settled.Answered);
+        Outcomes.push_back(Settled.Outcome);
     }
     bool IsBroken() const override { return bBroken; }
 
@@ -59,6 +60,7 @@ public:
 
     std::vector<std::string> Log;
     std::vector<AnsweredConflict> Answers;
+    std::vector<ConflictOutcome> Outcomes;
     int LongestStall = 0;
     bool bBroken = false;
 };

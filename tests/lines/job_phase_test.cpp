@@ -317,6 +317,23 @@ TEST_F(NameInTheWay, IsNotCountedWhenItIsSkipped) {
     EXPECT_EQ(outcome.Bytes, 5U);
 }
 
+TEST_F(NameInTheWay, TellsTheReporterWhatBecameOfEachName) {
+    Take("b");
+    WriteFile(Root / "from/same", "equal");
+    WriteFile(Root / "to/same", "equal");
+    Request.OnConflict = FileConflictChoice::Compare;
+    Run(CopyOf({"a", "same", "b"}));
+    EXPECT_EQ(Report.Outcomes,
+              (std::vector<ConflictOutcome>{ConflictOutcome::Replaced, ConflictOutcome::Skipped,
+                                            ConflictOutcome::Replaced}));
+}
+
+TEST_F(NameInTheWay, TellsTheReporterThatTheJobEndedAtIt) {
+    Request.OnConflict = FileConflictChoice::Fail;
+    Run(CopyOf({"a"}));
+    EXPECT_EQ(Report.Outcomes, std::vector<ConflictOutcome>{ConflictOutcome::Unfinished});
+}
+
 TEST_F(NameInTheWay, FailsWithTheSentenceOfTheChoice) {
     Request.OnConflict = FileConflictChoice::Fail;
     ExpectOutcome(Run(CopyOf({"a"})), RunResult::Failed,

@@ -101,17 +101,17 @@ TEST_F(JsonProgress, GivesTheWholePathHoweverLong) {
 TEST_F(JsonProgress, KeepsARecordOnOneLineWhateverTheName) {
     AnsweredConflict answer = OverwrittenFile();
     answer.Conflict.SourcePath = "/a/new\nline\x1B\"\\";
-    EXPECT_NE(ConflictRecord(answer).find(R"("source":"/a/new\nline\u001b\"\\",)"),
+    EXPECT_NE(ConflictRecord({answer}).find(R"("source":"/a/new\nline\u001b\"\\",)"),
               std::string::npos);
 }
 
 TEST_F(JsonProgress, ReportsAConflictAboutAFileWithItsAnswer) {
-    EXPECT_EQ(ConflictRecord(OverwrittenFile()),
+    EXPECT_EQ(ConflictRecord({OverwrittenFile(), ConflictOutcome::Replaced}),
               R"({"event":"conflict","kind":"file","source":"/a/cover.jpg",)"
               R"("destination":"/b/cover.jpg","source_size":48230,"destination_size":47110,)"
               R"("source_date":"2024-03-07 14:05:09","destination_date":"2023-12-24 18:00:00",)"
               R"("destination_is_directory":false,"answer":"overwrite","rename_path":null,)"
-              R"("by":"user"})");
+              R"("by":"user","outcome":"replaced"})");
 }
 
 TEST_F(JsonProgress, ReportsAConflictAboutADirectoryAnsweredByAChoice) {
@@ -121,20 +121,21 @@ TEST_F(JsonProgress, ReportsAConflictAboutADirectoryAnsweredByAChoice) {
     answer.Conflict.DestinationPath = "/b/Live";
     answer.Conflict.bDestinationDirectory = true;
     answer.Action = TarvaneTransferConflictAction::Merge;
-    EXPECT_EQ(ConflictRecord(answer),
+    EXPECT_EQ(ConflictRecord({answer, ConflictOutcome::Merged}),
               R"({"event":"conflict","kind":"directory","source":"/a/Live",)"
               R"("destination":"/b/Live","source_size":null,"destination_size":null,)"
               R"("source_date":null,"destination_date":null,"destination_is_directory":true,)"
-              R"("answer":"merge","rename_path":null,"by":"choice"})");
+              R"("answer":"merge","rename_path":null,"by":"choice","outcome":"merged"})");
 }
 
 TEST_F(JsonProgress, NamesTheNewPathOfARename) {
     AnsweredConflict answer = OverwrittenFile();
     answer.Action = TarvaneTransferConflictAction::Rename;
     answer.RenamePath = "/b/\xFF.jpg";
-    EXPECT_NE(ConflictRecord(answer).find("\"answer\":\"rename\",\"rename_path\":\"/b/\xEF\xBF\xBD"
-                                          R"(.jpg","rename_path_hex":"2f622fff2e6a7067",)"),
-              std::string::npos);
+    EXPECT_NE(
+        ConflictRecord({answer}).find("\"answer\":\"rename\",\"rename_path\":\"/b/\xEF\xBF\xBD"
+                                      R"(.jpg","rename_path_hex":"2f622fff2e6a7067",)"),
+        std::string::npos);
 }
 
 TEST_F(JsonProgress, HasANameForEveryAnswer) {
@@ -154,7 +155,20 @@ TEST_F(JsonProgress, HasANameForEveryAnswer) {
     for (const auto& [action, name] : names) {
         AnsweredConflict answer = OverwrittenFile();
         answer.Action = action;
-        EXPECT_NE(ConflictRecord(answer).find("\"answer\":\"" + name + "\""), std::string::npos)
+        EXPECT_NE(ConflictRecord({answer}).find("\"answer\":\"" + name + "\""), std::string::npos)
+            << name;
+    }
+}
+
+TEST_F(JsonProgress, SaysWhatBecameOfATakenName) {
+    const std::pair<ConflictOutcome, std::string> names[] = {
+        {ConflictOutcome::Replaced, "replaced"},     {ConflictOutcome::Merged, "merged"},
+        {ConflictOutcome::Renamed, "renamed"},       {ConflictOutcome::Skipped, "skipped"},
+        {ConflictOutcome::Unfinished, "unfinished"},
+    };
+    for (const auto& [outcome, name] : names) {
+        EXPECT_TRUE(
+            ConflictRecord({OverwrittenFile(), outcome}).ends_with("\"outcome\":\"" + name + "\"}"))
             << name;
     }
 }

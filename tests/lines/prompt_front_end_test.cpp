@@ -439,6 +439,15 @@ TEST_F(ResultsAtPrompt, SayWhatGoesWhere) {
     EXPECT_EQ(Output, VerboseLine());
 }
 
+TEST_F(ResultsAtPrompt, SayWhatBecomesOfTakenNames) {
+    TakeName();
+    Request.bVerbose = true;
+    const std::string line = VerboseLine().substr(0, VerboseLine().size() - 1);
+    AnswerWhenShown("File exists", {PressedKey('k')});
+    Run();
+    EXPECT_EQ(Output, line + "\n" + line + ": renamed to '" + PathOf("to/a-2") + "'\n");
+}
+
 TEST_F(ResultsAtPrompt, AreWaitedForBehindAReaderThatIsBusy) {
     Request.bVerbose = true;
     const auto [reader, writer] = FullPipe();

@@ -232,17 +232,18 @@ TEST_F(JsonReporter, WritesTheFlushAfterEachIntervalAndAtItsEnd) {
 }
 
 TEST_F(JsonReporter, WritesAnswersAndTheEnd) {
-    const AnsweredConflict answered{.Conflict = {},
-                                    .Action = TarvaneTransferConflictAction::Skip,
-                                    .RenamePath = {},
-                                    .bByUser = true};
+    const SettledConflict settled{.Answered = {.Conflict = {},
+                                               .Action = TarvaneTransferConflictAction::Skip,
+                                               .RenamePath = {},
+                                               .bByUser = true},
+                                  .Outcome = ConflictOutcome::Skipped};
     const RunOutcome outcome{.Result = RunResult::Succeeded, .Text = "Copied 1 item(s)."};
     const int status = 7;
     EXPECT_EQ(RecordsOf([&] {
-                  Report->ConflictIsAnswered(answered);
+                  Report->ConflictIsSettled(settled);
                   Report->RunIsOver(outcome, status);
               }),
-              ConflictRecord(answered) + "\n" + DoneRecord(outcome, status) + "\n");
+              ConflictRecord(settled) + "\n" + DoneRecord(outcome, status) + "\n");
 }
 
 TEST_F(JsonReporter, TellsThatItsReaderHasGone) {
@@ -307,18 +308,18 @@ TEST_F(JsonReporterWaiting, LeavesOutProgressThatWouldBeLate) {
 }
 
 TEST_F(JsonReporterWaiting, LeavesOutNoLastState) {
-    const AnsweredConflict answered;
+    const SettledConflict settled;
     const RunOutcome outcome;
     const int status = 0;
     const std::string received = Received(
         [&] {
-            Report->ConflictIsAnswered(answered);
+            Report->ConflictIsSettled(settled);
             Report->JobIsOver(View());
             Report->FlushIsOver(Flush);
             Report->RunIsOver(outcome, status);
         },
         [this] { Report->Finish(); });
-    EXPECT_EQ(received, ConflictRecord(answered) + "\n" + Progress() + FlushRecord(Flush) + "\n" +
+    EXPECT_EQ(received, ConflictRecord(settled) + "\n" + Progress() + FlushRecord(Flush) + "\n" +
                             DoneRecord(outcome, status) + "\n");
 }
 

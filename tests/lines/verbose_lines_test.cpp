@@ -18,6 +18,24 @@ TEST_F(VerboseLines, SayWhereAnEntryGoes) {
     EXPECT_EQ(VerboseLine(item), "'/a/new'$'\\n''name' -> '/b c/d'");
 }
 
+TEST_F(VerboseLines, SayWhatBecameOfATakenName) {
+    SettledConflict settled;
+    settled.Answered.Conflict.SourcePath = "/a/new\nname";
+    settled.Answered.Conflict.DestinationPath = "/b c/d";
+    settled.Answered.RenamePath = "/b c/d-2";
+    const std::pair<ConflictOutcome, std::string> words[] = {
+        {ConflictOutcome::Replaced, "replaced"},
+        {ConflictOutcome::Merged, "merged"},
+        {ConflictOutcome::Renamed, "renamed to '/b c/d-2'"},
+        {ConflictOutcome::Skipped, "skipped"},
+        {ConflictOutcome::Unfinished, "unfinished"},
+    };
+    for (const auto& [outcome, word] : words) {
+        settled.Outcome = outcome;
+        EXPECT_EQ(VerboseLine(settled), "'/a/new'$'\\n''name' -> '/b c/d': " + word);
+    }
+}
+
 TEST_F(VerboseLines, QuoteNamesSoThatAShellReadsThem) {
     const std::pair<std::string, std::string> quoted[] = {
         {"", "''"},

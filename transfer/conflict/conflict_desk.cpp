@@ -30,6 +30,10 @@ int RemoveLink(const std::string& Path) {
 
 } // namespace
 
+ItemCounters CountersOf(const TarvaneTransferJob& Job) {
+    return {.Done = Job.MakeUiSnapshot().DoneItems, .Skipped = Job.GetSkippedItems()};
+}
+
 const AnsweredConflict* ConflictDesk::Attend() {
     TarvaneTransferConflict conflict;
     const bool bPending = Job.GetPendingConflict(conflict);
@@ -105,6 +109,7 @@ const AnsweredConflict* ConflictDesk::GiveUp(std::string Sentence, AnsweredConfl
 
 const AnsweredConflict* ConflictDesk::Resolve(AnsweredConflict Answer) {
     CurrentPause = kShortestPause;
+    Answer.Before = CountersOf(Job);
     if (!Job.ResolveConflict(Answer.Action, Answer.RenamePath)) {
         return nullptr;
     }

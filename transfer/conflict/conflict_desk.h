@@ -26,12 +26,23 @@ struct ConflictAnswer {
     bool operator==(const ConflictAnswer&) const = default;
 };
 
+// The part of a job's progress that tells what became of a taken name.
+struct ItemCounters {
+    // Those that were skipped included.
+    std::uint64_t Done = 0;
+    std::uint64_t Skipped = 0;
+};
+
+ItemCounters CountersOf(const TarvaneTransferJob& Job);
+
 // A conflict and the answer that it got, from the user or from a choice made beforehand.
 struct AnsweredConflict {
     TarvaneTransferConflict Conflict;
     TarvaneTransferConflictAction Action = TarvaneTransferConflictAction::Cancel;
     std::string RenamePath = {};
     bool bByUser = false;
+    // The job's, while it waited for the answer.
+    ItemCounters Before = {};
 };
 
 // Looks for the job's conflicts, lets the policy decide, and hands out a question where a person is

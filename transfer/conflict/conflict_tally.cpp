@@ -1,0 +1,52 @@
+#include "conflict_tally.h"
+
+#include <utility>
+
+using Action = TarvaneTransferConflictAction;
+using Kind = TarvaneTransferConflictKind;
+
+namespace {
+
+ConflictOutcome OutcomeOf(const AnsweredConflict& Answered, const ItemCounters& After) {
+    if (After.Skipped > Answered.Before.Skipped) {
+        return ConflictOutcome::Skipped;
+    }
+    if (After.Done == Answered.Before.Done) {
+        return ConflictOutcome::Unfinished;
+    }
+    if (Answered.Action == Action::Rename) {
+        return ConflictOutcome::Renamed;
+    }
+    return Answered.Action == Action::Merge && Answered.Conflict.bDestinationDirectory
+               ? ConflictOutcome::Merged
+               : ConflictOutcome::Replaced;
+}
+
+} // namespace
+
+std::optional<SettledConflict> ConflictTally::Add(const AnsweredConflict& Answered) {
+    std::optional<SettledConflict> settled = Settle(Answered.Before);
+    Last = Answered;
+    return settled;
+}
+
+std::optional<SettledConflict> ConflictTally::Finish(const ItemCounters& Final) {
+    return Settle(Final);
+}
+
+std::optional<SettledConflict> ConflictTally::Settle(const ItemCounters& Now) {
+    if (!Last) {
+        return std::nullopt;
+    }
+    const ConflictOutcome outcome = OutcomeOf(*Last, Now);
+    const TarvaneTransferConflict& conflict = Last->Conflict;
+    ReplacedNames += outcome == ConflictOutcome::Replaced ? 1 : 0;
+    RenamedNames += outcome == ConflictOutcome::Renamed ? 1 : 0;
+    if (outcome == ConflictOutcome::Skipped) {
+        if (conflict.Kind == Kind::Directory) {
+            SkippedTrees.push_back(conflict.SourcePath);
+        }
+        bBytesUncounted = bBytesUncounted || !conflict.bSourceHasSize;
+    }
+    return SettledConflict{*std::exchange(Last, std::nullopt), outcome};
+}

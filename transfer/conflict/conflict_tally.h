@@ -1,0 +1,54 @@
+// What became of the taken names of one job.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "conflict_desk.h"
+
+enum class ConflictOutcome {
+    Replaced,
+    Merged,
+    // The source got the answer's RenamePath.
+    Renamed,
+    Skipped,
+    // The job ended before the name was done with.
+    Unfinished,
+};
+
+struct SettledConflict {
+    AnsweredConflict Answered;
+    ConflictOutcome Outcome = ConflictOutcome::Unfinished;
+};
+
+// The engine tells what it has done in counters only: what became of a name shows in those of the
+// next one, or of the end.
+//
+// Threads: one.
+class ConflictTally {
+public:
+    // Takes the next answer. Returns the one before, which is settled now; nothing for the first.
+    std::optional<SettledConflict> Add(const AnsweredConflict& Answered);
+    // The same for the last one, with the counters of a job that is over.
+    std::optional<SettledConflict> Finish(const ItemCounters& Final);
+
+    std::uint64_t Replaced() const { return ReplacedNames; }
+    std::uint64_t Renamed() const { return RenamedNames; }
+    // The sources of the names that were skipped with all below them.
+    const std::vector<std::string>& SkippedDirectories() const { return SkippedTrees; }
+    // Something was skipped of which the engine counts other bytes than before: a directory, whose
+    // links it counts as empty then, or a source without a size.
+    bool HasSkippedBytesThatWereNotCounted() const { return bBytesUncounted; }
+
+private:
+    std::optional<SettledConflict> Settle(const ItemCounters& Now);
+
+    std::optional<AnsweredConflict> Last;
+    std::uint64_t ReplacedNames = 0;
+    std::uint64_t RenamedNames = 0;
+    std::vector<std::string> SkippedTrees;
+    bool bBytesUncounted = false;
+};
