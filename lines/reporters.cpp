@@ -131,7 +131,8 @@ public:
     void JobIsOver(const ProgressView& View) override { Records.Add(ProgressRecord(View)); }
 
     void FlushRuns(const FlushProgress& Progress) override {
-        if (Timer.TakeDue()) {
+        // The end has a record of its own.
+        if (!Progress.bFinished && Timer.TakeDue()) {
             Records.Offer(FlushRecord(Progress));
         }
         Records.Pump();

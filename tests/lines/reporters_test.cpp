@@ -231,6 +231,15 @@ TEST_F(JsonReporter, WritesTheFlushAfterEachIntervalAndAtItsEnd) {
     EXPECT_EQ(RecordsOf([this] { Report->FlushIsOver(Flush); }), record);
 }
 
+TEST_F(JsonReporter, WritesOneRecordOfAFlushThatHasFinished) {
+    Flush.bFinished = true;
+    EXPECT_EQ(RecordsOf([this] {
+                  Report->FlushRuns(Flush);
+                  Report->FlushIsOver(Flush);
+              }),
+              FlushRecord(Flush) + "\n");
+}
+
 TEST_F(JsonReporter, WritesAnswersAndTheEnd) {
     const SettledConflict settled{.Answered = {.Conflict = {},
                                                .Action = TarvaneTransferConflictAction::Skip,
