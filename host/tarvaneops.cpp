@@ -2,13 +2,16 @@
 
 #include "file_identity.h"
 
+#include <algorithm>
 #include <array>
 #include <climits>
+#include <cstdio>
 #include <list>
 #include <optional>
 #include <string>
 #include <system_error>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,7 +22,7 @@ namespace {
 // As many as the kernel follows before it says ELOOP.
 constexpr int kMaxLinks = 40;
 
-std::optional<FileIdentity> IdentityOf(const fs::path& Path) {
+std::optional<FileIdentity> IdentityOf(const std::string& Path) {
     struct stat status {};
     if (::stat(Path.c_str(), &status) != 0) {
         return std::nullopt;
@@ -45,13 +48,38 @@ std::optional<fs::path> LinkTarget(const fs::path& Path) {
     return fs::path(std::string(text.data(), static_cast<std::size_t>(length)));
 }
 
+// The canonical path of what exists, asked of the kernel at once: link by link, the time for a deep
+// path grows with the square of its length. Empty where the kernel does not tell.
+fs::path CanonicalText(const std::string& Path) {
+    const int descriptor = ::open(Path.c_str(), O_PATH | O_CLOEXEC);
+    if (descriptor < 0) {
+        return {};
+    }
+    std::array<char, 32> link{};
+    std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", descriptor);
+    std::array<char, PATH_MAX> text{};
+    const ssize_t length = ::readlink(link.data(), text.data(), text.size() - 1);
+    ::close(descriptor);
+    // A text that leads elsewhere was cut off, or has a remark of the kernel at its end.
+    const bool bLeadsThere = length > 0 && IdentityOf(text.data()) == IdentityOf(Path);
+    return bLeadsThere ? fs::path(text.data()) : fs::path();
+}
+
 // The absolute path as the kernel would walk it, links, "." and ".." resolved. What does not exist
 // is taken as it is written, so ".." steps back over it. Beyond kMaxLinks links are left standing:
 // nothing can be made through them.
 fs::path Resolved(const fs::path& Path) {
-    const fs::path absolute = fs::absolute(Path);
-    std::list<fs::path> pending(absolute.begin(), absolute.end());
-    fs::path resolved;
+    fs::path rest = fs::absolute(Path);
+    std::list<fs::path> pending;
+    fs::path resolved = CanonicalText(rest);
+    while (resolved.empty() && rest.has_relative_path()) {
+        pending.push_front(rest.filename());
+        rest = rest.parent_path();
+        resolved = CanonicalText(rest);
+    }
+    if (resolved.empty()) {
+        resolved = rest;
+    }
     int links = 0;
     while (!pending.empty()) {
         const fs::path component = pending.front();
@@ -76,12 +104,44 @@ fs::path Resolved(const fs::path& Path) {
     return resolved;
 }
 
+// Goes up from a directory, one step a call. Each step starts from the last directory where it can:
+// looking the whole path up again takes time that grows with its length.
+class Ascent {
+public:
+    Ascent() = default;
+    ~Ascent() { Leave(); }
+    Ascent(const Ascent&) = delete;
+    Ascent& operator=(const Ascent&) = delete;
+
+    // Requires: Ancestor is canonical as far as it exists, and the parent of the one before.
+    std::optional<FileIdentity> StepTo(const std::string& Ancestor) {
+        const int above = Descriptor >= 0 ? ::openat(Descriptor, "..", O_PATH | O_CLOEXEC)
+                                          : ::open(Ancestor.c_str(), O_PATH | O_CLOEXEC);
+        Leave();
+        Descriptor = above;
+        struct stat status {};
+        if (Descriptor >= 0 && ::fstat(Descriptor, &status) == 0) {
+            return IdentityOf(status);
+        }
+        return IdentityOf(Ancestor);
+    }
+
+private:
+    void Leave() {
+        if (Descriptor >= 0) {
+            ::close(Descriptor);
+        }
+    }
+
+    int Descriptor = -1;
+};
+
 } // namespace
 
 bool TarvanePathsEquivalentOrSame(const fs::path& First, const fs::path& Second) noexcept {
     try {
-        const std::optional<FileIdentity> first = IdentityOf(First);
-        if (first && first == IdentityOf(Second)) {
+        const std::optional<FileIdentity> first = IdentityOf(First.native());
+        if (first && first == IdentityOf(Second.native())) {
             return true;
         }
         return NormalText(First) == NormalText(Second);
@@ -93,13 +153,14 @@ bool TarvanePathsEquivalentOrSame(const fs::path& First, const fs::path& Second)
 
 bool TarvanePathIsInside(const fs::path& Directory, const fs::path& Path) noexcept {
     try {
-        const fs::path directory = Resolved(Directory);
+        const std::string directory = Resolved(Directory).string();
         const std::optional<FileIdentity> identity = IdentityOf(directory);
-        fs::path ancestor = Resolved(Path);
-        while (ancestor.has_relative_path()) {
-            ancestor = ancestor.parent_path();
+        std::string ancestor = Resolved(Path).string();
+        Ascent ascent;
+        while (ancestor.size() > 1) {
+            ancestor.resize(std::max<std::size_t>(ancestor.rfind('/'), 1));
             // The identity also finds a directory that is mounted a second time elsewhere.
-            if (ancestor == directory || (identity && identity == IdentityOf(ancestor))) {
+            if (ancestor == directory || (identity && identity == ascent.StepTo(ancestor))) {
                 return true;
             }
         }

@@ -6,6 +6,7 @@
 #include "failing_allocation.h"
 #include "file_tree.h"
 #include "mounts.h"
+#include "no_descriptors_left.h"
 #include "temporary_directory.h"
 
 #include <filesystem>
@@ -257,6 +258,20 @@ TEST_F(PathIsInside, ResolvesLinksInEitherPath) {
     EXPECT_TRUE(TarvanePathIsInside("link/b", "real/b/new/er"));
 }
 
+TEST_F(PathIsInside, ResolvesLinksWhereNothingMoreCanBeOpened) {
+    fs::create_directories("real/b");
+    fs::create_directory_symlink("real", "link");
+    bool bBelow = false;
+    bool bBeside = true;
+    {
+        const NoDescriptorsLeft none;
+        bBelow = TarvanePathIsInside("real", "link/b/new");
+        bBeside = TarvanePathIsInside("real/b", "link/new");
+    }
+    EXPECT_TRUE(bBelow);
+    EXPECT_FALSE(bBeside);
+}
+
 TEST_F(PathIsInside, ResolvesLinksToAbsolutePathsAndToLinks) {
     fs::create_directory("real");
     fs::create_directory_symlink(At("real"), "first");
@@ -292,6 +307,26 @@ TEST_F(PathIsInside, HoldsForADirectoryMountedASecondTime) {
     const ScopedMount second = BindReadOnly(At("real"), At("second"));
     EXPECT_TRUE(TarvanePathIsInside("real", "second/new"));
     EXPECT_FALSE(TarvanePathIsInside("real", "second"));
+}
+
+TEST_F(PathIsInside, HoldsFarBelowADirectoryMountedASecondTime) {
+    EnterPrivateMountNamespace();
+    fs::create_directories("real/a/b");
+    const ScopedMount second = BindReadOnly(At("real"), At("second"));
+    EXPECT_TRUE(TarvanePathIsInside("real", "second/a/b/c/new"));
+    EXPECT_TRUE(TarvanePathIsInside("real/a", "second/a/b"));
+    EXPECT_FALSE(TarvanePathIsInside("real/a/b", "second/a/c"));
+}
+
+// Nothing leads up from such a directory but the path above it.
+TEST_F(PathIsInside, HoldsBelowADirectoryThatMayNotBeSearched) {
+    EnterPrivateMountNamespace();
+    fs::create_directories("real/locked");
+    fs::permissions("real/locked", fs::perms::none);
+    fs::permissions(Directory.Path(), fs::perms::all);
+    const ScopedMount second = BindReadOnly(At("real"), At("second"));
+    const ActingAsNobody nobody;
+    EXPECT_TRUE(TarvanePathIsInside("real", "second/locked/new"));
 }
 
 TEST_F(PathIsInside, TakesPathsAsTheyAreWrittenWhereNothingMayBeLookedAt) {
