@@ -12,6 +12,7 @@
 #include <exception>
 #include <fcntl.h>
 #include <string>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <variant>
 
@@ -24,6 +25,16 @@ void OpenStandardStreams() {
         if (fcntl(stream, F_GETFD) < 0 && errno == EBADF) {
             open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
         }
+    }
+}
+
+// A directory stays open for each level of the tree that is being copied, and the usual soft limit
+// ends at about 1,020 of them. It is that low for programs that call select(), which ours does not.
+void RaiseDescriptorLimit() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
     }
 }
 
@@ -54,6 +65,7 @@ int Answer(const TracksRequest& Request) {
 
 int main(int Argc, char** Argv) {
     OpenStandardStreams();
+    RaiseDescriptorLimit();
     EnsureUtf8Locale();
     try {
         return std::visit([](const auto& Parsed) { return Answer(Parsed); },

@@ -3,10 +3,12 @@
 
 #include "file_tree.h"
 #include "mounts.h"
+#include "needs.h"
 #include "run_program.h"
 #include "temporary_directory.h"
 
 #include <csignal>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -38,6 +40,30 @@ TEST_F(ThroughPipes, CopiesARealTreeByteForByteAndPrintsOneLine) {
                   "Copied 1 item(s).\n");
     EXPECT_RESULT(RunProgram({"diff", "-r", "/usr/include/linux", (Root / "copied").string()}), 0,
                   "", "");
+}
+
+// Each level of a tree takes a descriptor, and the soft limit is the usual one.
+TEST_F(ThroughPipes, CopiesATreeOfMoreLevelsThanTheSoftLimitOfDescriptors) {
+    constexpr int kLevels = 1200;
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    if (limit.rlim_max < 2 * kLevels) {
+        SkipTest("needs a hard limit of 2,400 descriptors");
+    }
+    std::string below;
+    for (int level = 0; level < kLevels; ++level) {
+        fs::create_directory(Root / ("tree" + below));
+        below += "/d";
+    }
+    WriteFile(Root / ("tree" + below), "data");
+    const ProgramResult result = RunProgram(
+        {"/bin/sh", "-c", "ulimit -S -n 1024; exec \"$0\" copy --on-conflict=skip tree copied",
+         TARVANE_PROGRAM},
+        Root.Path().string());
+    EXPECT_EQ(result.Status, 0) << result.Errors;
+    EXPECT_EQ(ReadFile(Root / ("copied" + below)), "data");
+    // The library would need as many descriptors to remove the trees.
+    RunProgram({"rm", "-r", "tree", "copied"}, Root.Path().string());
 }
 
 TEST_F(ThroughPipes, CopiesNamesThatAreAnyBytes) {
