@@ -16,8 +16,8 @@ constexpr char kListLetter = '?';
 
 } // namespace
 
-ConflictQuestion::ConflictQuestion(TarvaneTransferConflict PostedConflict, RenameAdvice NameAdvice)
-    : Conflict(std::move(PostedConflict)), Advice(std::move(NameAdvice)) {}
+ConflictQuestion::ConflictQuestion(TakenName NameToAskAbout, RenameAdvice NameAdvice)
+    : Name(std::move(NameToAskAbout)), Advice(std::move(NameAdvice)) {}
 
 std::optional<ConflictAnswer> ConflictQuestion::Handle(const KeyPress& Key) {
     Reason.clear();
@@ -38,15 +38,15 @@ std::optional<ConflictAnswer> ConflictQuestion::Handle(const KeyPress& Key) {
 
 std::optional<ConflictAnswer> ConflictQuestion::HandleLetter(char Letter) {
     bListWanted = Letter == kListLetter && !bListWanted;
-    const std::optional<ConflictChoice> choice = ChoiceByLetter(Conflict, Letter);
+    const std::optional<ConflictChoice> choice = ChoiceByLetter(Name, Letter);
     if (!choice) {
         return std::nullopt;
     }
-    if (choice->Action == Action::CompareByContent && !HasBothSizes(Conflict)) {
+    if (choice->Action == Action::CompareByContent && !HasBothSizes(Name.Conflict)) {
         Reason = "There is nothing to compare: one of them has no size.";
         return std::nullopt;
     }
-    if (RemovesDirectory(Conflict, *choice)) {
+    if (ReplacesOtherKind(choice->Action, Name)) {
         ToConfirm = choice;
         return std::nullopt;
     }
@@ -63,7 +63,7 @@ std::optional<ConflictAnswer> ConflictQuestion::HandleConfirmation(const KeyPres
 
 std::optional<ConflictAnswer> ConflictQuestion::OpenRename() {
     const std::string proposed = Advice.ProposeFreePath();
-    const std::string path = proposed.empty() ? Conflict.DestinationPath : proposed;
+    const std::string path = proposed.empty() ? Name.Conflict.DestinationPath : proposed;
     Rename.emplace(std::filesystem::path(path).filename().native());
     return std::nullopt;
 }
@@ -92,12 +92,12 @@ std::optional<ConflictAnswer> ConflictQuestion::HandleRename(const KeyPress& Key
     }
     // A name without a directory is one beside the destination.
     const std::filesystem::path path =
-        std::filesystem::path(Conflict.DestinationPath).parent_path() / Rename->Text();
+        std::filesystem::path(Name.Conflict.DestinationPath).parent_path() / Rename->Text();
     Reason = Advice.Refusal(path.native());
     if (!Reason.empty()) {
         return std::nullopt;
     }
-    return Give(*ChoiceByLetter(Conflict, kRenameLetter), path.native());
+    return Give(*ChoiceByLetter(Name, kRenameLetter), path.native());
 }
 
 std::optional<ConflictAnswer> ConflictQuestion::Give(const ConflictChoice& Choice,
@@ -111,5 +111,5 @@ std::optional<ConflictAnswer> ConflictQuestion::Give(const ConflictChoice& Choic
 }
 
 std::string ConflictQuestion::AnswerLine() const {
-    return CleanForScreen(ConflictTitle(Conflict) + Conflict.DestinationPath + " | " + Given);
+    return CleanForScreen(ConflictTitle(Name) + Name.Conflict.DestinationPath + " | " + Given);
 }

@@ -1,8 +1,9 @@
 // The question about a taken name, as a model: keys in, and an answer in the end. How it looks is
 // in question_layout.h.
 //
-// It offers only what is valid for the conflict's kind. Enter alone skips, which never destroys.
-// An answer that would remove a whole directory has to be confirmed with a second key.
+// It offers only what can apply to the name. Enter alone skips, which never destroys. An answer
+// that would replace a directory by a file, or the other way round, has to be confirmed with a
+// second key.
 
 #pragma once
 
@@ -13,7 +14,7 @@
 #include "conflict_choices.h"
 #include "conflict_desk.h"
 #include "key_press.h"
-#include "tarvanetransfer.h"
+#include "taken_name.h"
 #include "text_field.h"
 
 // What the question needs to know about the disk.
@@ -26,7 +27,7 @@ struct RenameAdvice {
 
 class ConflictQuestion {
 public:
-    ConflictQuestion(TarvaneTransferConflict PostedConflict, RenameAdvice NameAdvice);
+    ConflictQuestion(TakenName NameToAskAbout, RenameAdvice NameAdvice);
 
     // Takes one key. Nothing while the question is still open.
     std::optional<ConflictAnswer> Handle(const KeyPress& Key);
@@ -36,10 +37,10 @@ public:
     std::string AnswerLine() const;
 
     // What is to be shown.
-    const TarvaneTransferConflict& Asked() const { return Conflict; }
+    const TakenName& Asked() const { return Name; }
     // The name that is being edited after `r`.
     const std::optional<TextField>& NewName() const { return Rename; }
-    // The answer given removes a whole directory and waits for its second key.
+    // The answer given removes an entry of another kind and waits for its second key.
     bool IsConfirming() const { return ToConfirm.has_value(); }
     // `?` asked for the list of answers where it does not fit beside the rest.
     bool IsListWanted() const { return bListWanted; }
@@ -54,7 +55,7 @@ private:
     std::optional<ConflictAnswer> KeepBoth(const ConflictChoice& Choice);
     std::optional<ConflictAnswer> Give(const ConflictChoice& Choice, std::string RenamePath);
 
-    const TarvaneTransferConflict Conflict;
+    const TakenName Name;
     const RenameAdvice Advice;
     std::optional<TextField> Rename;
     std::optional<ConflictChoice> ToConfirm;

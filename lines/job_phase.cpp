@@ -99,7 +99,7 @@ void JobActivity::Ask(const ConflictDesk::Question& Wanted) {
         return FreeNameBeside(destination).value_or(std::filesystem::path()).native();
     };
     advice.Refusal = [](const std::string& Path) { return RenameRefusal(Path); };
-    Question.emplace(Wanted.Name.Conflict, std::move(advice));
+    Question.emplace(Wanted.Name, std::move(advice));
     QuestionId = Wanted.Id;
     Guard.QuestionAppears(Context.Loop.Now());
     Context.Loop.HurryFrame();

@@ -25,30 +25,30 @@ enum PartImportance {
 constexpr int kNarrowWidth = 24;
 constexpr const char* kBetween = "  ";
 
-BlockPart LossPart(const TarvaneTransferConflict& Conflict, int Width) {
-    const ConflictLoss loss = LossOf(Conflict);
+BlockPart LossPart(const TakenName& Name, int Width) {
+    const ConflictLoss loss = LossOf(Name);
     return loss.bWarning
                ? InStyle(WordsPart(kWarningPart, loss.Sentence, Width), TextStyle::Warning)
                : WordsPart(kOldFileNotePart, loss.Sentence, Width);
 }
 
-std::vector<BlockPart> ConflictParts(const TarvaneTransferConflict& Conflict, int Width) {
-    const std::string title = ConflictTitle(Conflict);
+std::vector<BlockPart> ConflictParts(const TakenName& Name, int Width) {
+    const std::string title = ConflictTitle(Name);
     std::string sourceLabel = "Source: ";
     sourceLabel.resize(title.size(), ' ');
     return {
-        PathPart(kTitlePart, title + Conflict.DestinationPath, Width),
-        PathPart(kSourcePathPart, sourceLabel + Conflict.SourcePath, Width),
-        WordsPart(kDestinationFactsPart, "  destination  " + DestinationFacts(Conflict), Width),
-        WordsPart(kSourceFactsPart, "  source       " + SourceFacts(Conflict), Width),
-        LossPart(Conflict, Width),
+        PathPart(kTitlePart, title + Name.Conflict.DestinationPath, Width),
+        PathPart(kSourcePathPart, sourceLabel + Name.Conflict.SourcePath, Width),
+        WordsPart(kDestinationFactsPart, "  destination  " + DestinationFacts(Name), Width),
+        WordsPart(kSourceFactsPart, "  source       " + SourceFacts(Name.Conflict), Width),
+        LossPart(Name, Width),
     };
 }
 
 // The answers with their keys, as many in a line as fit; none is broken if a line has room for it.
-BlockPart ChoicesPart(TarvaneTransferConflictKind Kind, int Width) {
+BlockPart ChoicesPart(const TakenName& Name, int Width) {
     std::vector<std::string> entries;
-    for (const ConflictChoice& choice : ChoicesFor(Kind)) {
+    for (const ConflictChoice& choice : ChoicesFor(Name)) {
         const std::string key =
             choice.Letter == kDefaultChoiceLetter ? "s or Enter" : std::string(1, choice.Letter);
         entries.push_back(key + " " + choice.Label);
@@ -78,9 +78,9 @@ BlockPart ChoicesPart(TarvaneTransferConflictKind Kind, int Width) {
 }
 
 // The keys alone, where there is no room for the answers: "[mMsS Esc, ? lists] ".
-std::string ShortChoices(TarvaneTransferConflictKind Kind) {
+std::string ShortChoices(const TakenName& Name) {
     std::string letters;
-    for (const ConflictChoice& choice : ChoicesFor(Kind)) {
+    for (const ConflictChoice& choice : ChoicesFor(Name)) {
         letters += choice.Letter;
     }
     return "[" + letters + " Esc, ? lists] ";
@@ -118,16 +118,15 @@ QuestionScreen LayOutWith(const ConflictQuestion& Question, const std::string& K
 }
 
 QuestionScreen LayOutChoices(const ConflictQuestion& Question, TerminalSize Size) {
-    const TarvaneTransferConflictKind kind = Question.Asked().Kind;
     std::vector<BlockPart> parts = PartsAbove(Question, LayoutWidth(Size));
-    BlockPart choices = ChoicesPart(kind, LayoutWidth(Size));
+    BlockPart choices = ChoicesPart(Question.Asked(), LayoutWidth(Size));
     const auto rows = static_cast<std::size_t>(Size.Rows);
     const std::size_t choicesRows = choices.Lines.size() + 1;
     if (RowsOf(parts) + choicesRows <= rows || (Question.IsListWanted() && choicesRows <= rows)) {
         parts.push_back(std::move(choices));
         return WithLastLine(std::move(parts), "? ", Size);
     }
-    return WithLastLine(std::move(parts), ShortChoices(kind), Size);
+    return WithLastLine(std::move(parts), ShortChoices(Question.Asked()), Size);
 }
 
 QuestionScreen LayOutRename(const ConflictQuestion& Question, TerminalSize Size) {
@@ -148,7 +147,7 @@ QuestionScreen LayOutQuestion(const ConflictQuestion& Question, TerminalSize Siz
     }
     if (Question.IsConfirming()) {
         return LayOutWith(Question, "y remove it and go on  any other key: back",
-                          "Remove the directory? ", Size);
+                          "Remove the " + WordFor(Question.Asked().Entry) + "? ", Size);
     }
     return LayOutChoices(Question, Size);
 }

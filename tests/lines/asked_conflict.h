@@ -60,6 +60,10 @@ inline TarvaneTransferConflict DirectoryOntoFile() {
     return conflict;
 }
 
+inline TakenEntry EntryOf(const TarvaneTransferConflict& Conflict) {
+    return {Conflict.bDestinationDirectory ? TakenEntry::Kind::Directory : TakenEntry::Kind::File};
+}
+
 inline KeyPress Letter(char Byte) {
     return {KeyCode::Text, std::string(1, Byte)};
 }
@@ -68,14 +72,33 @@ class AskedConflict : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(EnsureUtf8Locale()); }
 
+    // What stands at the conflict's name, links not followed.
+    static TakenName At(const TarvaneTransferConflict& Conflict, const TakenEntry& Entry) {
+        return {Conflict, Entry, kHoldsNoSource, kLinksStay};
+    }
+
+    // About what the record describes, which is no link.
     ConflictQuestion Ask(const TarvaneTransferConflict& Conflict) {
+        return Ask(At(Conflict, EntryOf(Conflict)));
+    }
+
+    ConflictQuestion Ask(const TakenName& Name) {
         RenameAdvice advice;
         advice.ProposeFreePath = [this] { return FreePath; };
         advice.Refusal = [this](const std::string& Path) {
             Checked.push_back(Path);
             return Refusal;
         };
-        return ConflictQuestion(Conflict, advice);
+        return ConflictQuestion(Name, advice);
+    }
+
+    // The keys that are offered.
+    static std::string Letters(const TakenName& Name) {
+        std::string letters;
+        for (const ConflictChoice& choice : ChoicesFor(Name)) {
+            letters += choice.Letter;
+        }
+        return letters;
     }
 
     // What one key of a fresh question answers.
@@ -129,6 +152,12 @@ protected:
         return texts;
     }
 
+    const TakenEntry kLinkToFile{TakenEntry::Kind::File, true, "../old.jpg"};
+    const TakenEntry kLinkToDirectory{TakenEntry::Kind::Directory, true, "/elsewhere"};
+    const TakenEntry kSpecial{TakenEntry::Kind::Special};
+
+    static constexpr bool kHoldsNoSource = false;
+    static constexpr bool kLinksStay = false;
     const KeyPress kEnter{KeyCode::Enter, {}};
     const KeyPress kEscape{KeyCode::Escape, {}};
 

@@ -116,6 +116,36 @@ TEST_F(FileQuestion, AsksForNoSecondKeyWhenNothingIsRemoved) {
               (ConflictAnswer{Action::Skip, {}, FileConflictChoice::Older, {}}));
 }
 
+TEST_F(FileQuestion, AsksForNoSecondKeyWhereALinkIsReplaced) {
+    for (const TakenEntry& entry : {kLinkToFile, kLinkToDirectory}) {
+        EXPECT_EQ(Ask(At(FileConflict(), entry)).Handle(Letter('o')),
+                  (ConflictAnswer{Action::Overwrite, {}, {}, {}}));
+    }
+}
+
+TEST_F(FileQuestion, OffersNothingThatReplacesWhereNobodyMay) {
+    EXPECT_EQ(Letters(At(FileConflict(), EntryOf(FileConflict()))), "oOusSrkKbB");
+    EXPECT_EQ(Letters(At(FileConflict(), kSpecial)), "sSrkK");
+    TakenName holder = At(FileOntoDirectory(), EntryOf(FileOntoDirectory()));
+    EXPECT_EQ(Letters(holder), "oOusSrkKbB");
+    holder.bHoldsSource = true;
+    EXPECT_EQ(Letters(holder), "sSrkK");
+    for (const char key : std::string("oOubB")) {
+        EXPECT_EQ(Ask(holder).Handle(Letter(key)), std::nullopt) << key;
+        EXPECT_EQ(Ask(At(FileConflict(), kSpecial)).Handle(Letter(key)), std::nullopt) << key;
+    }
+}
+
+TEST_F(FileQuestion, OffersNoComparisonForATrack) {
+    TarvaneTransferConflict conflict = FileConflict();
+    conflict.SourcePath = "cdda:/dev/sr0/Track 01.wav";
+    conflict.bSourceHasSize = conflict.bSourceHasModifiedTime = false;
+    EXPECT_EQ(Letters(At(conflict, EntryOf(conflict))), "oOsSrkK");
+    for (const char key : std::string("ubB")) {
+        EXPECT_EQ(AnswerTo(conflict, key), std::nullopt) << key;
+    }
+}
+
 TEST_F(FileQuestion, SaysWhenThereIsNoFreeName) {
     FreePath.clear();
     ConflictQuestion question = Ask(FileConflict());
@@ -157,4 +187,28 @@ TEST_F(DirectoryQuestion, TakesNoAnswerForFiles) {
     for (const char key : std::string("oOurkKbBy")) {
         EXPECT_EQ(AnswerTo(DirectoryConflict(), key), std::nullopt) << key;
     }
+}
+
+TEST_F(DirectoryQuestion, ReplacesAFileOnlyAfterASecondKey) {
+    for (const char key : std::string("mM")) {
+        ConflictQuestion question = Ask(DirectoryOntoFile());
+        EXPECT_EQ(question.Handle(Letter(key)), std::nullopt) << key;
+        EXPECT_EQ(Shown(question).back(), "Remove the file? ");
+        const std::optional<ConflictAnswer> answer = question.Handle(Letter('y'));
+        ASSERT_TRUE(answer.has_value()) << key;
+        EXPECT_EQ(answer->Action, Action::Merge);
+    }
+    ConflictQuestion link = Ask(At(DirectoryOntoFile(), kLinkToFile));
+    EXPECT_EQ(link.Handle(Letter('m')), std::nullopt);
+    EXPECT_EQ(Shown(link).back(), "Remove the link? ");
+}
+
+TEST_F(DirectoryQuestion, EntersALinkToADirectoryWithOneKey) {
+    EXPECT_EQ(Ask(At(DirectoryConflict(), kLinkToDirectory)).Handle(Letter('m')),
+              (ConflictAnswer{Action::Merge, {}, {}, {}}));
+}
+
+TEST_F(DirectoryQuestion, OffersNothingThatReplacesASpecialFile) {
+    EXPECT_EQ(Letters(At(DirectoryConflict(), EntryOf(DirectoryConflict()))), "mMsS");
+    EXPECT_EQ(Letters(At(DirectoryOntoFile(), kSpecial)), "sS");
 }

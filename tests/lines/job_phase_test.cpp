@@ -281,6 +281,16 @@ TEST_F(NameInTheWay, IsNotExchangedForAnotherOne) {
     EXPECT_EQ(Destination(), (Tree{{"a", "file old a"}, {"b", "file taken"}, {"c", "file new a"}}));
 }
 
+TEST_F(NameInTheWay, IsShownAndReplacedAsTheLinkThatItIs) {
+    std::filesystem::rename(Root / "to/a", Root / "elsewhere");
+    std::filesystem::create_symlink("../elsewhere", Root / "to/a");
+    AnswerWhenShown("is a link to ../elsewhere", {PressedKey('o')});
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    EXPECT_EQ(Destination(), (Tree{{"a", "file new a"}}));
+    EXPECT_EQ(ReadFile(Root / "elsewhere"), "old a");
+    EXPECT_EQ(Screen.Screen(), "Link exists: " + PathOf("to/a") + " | overwrite\n");
+}
+
 TEST_F(NameInTheWay, CancelsTheJobOnEsc) {
     Screen.PressWhen(Screen.Shows(Title("a")), {kEscapeKey});
     ExpectOutcome(Run(CopyOf({"a"})), RunResult::Canceled, kCanceled);

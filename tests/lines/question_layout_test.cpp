@@ -100,6 +100,42 @@ TEST_F(QuestionLayout, WarnsThatMergingReplacesAFile) {
     EXPECT_EQ(Warnings(question), Texts{"Merging replaces this file by a directory."});
 }
 
+TEST_F(QuestionLayout, ShowsALinkAsOne) {
+    const Texts shown = Shown(Ask(At(FileConflict(), kLinkToFile)));
+    EXPECT_EQ(shown[0], "Link exists: /media/usb0/Backup/cover.jpg");
+    EXPECT_EQ(shown[2], "  destination  46.0 KB (47110 bytes)  2023-12-24 18:00:00  is a link to");
+    EXPECT_EQ(shown[3], "../old.jpg");
+    EXPECT_EQ(shown[5], "Overwriting replaces the link itself, not what it leads to.");
+}
+
+TEST_F(QuestionLayout, CleansWhereALinkLeads) {
+    TakenEntry entry = kLinkToFile;
+    entry.LinkTarget = "\x1B[2J\n";
+    EXPECT_EQ(Shown(Ask(At(FileConflict(), entry)))[2],
+              "  destination  46.0 KB (47110 bytes)  2023-12-24 18:00:00  is a link to ?[2J?");
+}
+
+TEST_F(QuestionLayout, WarnsThatALinkIsWrittenThrough) {
+    TakenName followed = At(FileConflict(), kLinkToFile);
+    followed.bFollowLinks = true;
+    EXPECT_EQ(Warnings(Ask(followed)),
+              Texts{"Overwriting writes through the link, into what it leads to."});
+    EXPECT_EQ(Warnings(Ask(At(DirectoryConflict(), kLinkToDirectory))),
+              Texts{"Merging writes into the directory that the link leads to."});
+    EXPECT_EQ(Warnings(Ask(At(DirectoryOntoFile(), kLinkToFile))),
+              Texts{"Merging replaces this link by a directory."});
+}
+
+TEST_F(QuestionLayout, SaysWhyNothingCanBeOverwritten) {
+    const ConflictQuestion special = Ask(At(FileConflict(), kSpecial));
+    EXPECT_EQ(Shown(special)[0], "Special file exists: /media/usb0/Backup/cover.jpg");
+    EXPECT_EQ(Warnings(special), Texts{"A device, a pipe or a socket is never overwritten."});
+    TakenName holder = At(FileOntoDirectory(), EntryOf(FileOntoDirectory()));
+    holder.bHoldsSource = true;
+    EXPECT_EQ(Warnings(Ask(holder)),
+              Texts{"This directory holds the source, so nothing can take its place."});
+}
+
 TEST_F(QuestionLayout, ShowsTheKeysAloneInASmallWindow) {
     EXPECT_EQ(Shown(Ask(FileConflict()), {40, 10}), (Texts{
                                                         "File exists: /media/usb0/Backup/cover.j",

@@ -1,6 +1,11 @@
 #include "conflict_choices.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
+#include <span>
+
+#include "tarvanepane.h"
 
 namespace {
 
@@ -30,6 +35,15 @@ constexpr std::array kDirectoryChoices = {
     ConflictChoice{'S', "skip all", Action::Skip, std::nullopt, DirectoryConflictChoice::Skip},
 };
 
+bool CanApply(const ConflictChoice& Choice, const TakenName& Name) {
+    const bool bOlder = Choice.Letter == kOverwriteAllOlder;
+    const bool bCompares = bOlder || Choice.Action == Action::CompareByContent;
+    if (bCompares && TarvaneIsCddaPath(Name.Conflict.SourcePath)) {
+        return false;
+    }
+    return MayBeReplaced(Name) || !(bOlder || Replaces(Choice.Action, Name));
+}
+
 } // namespace
 
 DirectoryConflictChoice ChosenForDirectories(FileConflictChoice ForFiles,
@@ -39,19 +53,23 @@ DirectoryConflictChoice ChosenForDirectories(FileConflictChoice ForFiles,
                                     : DirectoryConflictChoice::Merge);
 }
 
-std::span<const ConflictChoice> ChoicesFor(TarvaneTransferConflictKind Kind) {
-    if (Kind == TarvaneTransferConflictKind::Directory) {
-        return kDirectoryChoices;
+std::vector<ConflictChoice> ChoicesFor(const TakenName& Name) {
+    std::span<const ConflictChoice> all = kFileChoices;
+    if (Name.Conflict.Kind == TarvaneTransferConflictKind::Directory) {
+        all = kDirectoryChoices;
     }
-    return kFileChoices;
+    std::vector<ConflictChoice> choices;
+    std::ranges::copy_if(all, std::back_inserter(choices),
+                         [&Name](const ConflictChoice& Choice) { return CanApply(Choice, Name); });
+    return choices;
 }
 
-std::optional<ConflictChoice> ChoiceByLetter(const TarvaneTransferConflict& Conflict, char Letter) {
-    for (ConflictChoice choice : ChoicesFor(Conflict.Kind)) {
+std::optional<ConflictChoice> ChoiceByLetter(const TakenName& Name, char Letter) {
+    for (ConflictChoice choice : ChoicesFor(Name)) {
         if (choice.Letter != Letter) {
             continue;
         }
-        if (Letter == kOverwriteAllOlder && IsSourceNewer(Conflict)) {
+        if (Letter == kOverwriteAllOlder && IsSourceNewer(Name.Conflict)) {
             choice.Action = Action::Overwrite;
         }
         return choice;
@@ -59,11 +77,17 @@ std::optional<ConflictChoice> ChoiceByLetter(const TarvaneTransferConflict& Conf
     return std::nullopt;
 }
 
-bool RemovesDirectory(const TarvaneTransferConflict& Conflict, const ConflictChoice& Choice) {
-    const bool bReplaces =
-        Choice.Action == Action::Overwrite || Choice.Action == Action::CompareByContent;
-    return bReplaces && Conflict.Kind == TarvaneTransferConflictKind::File &&
-           Conflict.bDestinationDirectory;
+bool Replaces(Action Answer, const TakenName& Name) {
+    if (Name.Conflict.Kind == TarvaneTransferConflictKind::Directory) {
+        return Answer == Action::Merge && !IsDirectory(Name.Entry);
+    }
+    return Answer == Action::Overwrite || Answer == Action::CompareByContent;
+}
+
+bool ReplacesOtherKind(Action Answer, const TakenName& Name) {
+    const bool bFileComes = Name.Conflict.Kind == TarvaneTransferConflictKind::File;
+    const bool bSameKind = bFileComes && (!IsDirectory(Name.Entry) || ReplacesLink(Name));
+    return Replaces(Answer, Name) && !bSameKind;
 }
 
 bool HasBothSizes(const TarvaneTransferConflict& Conflict) {

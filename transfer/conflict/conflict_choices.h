@@ -3,8 +3,9 @@
 #pragma once
 
 #include <optional>
-#include <span>
+#include <vector>
 
+#include "taken_name.h"
 #include "tarvanetransfer.h"
 
 // What to do about a file whose name is taken. The plan knows the first three; the others answer
@@ -47,14 +48,19 @@ struct ConflictChoice {
 // What Enter alone stands for: skipping destroys nothing.
 inline constexpr char kDefaultChoiceLetter = 's';
 
-std::span<const ConflictChoice> ChoicesFor(TarvaneTransferConflictKind Kind);
+// Those that can apply: nothing that replaces where nobody may, and for a CD track, which has
+// neither date nor bytes to read twice, nothing that compares.
+std::vector<ConflictChoice> ChoicesFor(const TakenName& Name);
 
 // What the letter stands for in this conflict: "overwrite all older" overwrites or skips this name
-// by its dates. Empty when the letter is no answer to its kind.
-std::optional<ConflictChoice> ChoiceByLetter(const TarvaneTransferConflict& Conflict, char Letter);
+// by its dates. Empty when the letter is none of the choices.
+std::optional<ConflictChoice> ChoiceByLetter(const TakenName& Name, char Letter);
 
-// Whether the answer removes a whole directory, or may.
-bool RemovesDirectory(const TarvaneTransferConflict& Conflict, const ConflictChoice& Choice);
+// Whether the answer puts something in the place of what stands there, or may.
+bool Replaces(TarvaneTransferConflictAction Answer, const TakenName& Name);
+
+// Whether it also puts a file in the place of a directory, or a directory in that of anything else.
+bool ReplacesOtherKind(TarvaneTransferConflictAction Answer, const TakenName& Name);
 
 // Whether the sizes of both sides are known.
 bool HasBothSizes(const TarvaneTransferConflict& Conflict);

@@ -66,13 +66,6 @@ std::string WhyNotReplaced(const TakenName& Name) {
     return {};
 }
 
-bool DoesReplace(Action Answer, const TakenName& Name) {
-    if (Name.Conflict.Kind == TarvaneTransferConflictKind::Directory) {
-        return Answer == Action::Merge && !IsDirectory(Name.Entry);
-    }
-    return Answer == Action::Overwrite || Answer == Action::CompareByContent;
-}
-
 } // namespace
 
 ConflictPolicy::ConflictPolicy(ConflictRules ChosenRules)
@@ -91,7 +84,7 @@ ConflictDecision ConflictPolicy::Decide(const TakenName& Name) const {
 }
 
 ConflictDecision ConflictPolicy::CarryOut(const TakenName& Name, Action Answer) {
-    if (!DoesReplace(Answer, Name)) {
+    if (!Replaces(Answer, Name)) {
         return AnswerWith(Answer);
     }
     if (!MayBeReplaced(Name)) {

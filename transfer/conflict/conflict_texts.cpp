@@ -1,5 +1,6 @@
 #include "conflict_texts.h"
 
+#include <cctype>
 #include <cstdint>
 
 #include "conflict_choices.h"
@@ -39,16 +40,59 @@ std::string Marks(const TarvaneTransferConflict& Conflict) {
     return marks;
 }
 
-} // namespace
-
-std::string ConflictTitle(const TarvaneTransferConflict& Conflict) {
-    return Conflict.bDestinationDirectory ? "Directory exists: " : "File exists: ";
+ConflictLoss LossByDirectory(const TakenEntry& Entry) {
+    if (!IsDirectory(Entry)) {
+        return {.Sentence = "Merging replaces this " + WordFor(Entry) + " by a directory.",
+                .bWarning = true};
+    }
+    if (Entry.bLink) {
+        return {.Sentence = "Merging writes into the directory that the link leads to.",
+                .bWarning = true};
+    }
+    return {};
 }
 
-std::string DestinationFacts(const TarvaneTransferConflict& Conflict) {
-    return SizeFact(Conflict.bDestinationDirectory, Conflict.bDestinationHasSize,
-                    Conflict.DestinationSizeBytes) +
-           kBetween + DateFact(Conflict.bDestinationHasModifiedTime, Conflict.DestinationDate);
+ConflictLoss LossByFile(const TakenName& Name) {
+    if (ReplacesLink(Name)) {
+        return {.Sentence = "Overwriting replaces the link itself, not what it leads to.",
+                .bWarning = false};
+    }
+    if (Name.Entry.bLink) {
+        return {.Sentence = "Overwriting writes through the link, into what it leads to.",
+                .bWarning = true};
+    }
+    if (IsDirectory(Name.Entry)) {
+        return {.Sentence = "Overwriting removes this whole directory with all in it.",
+                .bWarning = true};
+    }
+    return {.Sentence = "Canceling while a file is being overwritten loses the old one.",
+            .bWarning = false};
+}
+
+} // namespace
+
+std::string WordFor(const TakenEntry& Entry) {
+    if (Entry.bLink) {
+        return "link";
+    }
+    if (IsDirectory(Entry)) {
+        return "directory";
+    }
+    return Entry.LeadsTo == TakenEntry::Kind::Special ? "special file" : "file";
+}
+
+std::string ConflictTitle(const TakenName& Name) {
+    std::string word = WordFor(Name.Entry);
+    word.front() = static_cast<char>(std::toupper(word.front()));
+    return word + " exists: ";
+}
+
+std::string DestinationFacts(const TakenName& Name) {
+    const TarvaneTransferConflict& conflict = Name.Conflict;
+    return SizeFact(conflict.bDestinationDirectory, conflict.bDestinationHasSize,
+                    conflict.DestinationSizeBytes) +
+           kBetween + DateFact(conflict.bDestinationHasModifiedTime, conflict.DestinationDate) +
+           (Name.Entry.bLink ? kBetween + ("is a link to " + Name.Entry.LinkTarget) : "");
 }
 
 std::string SourceFacts(const TarvaneTransferConflict& Conflict) {
@@ -58,18 +102,15 @@ std::string SourceFacts(const TarvaneTransferConflict& Conflict) {
            (marks.empty() ? "" : kBetween + marks);
 }
 
-ConflictLoss LossOf(const TarvaneTransferConflict& Conflict) {
-    const bool bDirectoryComes = Conflict.Kind == TarvaneTransferConflictKind::Directory;
-    if (bDirectoryComes && Conflict.bDestinationDirectory) {
-        return {};
-    }
-    if (bDirectoryComes) {
-        return {.Sentence = "Merging replaces this file by a directory.", .bWarning = true};
-    }
-    if (Conflict.bDestinationDirectory) {
-        return {.Sentence = "Overwriting removes this whole directory with all in it.",
+ConflictLoss LossOf(const TakenName& Name) {
+    if (Name.bHoldsSource) {
+        return {.Sentence = "This directory holds the source, so nothing can take its place.",
                 .bWarning = true};
     }
-    return {.Sentence = "Canceling while a file is being overwritten loses the old one.",
-            .bWarning = false};
+    if (IsSpecialInTheWay(Name)) {
+        return {.Sentence = "A device, a pipe or a socket is never overwritten.", .bWarning = true};
+    }
+    return Name.Conflict.Kind == TarvaneTransferConflictKind::Directory
+               ? LossByDirectory(Name.Entry)
+               : LossByFile(Name);
 }
