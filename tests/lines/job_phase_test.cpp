@@ -252,7 +252,7 @@ TEST_F(NameInTheWay, IsAnsweredByKeys) {
         {{PressedKey('o')}, "overwrite", {{"a", "file new a"}}},
         {{PressedKey('s')}, "skip", {{"a", "file old a"}}},
         {{kEnterKey}, "skip", {{"a", "file old a"}}},
-        {{PressedKey('b')}, "compare by content", {{"a", "file new a"}}},
+        {{PressedKey('b')}, "compare: skip when equal, overwrite when not", {{"a", "file new a"}}},
         {{PressedKey('k')},
          "keep both | " + PathOf("to/a-2"),
          {{"a", "file old a"}, {"a-2", "file new a"}}},

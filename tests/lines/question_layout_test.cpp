@@ -23,15 +23,16 @@ TEST_F(QuestionLayout, ShowsBothSidesOfAFile) {
                   "  source       47.1 KB (48230 bytes)  2024-03-07 14:05:09  newer",
                   "Canceling while a file is being overwritten loses the old one.",
                   "o overwrite  O overwrite all  u overwrite all older  s or Enter skip",
-                  "S skip all  r rename  k keep both  K keep both for all  b compare by content",
-                  "B compare all by content  Esc cancel the transfer",
+                  "S skip all  r rename  k keep both  K keep both for all",
+                  "b compare: skip when equal, overwrite when not  B compare all",
+                  "Esc cancel the transfer",
                   "? ",
               }));
 }
 
 TEST_F(QuestionLayout, PutsTheCursorBehindThePrompt) {
     const QuestionScreen screen = LayOutQuestion(Ask(FileConflict()), kUsualSize);
-    EXPECT_EQ(screen.Cursor, (BlockCursor{8, "? "}));
+    EXPECT_EQ(screen.Cursor, (BlockCursor{9, "? "}));
 }
 
 TEST_F(QuestionLayout, MarksHowTheSourceCompares) {
@@ -161,9 +162,9 @@ TEST_F(QuestionLayout, ListsTheAnswersOnAQuestionMark) {
                                              "u overwrite all older  s or Enter skip",
                                              "S skip all  r rename  k keep both",
                                              "K keep both for all",
-                                             "b compare by content",
-                                             "B compare all by content",
-                                             "Esc cancel the transfer",
+                                             "b compare: skip when equal, overwrite",
+                                             "when not",
+                                             "B compare all  Esc cancel the transfer",
                                              "? ",
                                          }));
     EXPECT_EQ(Shown(question, {40, 5}).back(), "[oOusSrkKbB Esc, ? lists] ");

@@ -40,8 +40,9 @@ TEST_F(QuestionsOnTerminal, ShowsBothSidesWithSizesDatesAndTheNewerOne) {
         "  source       47.1 KB (48230 bytes)  2024-03-07 14:05:09  newer\n"
         "Canceling while a file is being overwritten loses the old one.\n"
         "o overwrite  O overwrite all  u overwrite all older  s or Enter skip\n"
-        "S skip all  r rename  k keep both  K keep both for all  b compare by content\n"
-        "B compare all by content  Esc cancel the transfer\n"
+        "S skip all  r rename  k keep both  K keep both for all\n"
+        "b compare: skip when equal, overwrite when not  B compare all\n"
+        "Esc cancel the transfer\n"
         "?\n"));
 }
 

@@ -23,9 +23,8 @@ constexpr std::array kFileChoices = {
     ConflictChoice{'r', "rename", Action::Rename},
     ConflictChoice{'k', "keep both", Action::Rename},
     ConflictChoice{'K', "keep both for all", Action::Rename, FileConflictChoice::KeepBoth},
-    ConflictChoice{'b', "compare by content", Action::CompareByContent},
-    ConflictChoice{'B', "compare all by content", Action::CompareByContent,
-                   FileConflictChoice::Compare},
+    ConflictChoice{'b', "compare: skip when equal, overwrite when not", Action::CompareByContent},
+    ConflictChoice{'B', "compare all", Action::CompareByContent, FileConflictChoice::Compare},
 };
 
 constexpr std::array kDirectoryChoices = {
