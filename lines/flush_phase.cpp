@@ -62,7 +62,7 @@ void RunFlushPhase(Flusher& Flush, const PromptContext& Context, RunOutcome& InO
     InOutOutcome.bFlushed = progress.bFinished && progress.ErrorText.empty();
     if (!progress.bFinished) {
         InOutOutcome.EndSignal = requests.Signal();
-        InOutOutcome.FlushText = StillWritingText(progress.Reach);
+        InOutOutcome.FlushText = LeftFlushText(progress.Reach);
         return;
     }
     Context.Report.FlushIsOver(progress);

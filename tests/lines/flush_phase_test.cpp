@@ -51,7 +51,7 @@ protected:
     }
     void ExpectEndedBy(int Signal) {
         ExpectOutcome(RunResult::Succeeded, kCopied, false, Signal);
-        EXPECT_EQ(Outcome.FlushText, StillWritingText(Flush.Poll().Reach));
+        EXPECT_EQ(Outcome.FlushText, LeftFlushText(Flush.Poll().Reach));
         EXPECT_EQ(Report.Count("flush over "), 0);
     }
 
@@ -157,6 +157,7 @@ TEST_F(FlushPhase, IsNotStartedWhenTheEndWasAskedForBefore) {
     Loop.Requests().Interrupt();
     Run();
     ExpectOutcome(RunResult::Succeeded, kCopied, false);
+    EXPECT_EQ(Outcome.FlushText, StillWritingText(Flush.Poll().Reach));
     ExpectNoProcess();
     EXPECT_EQ(Report.Log, std::vector<std::string>());
 }
@@ -166,5 +167,6 @@ TEST_F(FlushPhase, IsNotStartedWhenNobodyReadsItsRecords) {
     Report.bBroken = true;
     Run();
     ExpectOutcome(RunResult::Succeeded, kCopied, false);
+    EXPECT_EQ(Outcome.FlushText, StillWritingText(Flush.Poll().Reach));
     ExpectNoProcess();
 }

@@ -571,7 +571,8 @@ TEST_F(FlushAtPrompt, SaysThatTheDiskIsNotSafeToUnplugAfterEsc) {
     Run();
     ExpectEnd(RunResult::Succeeded,
               "Copied 1 item(s).\nThe copied files stay, but the system is still writing them. Do "
-              "not unplug the disk yet.\n",
+              "not unplug the disk yet. Until everything is written, umount says that the target "
+              "is busy.\n",
               SIGINT);
     EXPECT_EQ(Outcome.bFlushed, false);
 }

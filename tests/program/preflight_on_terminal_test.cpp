@@ -147,7 +147,7 @@ TEST_F(FlushOnTerminal, EscEndsTheWaitAndKeepsTheCopiedFiles) {
     EXPECT_EQ(Program->HistoryAndScreen(),
               "Copied 1 item(s).\n"
               "The copied files stay, but the system is still writing them. Do not unplug the disk "
-              "yet.\n");
+              "yet. Until everything is written, umount says that the target is busy.\n");
     EXPECT_EQ(ReadFile(Root / "copied"), PatternBytes(100000));
     ExpectRestoredTerminal();
 }

@@ -20,3 +20,8 @@ std::string StillWritingText(FlushReach Reach) {
     return "The copied files stay, but the system is still writing them. Do not unplug the disk "
            "yet.";
 }
+
+std::string LeftFlushText(FlushReach Reach) {
+    return StillWritingText(Reach) +
+           " Until everything is written, umount says that the target is busy.";
+}

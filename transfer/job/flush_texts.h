@@ -9,5 +9,8 @@
 // Everything has come as far as Reach.
 std::string WrittenText(FlushReach Reach);
 
-// Nobody waits for it any more.
+// It was not waited for.
 std::string StillWritingText(FlushReach Reach);
+
+// The wait for it was ended. What still flushes then holds the file system and cannot be killed.
+std::string LeftFlushText(FlushReach Reach);

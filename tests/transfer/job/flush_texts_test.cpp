@@ -25,4 +25,10 @@ TEST(StillWritingText, WarnsOfADiskAndOfAServer) {
               "The copied files stay, but not all of them have reached the server yet.");
 }
 
+TEST(LeftFlushText, SaysWhyUmountRefuses) {
+    EXPECT_EQ(LeftFlushText(FlushReach::Device),
+              "The copied files stay, but the system is still writing them. Do not unplug the disk "
+              "yet. Until everything is written, umount says that the target is busy.");
+}
+
 } // namespace

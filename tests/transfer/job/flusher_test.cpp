@@ -10,6 +10,7 @@
 #include "file_tree.h"
 #include "mounts.h"
 #include "no_processes_left.h"
+#include "owned_descriptor.h"
 #include "temporary_directory.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +21,9 @@
 #include <fcntl.h>
 #include <fstream>
 #include <functional>
+#include <linux/fs.h>
 #include <string>
+#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <unistd.h>
 
@@ -31,6 +34,21 @@ namespace {
 constexpr std::size_t kMegabyte = 1048576;
 constexpr std::uint64_t kCopied = 2 * kMegabyte;
 constexpr const char* kNotThere = "it is no longer on the file system that the transfer began on";
+
+// What is written to it waits until the end of the scope.
+class FrozenFileSystem {
+public:
+    explicit FrozenFileSystem(const fs::path& Directory)
+        : Opened(::open(Directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        EXPECT_EQ(::ioctl(Opened.Get(), FIFREEZE, nullptr), 0);
+    }
+    ~FrozenFileSystem() { ::ioctl(Opened.Get(), FITHAW, nullptr); }
+    FrozenFileSystem(const FrozenFileSystem&) = delete;
+    FrozenFileSystem& operator=(const FrozenFileSystem&) = delete;
+
+private:
+    const OwnedDescriptor Opened;
+};
 
 class FlusherTest : public testing::Test {
 protected:
@@ -75,6 +93,15 @@ protected:
     }
 
     static std::uint64_t SignalBit(int Signal) { return std::uint64_t{1} << (Signal - 1); }
+
+    // 'D' for a process that not even SIGKILL ends now.
+    static char StateOf(pid_t Process) {
+        std::ifstream status("/proc/" + std::to_string(Process) + "/stat");
+        std::string word;
+        while (status >> word && !word.ends_with(')')) {}
+        status >> word;
+        return word.front();
+    }
 
     // Those that were sent to a process and wait there because it blocks them.
     static std::uint64_t PendingSignals(pid_t Process) {
@@ -369,6 +396,28 @@ TEST_F(FlusherTest, CanBeLeftWhileTheDiskKeepsItWaiting) {
         EXPECT_EQ(watch.Poll().ErrorText, "");
     }
     EXPECT_TRUE(NoChildIsLeft());
+}
+
+// What is said of it promises that.
+TEST_F(FlusherTest, KeepsADiskBusyThatItWasLeftFor) {
+    EnterPrivateMountNamespace();
+    const ScopedMount host = MountLoopDisk(Room / "host", 48);
+    const ScopedMount disk = MountLoopDisk(host.Path() / "disk", 16);
+    const auto unmounts = [&disk] { return ::umount2(disk.Path().c_str(), 0) == 0; };
+    ASSERT_TRUE(NoChildIsLeft());
+    WriteFile(disk.Path() / "file", PatternBytes(4 * kMegabyte));
+    {
+        const FrozenFileSystem held(host.Path());
+        {
+            Flusher watch({disk.Path()});
+            watch.Start(kCopied);
+            EXPECT_TRUE(BecomesTrue("the disk holds the flush",
+                                    [] { return StateOf(ChildProcesses().front()) == 'D'; }));
+        }
+        EXPECT_FALSE(unmounts());
+        EXPECT_EQ(errno, EBUSY);
+    }
+    EXPECT_TRUE(BecomesTrue("the disk can be unmounted", unmounts));
 }
 
 TEST_F(FlusherTest, TakesNoSignalsFromTheTerminal) {
