@@ -18,24 +18,23 @@ namespace {
 
 constexpr char kCommands[] = "the commands are copy, move and tracks";
 
-// Gives each option to Apply, which returns what is wrong with it or nothing. Returns what ends the
-// reading before the operands are looked at.
+// Gives each option to Apply, which returns what is wrong with it or nothing. Returns the text that
+// one of them asks for.
 template <typename ApplyOption>
-std::optional<CommandLine> ReadOptions(OptionReader& Options, const char* HelpText,
-                                       const ApplyOption& Apply) {
+std::optional<InformationText> ReadOptions(OptionReader& Options, const char* HelpText,
+                                           const ApplyOption& Apply, UsageError& InOutMistakes) {
+    std::vector<std::string>& mistakes = InOutMistakes.Sentences;
     while (const std::optional<TypedOption> typed = Options.Next()) {
-        if (typed->Meaning == Option::Help) {
+        if (typed->Meaning == Option::Help && mistakes.empty()) {
             return InformationText{HelpText};
         }
-        if (typed->Meaning == Option::Version) {
+        if (typed->Meaning == Option::Version && mistakes.empty()) {
             return InformationText{kVersionText};
         }
-        if (std::string mistake = Apply(*typed); !mistake.empty()) {
-            return UsageError{std::move(mistake)};
+        const bool bMistake = typed->Meaning == Option::Mistake;
+        if (std::string mistake = bMistake ? typed->Value : Apply(*typed); !mistake.empty()) {
+            mistakes.push_back(std::move(mistake));
         }
-    }
-    if (!Options.Mistake().empty()) {
-        return UsageError{Options.Mistake()};
     }
     return std::nullopt;
 }
@@ -44,28 +43,29 @@ bool IsEmptyName(const std::filesystem::path& Name) {
     return Name.empty();
 }
 
-std::optional<UsageError> FindOperandMistake(const TransferRequest& Request) {
+void FindOperandMistakes(const TransferRequest& Request, UsageError& InOutMistakes) {
     const std::vector<std::filesystem::path>& operands = Request.Operands;
+    std::vector<std::string>& mistakes = InOutMistakes.Sentences;
     if (Request.TargetDirectory && Request.bNoTargetDirectory) {
-        return UsageError{"cannot combine --target-directory (-t) and --no-target-directory (-T)"};
-    }
-    if (operands.empty()) {
-        return UsageError{"missing file operand"};
+        mistakes.emplace_back(
+            "cannot combine --target-directory (-t) and --no-target-directory (-T)");
     }
     if (std::ranges::any_of(operands, IsEmptyName) ||
         (Request.TargetDirectory && Request.TargetDirectory->empty())) {
-        return UsageError{"a file name is empty"};
+        mistakes.emplace_back("a file name is empty");
     }
-    if (Request.TargetDirectory) {
-        return std::nullopt;
+    if (operands.empty()) {
+        mistakes.emplace_back("missing file operand");
+    } else if (operands.size() == 1 && !Request.TargetDirectory) {
+        mistakes.push_back("missing destination file operand after " +
+                           Quoted(operands[0].native()));
+    } else if (operands.size() > 2 && Request.bNoTargetDirectory && !Request.TargetDirectory) {
+        mistakes.push_back("extra operand " + Quoted(operands[2].native()));
     }
-    if (operands.size() == 1) {
-        return UsageError{"missing destination file operand after " + Quoted(operands[0].native())};
-    }
-    if (Request.bNoTargetDirectory && operands.size() > 2) {
-        return UsageError{"extra operand " + Quoted(operands[2].native())};
-    }
-    return std::nullopt;
+}
+
+CommandLine RequestUnless(UsageError Mistakes, CommandLine Request) {
+    return Mistakes.Sentences.empty() ? std::move(Request) : CommandLine(std::move(Mistakes));
 }
 
 CommandLine ParseTransfer(Command Wanted, std::span<char*> Arguments) {
@@ -75,15 +75,14 @@ CommandLine ParseTransfer(Command Wanted, std::span<char*> Arguments) {
     const auto apply = [&request](const TypedOption& Typed) {
         return ApplyTransferOption(Typed, request);
     };
-    if (std::optional<CommandLine> end = ReadOptions(options, kHelpText, apply)) {
-        return std::move(*end);
+    UsageError mistakes;
+    if (std::optional<InformationText> text = ReadOptions(options, kHelpText, apply, mistakes)) {
+        return std::move(*text);
     }
     const std::span<char* const> operands = options.Operands();
     request.Transfer.Operands.assign(operands.begin(), operands.end());
-    if (std::optional<UsageError> mistake = FindOperandMistake(request.Transfer)) {
-        return std::move(*mistake);
-    }
-    return request;
+    FindOperandMistakes(request.Transfer, mistakes);
+    return RequestUnless(std::move(mistakes), std::move(request));
 }
 
 CommandLine ParseTracks(std::span<char*> Arguments) {
@@ -93,27 +92,28 @@ CommandLine ParseTracks(std::span<char*> Arguments) {
         request.bJson = request.bJson || Typed.Meaning == Option::Json;
         return std::string();
     };
-    if (std::optional<CommandLine> end = ReadOptions(options, kTracksHelpText, apply)) {
-        return std::move(*end);
+    UsageError mistakes;
+    if (std::optional<InformationText> text =
+            ReadOptions(options, kTracksHelpText, apply, mistakes)) {
+        return std::move(*text);
     }
     const std::span<char* const> operands = options.Operands();
-    if (operands.size() > 1) {
-        return UsageError{"more than one drive"};
-    }
     if (!operands.empty()) {
         request.Device = operands.front();
-        if (request.Device.empty()) {
-            return UsageError{"the drive's name is empty"};
-        }
     }
-    return request;
+    if (operands.size() > 1) {
+        mistakes.Sentences.emplace_back("more than one drive");
+    } else if (!operands.empty() && request.Device.empty()) {
+        mistakes.Sentences.emplace_back("the drive's name is empty");
+    }
+    return RequestUnless(std::move(mistakes), std::move(request));
 }
 
 } // namespace
 
 CommandLine ParseCommandLine(int Argc, char** Argv) {
     if (Argc < 2) {
-        return UsageError{std::string("missing command; ") + kCommands};
+        return UsageError{{std::string("missing command; ") + kCommands}};
     }
     const std::string_view command = Argv[1];
     const auto arguments = std::span(Argv, static_cast<std::size_t>(Argc)).subspan(1);
@@ -133,7 +133,7 @@ CommandLine ParseCommandLine(int Argc, char** Argv) {
         return InformationText{kVersionText};
     }
     if (command.starts_with('-')) {
-        return UsageError{"unrecognized option " + Quoted(command) + " before the command"};
+        return UsageError{{"unrecognized option " + Quoted(command) + " before the command"}};
     }
-    return UsageError{"unknown command " + Quoted(command) + "; " + kCommands};
+    return UsageError{{"unknown command " + Quoted(command) + "; " + kCommands}};
 }

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "prompt_request.h"
 #include "tracks_command.h"
@@ -13,18 +14,18 @@ struct InformationText {
     std::string Text;
 };
 
-// What is wrong with the arguments: one sentence without the program's name, a period or a line
-// end, in the words of the GNU tools. It may hold arguments as they were given, so it is not fit
-// for a screen before it is cleaned.
+// All that is wrong with the arguments: sentences without the program's name, a period or a line
+// end, in the words of the GNU tools. They may hold arguments as they were given, so they are not
+// fit for a screen before they are cleaned.
 struct UsageError {
-    std::string Sentence;
+    std::vector<std::string> Sentences;
 };
 
 using CommandLine = std::variant<PromptRequest, TracksRequest, InformationText, UsageError>;
 
 // Reads the program's whole argument vector, of which Argv[1] is the command. Operands stay the
-// bytes they are. The file system is not looked at. The first mistake, or the first option that
-// asks for a text, decides.
+// bytes they are. The file system is not looked at. An option that asks for a text gets it unless
+// there is a mistake before it.
 //
 // Requires: no other thread that reads arguments; options and operands in Argv change places.
 CommandLine ParseCommandLine(int Argc, char** Argv);

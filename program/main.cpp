@@ -48,7 +48,9 @@ int Answer(const InformationText& Information) {
 }
 
 int Answer(const UsageError& Mistake) {
-    PrintMessage(Mistake.Sentence);
+    for (const std::string& sentence : Mistake.Sentences) {
+        PrintMessage(sentence);
+    }
     return kExitUsage;
 }
 

@@ -103,8 +103,7 @@ std::optional<TypedOption> OptionReader::Next() {
         return std::nullopt;
     }
     if (result == '?' || result == ':') {
-        MistakeFound = SentenceForRefused(result);
-        return std::nullopt;
+        return TypedOption{Option::Mistake, SentenceForRefused(result)};
     }
     const OptionRow& row = RowOf(result);
     return TypedOption{row.Meaning, optarg != nullptr ? optarg : row.Value};
@@ -124,8 +123,10 @@ std::string OptionReader::SentenceForRefused(int Result) const {
         return SentenceForRefusedWord(Arguments[static_cast<std::size_t>(optind) - 1]);
     }
     const std::string letter(1, static_cast<char>(optopt));
-    return (bNeedsArgument ? "option requires an argument -- " : "invalid option -- ") +
-           Quoted(letter);
+    if (bNeedsArgument) {
+        return "option requires an argument -- " + Quoted(letter);
+    }
+    return "invalid option -- " + Quoted(letter);
 }
 
 // Argument is the whole word with its dashes and its value.
@@ -137,8 +138,8 @@ std::string OptionReader::SentenceForRefusedWord(const std::string& Argument) co
             possibilities += ' ' + QuotedWord(word.name);
         }
     }
-    if (possibilities.empty()) {
-        return "unrecognized option " + Quoted(Argument);
+    if (!possibilities.empty()) {
+        return "option " + Quoted(Argument) + " is ambiguous; possibilities:" + possibilities;
     }
-    return "option " + Quoted(Argument) + " is ambiguous; possibilities:" + possibilities;
+    return "unrecognized option " + Quoted(Argument);
 }

@@ -34,11 +34,14 @@ enum class Option {
     Json,
     Help,
     Version,
+    // No option of the command.
+    Mistake,
 };
 
 struct TypedOption {
     Option Meaning = Option::Help;
-    // Empty for an option that takes none.
+    // Empty for an option that takes none. For a mistake what is wrong: a sentence as UsageError
+    // holds them.
     std::string Value;
 };
 
@@ -47,18 +50,14 @@ struct TypedOption {
 // Requires: no other reader at the same time, because getopt_long has one state for all.
 class OptionReader {
 public:
-    // Arguments[0] is the name of the command, and a null pointer stands behind the last one. They
-    // change places: what is no option moves to the end.
+    // Arguments[0] is the name of the command, and a null pointer stands behind the last
+    // one. They change places: what is no option moves to the end.
     OptionReader(Command Reading, std::span<char*> Arguments);
 
-    // Nothing behind the last option, or where one is wrong.
+    // Nothing behind the last option.
     std::optional<TypedOption> Next();
 
-    // What is wrong with the option that Next has stopped at, as getopt_long would have said it,
-    // without the program's name or a line end and not cleaned for a screen. Empty when nothing is.
-    const std::string& Mistake() const { return MistakeFound; }
-
-    // Requires: Next has returned nothing, and there is no mistake.
+    // Requires: Next has returned nothing.
     std::span<char* const> Operands() const;
 
 private:
@@ -69,5 +68,4 @@ private:
     // The command's options as getopt_long takes them.
     std::string Letters;
     std::vector<option> Words;
-    std::string MistakeFound;
 };

@@ -138,6 +138,7 @@ std::string ApplyTransferOption(const TypedOption& Typed, PromptRequest& Out) {
     case Option::Json:
     case Option::Help:
     case Option::Version:
+    case Option::Mistake:
         break;
     }
     return {};

@@ -8,7 +8,7 @@
 #include "prompt_request.h"
 
 // Puts the option into the request; of two that contradict each other the later one counts. -r, the
-// options that ask for a text and those of other commands change nothing.
+// options that ask for a text, those of other commands and mistakes change nothing.
 //
-// Returns why its value is refused: a sentence as UsageError holds one. Empty when it is not.
+// Returns why its value is refused: a sentence as UsageError holds them. Empty when it is not.
 std::string ApplyTransferOption(const TypedOption& Typed, PromptRequest& Out);

@@ -79,6 +79,25 @@ TEST(CommandLineParser, RefusesContradictoryTargets) {
               "multiple target directories specified");
 }
 
+TEST(CommandLineParser, NamesEveryMistake) {
+    EXPECT_EQ(Mistakes({"copy", "--foo"}),
+              Words({"unrecognized option '--foo'", "missing file operand"}));
+    EXPECT_EQ(Mistakes({"copy", "-T", "-t", "d"}),
+              Words({"cannot combine --target-directory (-t) and --no-target-directory (-T)",
+                     "missing file operand"}));
+    EXPECT_EQ(Mistakes({"move", "-z", "-T", "a", "", "c"}),
+              Words({"invalid option -- 'z'", "a file name is empty", "extra operand 'c'"}));
+    EXPECT_EQ(Mistakes({"tracks", "-z", "/dev/sr0", "/dev/sr1"}),
+              Words({"invalid option -- 'z'", "more than one drive"}));
+}
+
+TEST(CommandLineParser, NoTextIsGivenAfterAMistake) {
+    EXPECT_EQ(Mistakes({"copy", "--foo", "--help", "a", "b"}),
+              Words({"unrecognized option '--foo'"}));
+    EXPECT_EQ(Mistakes({"copy", "--foo", "--version", "a", "b"}),
+              Words({"unrecognized option '--foo'"}));
+}
+
 TEST(CommandLineParser, HelpAndVersionComeBeforeAndAfterTheCommand) {
     const std::string help = Information({"--help"});
     EXPECT_EQ(help.rfind("Usage: tarvane copy", 0), 0U);

@@ -70,7 +70,7 @@ std::string UsageSentence(const std::string& Command, const std::string& Option)
     argv.push_back(nullptr);
     const CommandLine line = ParseCommandLine(static_cast<int>(arguments.size()), argv.data());
     const auto* mistake = std::get_if<UsageError>(&line);
-    return mistake != nullptr ? mistake->Sentence : "";
+    return mistake != nullptr ? mistake->Sentences.front() : "";
 }
 
 // Follows the beginnings that the parser knows, letter by letter, to the whole names. No option is

@@ -50,8 +50,8 @@ TEST(OptionReader, RefusesToPretendToPreserve) {
 TEST(OptionReader, NamesUnknownOptionsAsGetoptDoes) {
     EXPECT_EQ(Mistake({"copy", "--foo", "a", "b"}), "unrecognized option '--foo'");
     EXPECT_EQ(Mistake({"copy", "--foo=3", "a", "b"}), "unrecognized option '--foo=3'");
-    EXPECT_EQ(Mistake({"copy", "-x", "a", "b"}), "invalid option -- 'x'");
-    EXPECT_EQ(Mistake({"copy", "--verbose", "-zv", "a"}), "invalid option -- 'z'");
+    EXPECT_EQ(Mistake({"copy", "-y", "a", "b"}), "invalid option -- 'y'");
+    EXPECT_EQ(Mistake({"copy", "--verbose", "-zv", "a", "b"}), "invalid option -- 'z'");
     EXPECT_EQ(Mistake({"copy", "-\xff", "a", "b"}), "invalid option -- '\xff'");
     EXPECT_EQ(Mistake({"copy", "-:", "a", "b"}), "invalid option -- ':'");
     EXPECT_EQ(Mistake({"tracks", "--foo"}), "unrecognized option '--foo'");
@@ -74,16 +74,22 @@ TEST(OptionReader, NamesMissingAndUnwantedValuesAsGetoptDoes) {
     EXPECT_EQ(Mistake({"copy", "a", "b", "-t"}), "option requires an argument -- 't'");
     EXPECT_EQ(Mistake({"copy", "--verbose=3", "a", "b"}),
               "option '--verbose' doesn't allow an argument");
-    EXPECT_EQ(Mistake({"copy", "--target-directory"}),
+    EXPECT_EQ(Mistake({"copy", "a", "b", "--target-directory"}),
               "option '--target-directory' requires an argument");
     EXPECT_EQ(Mistake({"tracks", "--json=1"}), "option '--json' doesn't allow an argument");
     EXPECT_EQ(Mistake({"tracks", "--js=1"}), "option '--json' doesn't allow an argument");
 }
 
-TEST(OptionReader, TheFirstMistakeIsTheOneThatIsNamed) {
-    EXPECT_EQ(Mistake({"copy", "--foo", "--bar"}), "unrecognized option '--foo'");
-    EXPECT_EQ(Mistake({"copy", "--progress=bar", "--help"}),
-              "invalid argument 'bar' for '--progress'; valid are auto, live, lines, json, none");
+TEST(OptionReader, EveryMistakeIsNamedInItsPlace) {
+    EXPECT_EQ(
+        Mistakes({"copy", "--foo", "-zqy", "a", "--progress=bar", "b", "--verbose=3", "-t"}),
+        Words({"unrecognized option '--foo'", "invalid option -- 'z'", "invalid option -- 'y'",
+               "invalid argument 'bar' for '--progress'; valid are auto, live, lines, json, "
+               "none",
+               "option '--verbose' doesn't allow an argument",
+               "option requires an argument -- 't'"}));
+    EXPECT_EQ(Mistakes({"tracks", "--foo", "-x"}),
+              Words({"unrecognized option '--foo'", "invalid option -- 'x'"}));
 }
 
 } // namespace

@@ -28,7 +28,7 @@ Kind ParsedAs(const Words& Arguments) {
     const CommandLine line = Parse(Arguments);
     const auto* parsed = std::get_if<Kind>(&line);
     const auto* error = std::get_if<UsageError>(&line);
-    EXPECT_NE(parsed, nullptr) << (error != nullptr ? error->Sentence : "no usage error");
+    EXPECT_NE(parsed, nullptr) << (error != nullptr ? error->Sentences.front() : "no usage error");
     return parsed != nullptr ? *parsed : Kind{};
 }
 
@@ -58,6 +58,13 @@ inline std::string Information(const Words& Arguments) {
     return ParsedAs<InformationText>(Arguments).Text;
 }
 
+inline Words Mistakes(const Words& Arguments) {
+    return ParsedAs<UsageError>(Arguments).Sentences;
+}
+
+// The only one that there is.
 inline std::string Mistake(const Words& Arguments) {
-    return ParsedAs<UsageError>(Arguments).Sentence;
+    const Words mistakes = Mistakes(Arguments);
+    EXPECT_EQ(mistakes.size(), 1U) << (mistakes.size() > 1 ? mistakes[1] : "");
+    return mistakes.empty() ? std::string() : mistakes[0];
 }
