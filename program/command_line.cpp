@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "help_text.h"
+#include "near_word.h"
 #include "option_reader.h"
 #include "quoted.h"
 #include "transfer_options.h"
@@ -37,6 +38,18 @@ std::optional<InformationText> ReadOptions(OptionReader& Options, const char* He
         }
     }
     return std::nullopt;
+}
+
+// Whoever knows other tools may have meant one of ours, too.
+std::string MeantCommand(std::string_view Typed) {
+    constexpr std::string_view kNames[] = {"copy", "move", "tracks"};
+    return Typed == "cp" ? "copy" : Typed == "mv" ? "move" : NearestWord(Typed, kNames);
+}
+
+UsageError UnknownCommand(std::string_view Typed) {
+    const std::string meant = MeantCommand(Typed);
+    return {{"unknown command " + Quoted(Typed) + "; " +
+             (meant.empty() ? kCommands : "did you mean " + Quoted(meant) + "?")}};
 }
 
 bool IsEmptyName(const std::filesystem::path& Name) {
@@ -135,5 +148,5 @@ CommandLine ParseCommandLine(int Argc, char** Argv) {
     if (command.starts_with('-')) {
         return UsageError{{"unrecognized option " + Quoted(command) + " before the command"}};
     }
-    return UsageError{{"unknown command " + Quoted(command) + "; " + kCommands}};
+    return UnknownCommand(command);
 }

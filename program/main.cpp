@@ -51,6 +51,7 @@ int Answer(const UsageError& Mistake) {
     for (const std::string& sentence : Mistake.Sentences) {
         PrintMessage(sentence);
     }
+    std::fputs("Try 'tarvane --help'.\n", stderr);
     return kExitUsage;
 }
 

@@ -3,14 +3,16 @@
 #include <cstddef>
 #include <string_view>
 
+#include "near_word.h"
 #include "quoted.h"
 
 namespace {
 
 // Who has an option.
 constexpr auto kCopy = static_cast<unsigned>(Command::Copy);
+constexpr auto kMove = static_cast<unsigned>(Command::Move);
 constexpr auto kTracks = static_cast<unsigned>(Command::Tracks);
-constexpr auto kTransfers = kCopy | static_cast<unsigned>(Command::Move);
+constexpr auto kTransfers = kCopy | kMove;
 constexpr auto kAll = kTransfers | kTracks;
 
 struct OptionRow {
@@ -21,9 +23,18 @@ struct OptionRow {
     const char* Word;
     int Argument;
     unsigned Owners;
-    // The option's value where none is given.
+    // The option's value where none is given; for a mistake what is so instead.
     const char* Value = "";
 };
+
+// What users of cp and mv try that has no counterpart here.
+constexpr char kDataOnly[] = "copies carry data only, without modes, owners and dates, and "
+                             "directories are always copied whole";
+constexpr char kLinksFollowed[] = "links are always followed";
+constexpr char kNeverLinked[] = "files are always copied, never linked";
+constexpr char kNoBackup[] = "there are no backups, but --on-conflict=keep-both keeps both files";
+constexpr char kAllMounted[] = "what is mounted below a source is always copied too";
+constexpr char kMovedWhole[] = "directories are always moved whole";
 
 constexpr OptionRow kRows[] = {
     {Option::OnConflict, 0, "on-conflict", required_argument, kTransfers},
@@ -49,6 +60,20 @@ constexpr OptionRow kRows[] = {
     {Option::Json, 0, "json", no_argument, kTracks},
     {Option::Help, 'h', "help", no_argument, kAll},
     {Option::Version, 0, "version", no_argument, kAll},
+    // These come last, because a letter is looked up from the first row on.
+    {Option::Mistake, 'a', "archive", no_argument, kCopy, kDataOnly},
+    {Option::Mistake, 'p', "preserve", no_argument, kCopy, kDataOnly},
+    {Option::Mistake, 'd', nullptr, no_argument, kCopy, kLinksFollowed},
+    {Option::Mistake, 'H', nullptr, no_argument, kCopy, kLinksFollowed},
+    {Option::Mistake, 'L', "dereference", no_argument, kCopy, kLinksFollowed},
+    {Option::Mistake, 'P', "no-dereference", no_argument, kCopy, kLinksFollowed},
+    {Option::Mistake, 'l', "link", no_argument, kCopy, kNeverLinked},
+    {Option::Mistake, 's', "symbolic-link", no_argument, kCopy, kNeverLinked},
+    {Option::Mistake, 'b', "backup", no_argument, kTransfers, kNoBackup},
+    {Option::Mistake, 'S', "suffix", no_argument, kTransfers, kNoBackup},
+    {Option::Mistake, 'x', "one-file-system", no_argument, kCopy, kAllMounted},
+    {Option::Mistake, 'r', "recursive", no_argument, kMove, kMovedWhole},
+    {Option::Mistake, 'R', nullptr, no_argument, kMove, kMovedWhole},
 };
 
 // getopt_long returns an option's letter, or this and the number of its row for its word. So a
@@ -69,18 +94,33 @@ const OptionRow& RowOf(int Result) {
     return *row;
 }
 
+bool IsOf(const OptionRow& Row, Command Reading) {
+    return (Row.Owners & static_cast<unsigned>(Reading)) != 0;
+}
+
+// What is so instead of what Matches asks for; empty where the table does not say it.
+template <typename Matcher>
+std::string InsteadOf(Command Reading, const Matcher& Matches) {
+    for (const OptionRow& row : kRows) {
+        if (row.Meaning == Option::Mistake && IsOf(row, Reading) && Matches(row)) {
+            return std::string("; ") + row.Value;
+        }
+    }
+    return {};
+}
+
 std::string QuotedWord(std::string_view Word) {
     return Quoted("--" + std::string(Word));
 }
 
 } // namespace
 
-OptionReader::OptionReader(Command Reading, std::span<char*> CommandArguments)
-    : Arguments(CommandArguments), Letters(kSilently) {
+OptionReader::OptionReader(Command CommandToRead, std::span<char*> CommandArguments)
+    : Reading(CommandToRead), Arguments(CommandArguments), Letters(kSilently) {
     int word = kFirstWord;
     for (const OptionRow& row : kRows) {
         const int result = word++;
-        if ((row.Owners & static_cast<unsigned>(Reading)) == 0) {
+        if (!IsOf(row, Reading) || row.Meaning == Option::Mistake) {
             continue;
         }
         if (row.Letter != 0) {
@@ -126,7 +166,8 @@ std::string OptionReader::SentenceForRefused(int Result) const {
     if (bNeedsArgument) {
         return "option requires an argument -- " + Quoted(letter);
     }
-    return "invalid option -- " + Quoted(letter);
+    return "invalid option -- " + Quoted(letter) +
+           InsteadOf(Reading, [](const OptionRow& Row) { return Row.Letter == optopt; });
 }
 
 // Argument is the whole word with its dashes and its value.
@@ -141,5 +182,21 @@ std::string OptionReader::SentenceForRefusedWord(const std::string& Argument) co
     if (!possibilities.empty()) {
         return "option " + Quoted(Argument) + " is ambiguous; possibilities:" + possibilities;
     }
-    return "unrecognized option " + Quoted(Argument);
+    const std::string instead = InsteadOf(Reading, [&typed](const OptionRow& Row) {
+        return Row.Word != nullptr && Row.Word == typed;
+    });
+    return "unrecognized option " + Quoted(Argument) +
+           (instead.empty() ? NearOption(typed) : instead);
+}
+
+// Asks whether an option was meant that is near to what was typed; empty when none is.
+std::string OptionReader::NearOption(std::string_view Typed) const {
+    std::vector<std::string_view> known;
+    for (const option& word : Words) {
+        if (word.name != nullptr) {
+            known.emplace_back(word.name);
+        }
+    }
+    const std::string near = NearestWord(Typed, known);
+    return near.empty() ? near : "; did you mean " + QuotedWord(near) + "?";
 }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <getopt.h>
@@ -50,9 +51,9 @@ struct TypedOption {
 // Requires: no other reader at the same time, because getopt_long has one state for all.
 class OptionReader {
 public:
-    // Arguments[0] is the name of the command, and a null pointer stands behind the last
+    // CommandArguments[0] is the name of the command, and a null pointer stands behind the last
     // one. They change places: what is no option moves to the end.
-    OptionReader(Command Reading, std::span<char*> Arguments);
+    OptionReader(Command CommandToRead, std::span<char*> CommandArguments);
 
     // Nothing behind the last option.
     std::optional<TypedOption> Next();
@@ -63,7 +64,9 @@ public:
 private:
     std::string SentenceForRefused(int Result) const;
     std::string SentenceForRefusedWord(const std::string& Argument) const;
+    std::string NearOption(std::string_view Typed) const;
 
+    Command Reading;
     std::span<char*> Arguments;
     // The command's options as getopt_long takes them.
     std::string Letters;

@@ -141,4 +141,12 @@ TEST(CommandLineParser, NamesMissingAndUnknownCommands) {
     EXPECT_EQ(Mistake({"-n", "copy", "a", "b"}), "unrecognized option '-n' before the command");
 }
 
+TEST(CommandLineParser, AsksWhetherANearCommandWasMeant) {
+    EXPECT_EQ(Mistake({"cpoy", "a", "b"}), "unknown command 'cpoy'; did you mean 'copy'?");
+    EXPECT_EQ(Mistake({"mov", "a", "b"}), "unknown command 'mov'; did you mean 'move'?");
+    EXPECT_EQ(Mistake({"track"}), "unknown command 'track'; did you mean 'tracks'?");
+    EXPECT_EQ(Mistake({"cp", "a", "b"}), "unknown command 'cp'; did you mean 'copy'?");
+    EXPECT_EQ(Mistake({"mv", "a", "b"}), "unknown command 'mv'; did you mean 'move'?");
+}
+
 } // namespace

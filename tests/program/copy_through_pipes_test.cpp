@@ -127,6 +127,18 @@ TEST_F(ThroughPipes, RefusesToAskWhereNobodyCanAnswer) {
     EXPECT_FALSE(fs::exists(Root / "to"));
 }
 
+TEST_F(ThroughPipes, NamesEveryMistakeAndWhereToRead) {
+    EXPECT_RESULT(Tarvane({"copy", "--forse", "-a", "from"}), 2, "",
+                  "tarvane: unrecognized option '--forse'; did you mean '--force'?\n"
+                  "tarvane: invalid option -- 'a'; copies carry data only, without modes, owners "
+                  "and dates, and directories are always copied whole\n"
+                  "tarvane: missing destination file operand after 'from'\n"
+                  "Try 'tarvane --help'.\n");
+    EXPECT_RESULT(Tarvane({"cpoy"}), 2, "",
+                  "tarvane: unknown command 'cpoy'; did you mean 'copy'?\n"
+                  "Try 'tarvane --help'.\n");
+}
+
 TEST_F(ThroughPipes, NeedsNoChoiceWhereNoNameIsTaken) {
     WriteFile(Root / "from", "data");
     EXPECT_RESULT(Tarvane({"copy", "from", "to"}), 0, "", "Copied 1 item(s).\n");

@@ -1,6 +1,8 @@
 #include "option_reader.h"
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -36,15 +38,63 @@ TEST(OptionReader, ACopyAcceptsTheRecursiveHabit) {
     }
 }
 
-TEST(OptionReader, AMoveRefusesTheRecursiveHabitLikeMv) {
-    EXPECT_EQ(Mistake({"move", "-r", "a", "b"}), "invalid option -- 'r'");
-    EXPECT_EQ(Mistake({"move", "-R", "a", "b"}), "invalid option -- 'R'");
-    EXPECT_EQ(Mistake({"move", "--recursive", "a", "b"}), "unrecognized option '--recursive'");
+TEST(OptionReader, AMoveSaysThatItNeedsNoRecursiveHabit) {
+    const std::string instead = "; directories are always moved whole";
+    EXPECT_EQ(Mistake({"move", "-r", "a", "b"}), "invalid option -- 'r'" + instead);
+    EXPECT_EQ(Mistake({"move", "-R", "a", "b"}), "invalid option -- 'R'" + instead);
+    EXPECT_EQ(Mistake({"move", "--recursive", "a", "b"}),
+              "unrecognized option '--recursive'" + instead);
 }
 
 TEST(OptionReader, RefusesToPretendToPreserve) {
-    EXPECT_EQ(Mistake({"copy", "-a", "a", "b"}), "invalid option -- 'a'");
-    EXPECT_EQ(Mistake({"copy", "-p", "a", "b"}), "invalid option -- 'p'");
+    const std::string instead = "; copies carry data only, without modes, owners and dates, and "
+                                "directories are always copied whole";
+    EXPECT_EQ(Mistake({"copy", "-a", "a", "b"}), "invalid option -- 'a'" + instead);
+    EXPECT_EQ(Mistake({"copy", "-vp", "a", "b"}), "invalid option -- 'p'" + instead);
+    EXPECT_EQ(Mistake({"copy", "--archive", "a", "b"}),
+              "unrecognized option '--archive'" + instead);
+    EXPECT_EQ(Mistake({"copy", "--preserve=mode", "a", "b"}),
+              "unrecognized option '--preserve=mode'" + instead);
+}
+
+TEST(OptionReader, SaysWhatIsSoInsteadOfWhatCpAndMvOffer) {
+    const std::vector<std::pair<Words, std::string>> answers = {
+        {{"-d", "-H", "-L", "-P"}, "links are always followed"},
+        {{"-l", "-s"}, "files are always copied, never linked"},
+        {{"-b", "-S"}, "there are no backups, but --on-conflict=keep-both keeps both files"},
+        {{"-x"}, "what is mounted below a source is always copied too"},
+    };
+    for (const auto& [options, instead] : answers) {
+        for (const std::string& option : options) {
+            EXPECT_EQ(Mistake({"copy", option, "a", "b"}),
+                      "invalid option -- '" + option.substr(1) + "'; " + instead);
+        }
+    }
+    EXPECT_EQ(Mistake({"copy", "--no-dereference", "a", "b"}),
+              "unrecognized option '--no-dereference'; links are always followed");
+    EXPECT_EQ(Mistake({"copy", "--one-file-system", "a", "b"}),
+              "unrecognized option '--one-file-system'; what is mounted below a source is always "
+              "copied too");
+    EXPECT_EQ(Mistake({"move", "--backup=numbered", "a", "b"}),
+              "unrecognized option '--backup=numbered'; there are no backups, but "
+              "--on-conflict=keep-both keeps both files");
+}
+
+TEST(OptionReader, SaysNothingAboutWhatItsCommandHasNowhere) {
+    EXPECT_EQ(Mistake({"move", "-L", "a", "b"}), "invalid option -- 'L'");
+    EXPECT_EQ(Mistake({"tracks", "-a"}), "invalid option -- 'a'");
+    EXPECT_EQ(Mistake({"copy", "--parents", "a", "b"}), "unrecognized option '--parents'");
+}
+
+TEST(OptionReader, AsksWhetherANearOptionWasMeant) {
+    EXPECT_EQ(Mistake({"copy", "--forse", "a", "b"}),
+              "unrecognized option '--forse'; did you mean '--force'?");
+    EXPECT_EQ(Mistake({"copy", "--on-confict=skip", "a", "b"}),
+              "unrecognized option '--on-confict=skip'; did you mean '--on-conflict'?");
+    EXPECT_EQ(Mistake({"move", "--noclobber", "a", "b"}),
+              "unrecognized option '--noclobber'; did you mean '--no-clobber'?");
+    EXPECT_EQ(Mistake({"tracks", "--jsno"}),
+              "unrecognized option '--jsno'; did you mean '--json'?");
 }
 
 TEST(OptionReader, NamesUnknownOptionsAsGetoptDoes) {
