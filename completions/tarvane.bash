@@ -41,7 +41,9 @@ _tarvane()
         compopt -o dirnames +o default
         return
     elif [[ -z $words && $COMP_CWORD -eq 1 ]]; then
-        words='copy move tracks -h --help --version'
+        words='copy move tracks help -h --help --version'
+    elif [[ $COMP_CWORD -eq 2 && ${COMP_WORDS[1]} == help ]]; then
+        words='copy move tracks'
     elif [[ -z $words && $current == -* ]]; then
         case ${COMP_WORDS[1]} in
             copy) words="$_tarvane_transfer_options -r -R --recursive" ;;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -17,7 +18,7 @@
 
 namespace {
 
-constexpr char kCommands[] = "the commands are copy, move and tracks";
+constexpr char kCommands[] = "the commands are copy, move, tracks and help";
 
 // Gives each option to Apply, which returns what is wrong with it or nothing. Returns the text that
 // one of them asks for.
@@ -42,7 +43,7 @@ std::optional<InformationText> ReadOptions(OptionReader& Options, const char* He
 
 // Whoever knows other tools may have meant one of ours, too.
 std::string MeantCommand(std::string_view Typed) {
-    constexpr std::string_view kNames[] = {"copy", "move", "tracks"};
+    constexpr std::string_view kNames[] = {"copy", "move", "tracks", "help"};
     return Typed == "cp" ? "copy" : Typed == "mv" ? "move" : NearestWord(Typed, kNames);
 }
 
@@ -122,6 +123,21 @@ CommandLine ParseTracks(std::span<char*> Arguments) {
     return RequestUnless(std::move(mistakes), std::move(request));
 }
 
+CommandLine ParseHelp(std::span<char*> Topics) {
+    if (Topics.size() > 1) {
+        return UsageError{{"extra operand " + Quoted(Topics[1])}};
+    }
+    const std::string_view topic = Topics.empty() ? "help" : Topics[0];
+    if (topic == "tracks") {
+        return InformationText{kTracksHelpText};
+    }
+    constexpr std::string_view kTopicsOfOneText[] = {"copy", "move", "help", "-h", "--help"};
+    if (std::ranges::find(kTopicsOfOneText, topic) != std::end(kTopicsOfOneText)) {
+        return InformationText{kHelpText};
+    }
+    return UnknownCommand(topic);
+}
+
 } // namespace
 
 CommandLine ParseCommandLine(int Argc, char** Argv) {
@@ -138,6 +154,9 @@ CommandLine ParseCommandLine(int Argc, char** Argv) {
     }
     if (command == "tracks") {
         return ParseTracks(arguments);
+    }
+    if (command == "help") {
+        return ParseHelp(arguments.subspan(1));
     }
     if (command == "--help" || command == "-h") {
         return InformationText{kHelpText};

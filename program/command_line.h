@@ -9,7 +9,7 @@
 #include "prompt_request.h"
 #include "tracks_command.h"
 
-// What --help and --version answer: a text for standard output.
+// What help, --help and --version answer: a text for standard output.
 struct InformationText {
     std::string Text;
 };

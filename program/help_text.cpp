@@ -7,6 +7,7 @@ const char* const kHelpText = R"(Usage: tarvane copy [OPTION]... SOURCE... DESTI
   or:  tarvane move [OPTION]... SOURCE... DESTINATION
   or:  tarvane move [OPTION]... -t DIRECTORY SOURCE...
   or:  tarvane tracks [--json] [DEVICE]
+  or:  tarvane help [COMMAND]
 Copy or move files, directories and audio-CD tracks with progress, questions
 about taken names and a clean end; or list the tracks of an audio CD.
 

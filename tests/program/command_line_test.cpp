@@ -134,10 +134,24 @@ TEST(CommandLineParser, TracksRefusesOtherOperands) {
     EXPECT_EQ(Mistake({"tracks", ""}), "the drive's name is empty");
 }
 
+TEST(CommandLineParser, HelpIsACommandToo) {
+    const std::string help = Information({"--help"});
+    EXPECT_EQ(Information({"help"}), help);
+    for (const char* topic : {"copy", "move", "help", "-h", "--help"}) {
+        EXPECT_EQ(Information({"help", topic}), help) << topic;
+    }
+    EXPECT_EQ(Information({"help", "tracks"}), Information({"tracks", "--help"}));
+    EXPECT_EQ(Mistake({"help", "track"}), "unknown command 'track'; did you mean 'tracks'?");
+    EXPECT_EQ(Mistake({"help", "me"}),
+              "unknown command 'me'; the commands are copy, move, tracks and help");
+    EXPECT_EQ(Mistake({"help", "copy", "move"}), "extra operand 'move'");
+    EXPECT_EQ(Mistake({"hlep"}), "unknown command 'hlep'; did you mean 'help'?");
+}
+
 TEST(CommandLineParser, NamesMissingAndUnknownCommands) {
-    EXPECT_EQ(Mistake({}), "missing command; the commands are copy, move and tracks");
+    EXPECT_EQ(Mistake({}), "missing command; the commands are copy, move, tracks and help");
     EXPECT_EQ(Mistake({"remove"}),
-              "unknown command 'remove'; the commands are copy, move and tracks");
+              "unknown command 'remove'; the commands are copy, move, tracks and help");
     EXPECT_EQ(Mistake({"-n", "copy", "a", "b"}), "unrecognized option '-n' before the command");
 }
 

@@ -326,8 +326,9 @@ TEST(Documentation, HelpFitsATerminal) {
 
 TEST(BashCompletion, OffersTheCommands) {
     EXPECT_EQ(BashOffers({"tarvane", ""}),
-              Words({"copy", "move", "tracks", "-h", "--help", "--version"}));
+              Words({"copy", "move", "tracks", "help", "-h", "--help", "--version"}));
     EXPECT_EQ(BashOffers({"tarvane", "c"}), Words({"copy"}));
+    EXPECT_EQ(BashOffers({"tarvane", "help", "t"}), Words({"tracks"}));
 }
 
 TEST(BashCompletion, CompletesAPartOfAChoice) {
