@@ -8,8 +8,7 @@
 #include "taken_name.h"
 #include "tarvanetransfer.h"
 
-// What to do about a file whose name is taken. The plan knows the first three; the others answer
-// posted conflicts from code.
+// What to do about a file whose name is taken. All answer posted conflicts from code.
 enum class FileConflictChoice {
     Ask,
     Overwrite,
