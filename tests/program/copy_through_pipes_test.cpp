@@ -190,6 +190,15 @@ TEST_F(ThroughPipes, NamesEveryMissingSourceBeforeAnythingIsTouched) {
     EXPECT_EQ(TreeOf(Root / "into"), Tree());
 }
 
+TEST_F(ThroughPipes, NamesMissingSourcesAndTheTargetThatIsNoDirectory) {
+    WriteFile(Root / "there", "data");
+    WriteFile(Root / "target", "data");
+    EXPECT_RESULT(Tarvane({"move", "missing", "there", "target"}), 2, "",
+                  "tarvane: cannot stat 'missing': No such file or directory\n"
+                  "tarvane: target 'target': Not a directory\n");
+    EXPECT_TRUE(fs::exists(Root / "there"));
+}
+
 TEST_F(ThroughPipes, RefusesTwoSourcesThatWouldLandOnOneName) {
     WriteFile(Root / "a/same", "1");
     WriteFile(Root / "b/same", "2");

@@ -19,8 +19,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Refused = std::optional<PlanRefusal>;
-
 constexpr char kCdLabel[] = "Audio CD";
 
 struct DestinationOperand {
@@ -29,48 +27,51 @@ struct DestinationOperand {
     bool bExists = false;
 };
 
-PlanRefusal UsageRefusal(std::string Sentence) {
-    return {PlanRefusalKind::WrongUsage, {std::move(Sentence)}};
-}
-
 std::string WithError(const std::string& What, const fs::path& Path, int Error) {
     return What + " " + Quoted(Path.native()) + ": " + std::generic_category().message(Error);
 }
 
-Refused LookAtDestination(const fs::path& Given, DestinationOperand& Out) {
-    Out.Given = Given;
+// Nothing where it can be no destination, whatever the sources are.
+std::optional<DestinationOperand> LookAtDestination(const fs::path& Given,
+                                                    PlanRefusal& InOutRefusal) {
     if (IsCdPath(Given)) {
-        return UsageRefusal("cannot write to an audio CD: " + Quoted(Given.native()));
-    }
-    struct stat status;
-    if (stat(Given.c_str(), &status) == 0) {
-        Out.bExists = true;
-        Out.bDirectory = S_ISDIR(status.st_mode);
-    } else if (errno != ENOENT) {
-        return PlanRefusal{PlanRefusalKind::Failed, {WithError("failed to access", Given, errno)}};
-    }
-    return std::nullopt;
-}
-
-// Whether the destination's shape suits the sources. Many sources, or -t, need a directory.
-Refused CheckShape(const TransferRequest& Request, const std::vector<PlanSource>& Sources,
-                   const DestinationOperand& Destination) {
-    const fs::path& given = Destination.Given;
-    if (!Destination.bDirectory && (Request.TargetDirectory || Sources.size() > 1)) {
-        return UsageRefusal(WithError(Request.TargetDirectory ? "target directory" : "target",
-                                      given, Destination.bExists ? ENOTDIR : ENOENT));
-    }
-    if (Destination.bExists) {
+        InOutRefusal.Add(PlanRefusalKind::WrongUsage,
+                         "cannot write to an audio CD: " + Quoted(Given.native()));
         return std::nullopt;
     }
+    DestinationOperand destination{.Given = Given};
+    struct stat status;
+    if (stat(Given.c_str(), &status) == 0) {
+        destination.bExists = true;
+        destination.bDirectory = S_ISDIR(status.st_mode);
+    } else if (errno != ENOENT) {
+        InOutRefusal.Add(PlanRefusalKind::Failed, WithError("failed to access", Given, errno));
+        return std::nullopt;
+    }
+    return destination;
+}
+
+// What does not suit the sources in the destination's shape; empty when all does. Many sources, or
+// -t, need a directory.
+std::string WhyShapeIsRefused(const TransferRequest& Request, bool bManySources,
+                              const std::vector<PlanSource>& Sources,
+                              const DestinationOperand& Destination) {
+    const fs::path& given = Destination.Given;
+    if (!Destination.bDirectory && (Request.TargetDirectory || bManySources)) {
+        return WithError(Request.TargetDirectory ? "target directory" : "target", given,
+                         Destination.bExists ? ENOTDIR : ENOENT);
+    }
+    if (Destination.bExists) {
+        return {};
+    }
     if (EndsInComponent(given, "..")) {
-        return UsageRefusal(WithError("target", given, ENOENT));
+        return WithError("target", given, ENOENT);
     }
     const bool bMeansDirectory = given.native().ends_with('/') || EndsInComponent(given, ".");
     if (bMeansDirectory && !std::ranges::all_of(Sources, &PlanSource::bDirectory)) {
-        return UsageRefusal(WithError("cannot create regular file", given, ENOTDIR));
+        return WithError("cannot create regular file", given, ENOTDIR);
     }
-    return std::nullopt;
+    return {};
 }
 
 TarvaneTransferItemPlan MakeItem(const PlanSource& Source, const fs::path& Destination,
@@ -85,7 +86,8 @@ TarvaneTransferItemPlan MakeItem(const PlanSource& Source, const fs::path& Desti
     return item;
 }
 
-Refused FindTwoOnOneName(const std::vector<TarvaneTransferItemPlan>& Items) {
+void FindTwoOnOneName(const std::vector<TarvaneTransferItemPlan>& Items,
+                      PlanRefusal& InOutRefusal) {
     std::map<std::string, const TarvaneTransferItemPlan*> takers;
     for (const TarvaneTransferItemPlan& item : Items) {
         const auto [first, bNew] = takers.emplace(item.DestinationPath.native(), &item);
@@ -93,13 +95,12 @@ Refused FindTwoOnOneName(const std::vector<TarvaneTransferItemPlan>& Items) {
             continue;
         }
         const fs::path& other = first->second->SourcePath;
-        if (other == item.SourcePath) {
-            return UsageRefusal("source " + Quoted(other.native()) + " is given more than once");
-        }
-        return UsageRefusal(Quoted(other.native()) + " and " + Quoted(item.SourcePath.native()) +
-                            " would both become " + Quoted(item.DestinationPath.native()));
+        InOutRefusal.Add(PlanRefusalKind::WrongUsage,
+                         other == item.SourcePath
+                             ? "source " + Quoted(other.native()) + " is given more than once"
+                             : Quoted(other.native()) + " and " + Quoted(item.SourcePath.native()) +
+                                   " would both become " + Quoted(item.DestinationPath.native()));
     }
-    return std::nullopt;
 }
 
 // Why the item must not take its destination's name; empty when it may, or when it can be asked.
@@ -122,17 +123,15 @@ std::string WhyNameIsRefused(const TarvaneTransferItemPlan& Item, const Conflict
     return Policy.Decide(MakeTakenName(conflict, entry, Policy.FollowsLinks())).Sentence;
 }
 
-Refused FindRefusedNames(const TransferRequest& Request,
-                         const std::vector<TarvaneTransferItemPlan>& Items) {
+void FindRefusedNames(const TransferRequest& Request,
+                      const std::vector<TarvaneTransferItemPlan>& Items,
+                      PlanRefusal& InOutRefusal) {
     const ConflictPolicy policy(RulesOf(Request));
-    PlanRefusal refusal{PlanRefusalKind::Failed, {}};
     for (const TarvaneTransferItemPlan& item : Items) {
-        std::string sentence = WhyNameIsRefused(item, policy);
-        if (!sentence.empty()) {
-            refusal.Sentences.push_back(std::move(sentence));
+        if (std::string sentence = WhyNameIsRefused(item, policy); !sentence.empty()) {
+            InOutRefusal.Add(PlanRefusalKind::Failed, std::move(sentence));
         }
     }
-    return refusal.Sentences.empty() ? std::nullopt : Refused(std::move(refusal));
 }
 
 fs::path CommonBeginning(const fs::path& First, const fs::path& Second) {
@@ -161,6 +160,22 @@ std::string LabelFor(const std::vector<PlanSource>& Sources) {
     return label ? label->native() : kCdLabel;
 }
 
+// The items of the sources that were found. Adds whatever is wrong about them.
+std::vector<TarvaneTransferItemPlan> MakeItems(const TransferRequest& Request,
+                                               const std::vector<PlanSource>& Sources,
+                                               const DestinationOperand& Destination,
+                                               PlanRefusal& InOutRefusal) {
+    const bool bIntoDirectory = Destination.bDirectory && !Request.bNoTargetDirectory;
+    const fs::path fullDestination = FullPath(Destination.Given);
+    std::vector<TarvaneTransferItemPlan> items;
+    for (const PlanSource& source : Sources) {
+        items.push_back(MakeItem(source, fullDestination, bIntoDirectory));
+    }
+    FindTwoOnOneName(items, InOutRefusal);
+    FindRefusedNames(Request, items, InOutRefusal);
+    return items;
+}
+
 } // namespace
 
 BuiltPlan BuildPlan(const TransferRequest& Request, const TrackLister& ListTracks) {
@@ -168,29 +183,24 @@ BuiltPlan BuildPlan(const TransferRequest& Request, const TrackLister& ListTrack
     if (!Request.TargetDirectory) {
         operands.pop_back();
     }
-    DestinationOperand destination;
-    if (Refused refusal = LookAtDestination(DestinationOf(Request), destination)) {
-        return std::move(*refusal);
-    }
-    auto found = FindSources(operands, Request.bMove, ListTracks);
-    if (auto* refusal = std::get_if<PlanRefusal>(&found)) {
-        return std::move(*refusal);
-    }
-    const std::vector<PlanSource>& sources = std::get<std::vector<PlanSource>>(found);
-    if (Refused refusal = CheckShape(Request, sources, destination)) {
-        return std::move(*refusal);
-    }
+    PlanRefusal refusal;
+    const std::optional<DestinationOperand> destination =
+        LookAtDestination(DestinationOf(Request), refusal);
+    const std::vector<PlanSource> sources =
+        FindSources(operands, Request.bMove, ListTracks, refusal);
     TarvaneTransferPlan plan;
-    const bool bIntoDirectory = destination.bDirectory && !Request.bNoTargetDirectory;
-    const fs::path fullDestination = FullPath(destination.Given);
-    for (const PlanSource& source : sources) {
-        plan.Items.push_back(MakeItem(source, fullDestination, bIntoDirectory));
+    if (destination && !refusal.IsCanceled()) {
+        // Also when one of them is missing.
+        const bool bManySources = std::max(operands.size(), sources.size()) > 1;
+        std::string reason = WhyShapeIsRefused(Request, bManySources, sources, *destination);
+        if (reason.empty()) {
+            plan.Items = MakeItems(Request, sources, *destination, refusal);
+        } else {
+            refusal.Add(PlanRefusalKind::WrongUsage, std::move(reason));
+        }
     }
-    if (Refused refusal = FindTwoOnOneName(plan.Items)) {
-        return std::move(*refusal);
-    }
-    if (Refused refusal = FindRefusedNames(Request, plan.Items)) {
-        return std::move(*refusal);
+    if (refusal.IsRefused()) {
+        return refusal;
     }
     plan.bMove = Request.bMove;
     // The engine's own policies merge into links and replace one kind of entry by another.

@@ -2,14 +2,17 @@
 
 #pragma once
 
+#include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
+// The graver ones come later.
 enum class PlanRefusalKind {
-    // The request contradicts itself or what is on the disk.
-    WrongUsage,
     // Something that the request names is missing, taken or cannot be read.
     Failed,
+    // The request contradicts itself or what is on the disk.
+    WrongUsage,
     // The user has ended the wait for a drive; there are no sentences.
     Canceled,
 };
@@ -18,6 +21,18 @@ enum class PlanRefusalKind {
 // a line end; it may hold operands as they were given, so it is not fit for a screen before it is
 // cleaned.
 struct PlanRefusal {
+    // The gravest of all that is wrong.
     PlanRefusalKind Kind = PlanRefusalKind::Failed;
     std::vector<std::string> Sentences;
+
+    bool IsCanceled() const { return Kind == PlanRefusalKind::Canceled; }
+    bool IsRefused() const { return IsCanceled() || !Sentences.empty(); }
+
+    // What is wrong twice is said once.
+    void Add(PlanRefusalKind SentenceKind, std::string Sentence) {
+        Kind = std::max(Kind, SentenceKind);
+        if (std::ranges::find(Sentences, Sentence) == Sentences.end()) {
+            Sentences.push_back(std::move(Sentence));
+        }
+    }
 };

@@ -1,10 +1,9 @@
 #include "plan_sources.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <optional>
 #include <system_error>
 #include <utility>
+#include <variant>
 
 #include <sys/stat.h>
 
@@ -27,44 +26,33 @@ std::string SentenceForMissing(const fs::path& Operand, int Error) {
 
 class SourceFinder {
 public:
-    SourceFinder(bool bMoveSources, const TrackLister& TracksOf)
-        : bMove(bMoveSources), ListTracks(TracksOf) {}
+    SourceFinder(bool bMoveSources, const TrackLister& TracksOf, PlanRefusal& RefusalToAddTo)
+        : bMove(bMoveSources), ListTracks(TracksOf), Refusal(RefusalToAddTo),
+          bWaitsForDrives(!Refusal.IsRefused()) {}
 
-    // False when it makes no sense to look at further operands.
-    bool Add(const fs::path& Operand) {
-        return IsCdPath(Operand) ? AddTracks(Operand) : AddEntry(Operand);
+    void Add(const fs::path& Operand) {
+        if (IsCdPath(Operand)) {
+            AddTracks(Operand);
+        } else {
+            AddEntry(Operand);
+        }
     }
 
     std::vector<PlanSource> Sources;
-    std::optional<PlanRefusal> Refusal;
 
 private:
-    bool RefuseUsage(std::string Sentence) {
-        Refusal = {PlanRefusalKind::WrongUsage, {std::move(Sentence)}};
-        return false;
-    }
-
-    // Others may be missing too. A drive that several tracks are in is missing once.
-    bool AddFailure(std::string Sentence) {
-        if (!Refusal) {
-            Refusal.emplace();
-        }
-        if (std::ranges::find(Refusal->Sentences, Sentence) == Refusal->Sentences.end()) {
-            Refusal->Sentences.push_back(std::move(Sentence));
-        }
-        return true;
-    }
-
-    bool AddEntry(const fs::path& Operand) {
+    void AddEntry(const fs::path& Operand) {
         const bool bContentsOnly = WithoutTrailingSlashes(Operand).empty() ||
                                    EndsInComponent(Operand, ".") || EndsInComponent(Operand, "..");
         if (bContentsOnly && bMove) {
-            return RefuseUsage("cannot move " + Quoted(Operand.native()) +
-                               ": it has no name of its own");
+            Refusal.Add(PlanRefusalKind::WrongUsage,
+                        "cannot move " + Quoted(Operand.native()) + ": it has no name of its own");
+            return;
         }
         struct stat status;
         if (stat(Operand.c_str(), &status) != 0) {
-            return AddFailure(SentenceForMissing(Operand, errno));
+            Refusal.Add(PlanRefusalKind::Failed, SentenceForMissing(Operand, errno));
+            return;
         }
         PlanSource source;
         source.Path = FullPath(Operand);
@@ -72,7 +60,6 @@ private:
         source.bDirectory = S_ISDIR(status.st_mode);
         source.bContentsOnly = bContentsOnly;
         Sources.push_back(std::move(source));
-        return true;
     }
 
     void AddTrack(fs::path Path, int Number) {
@@ -83,14 +70,19 @@ private:
         Sources.push_back(std::move(source));
     }
 
-    bool AddTracks(const fs::path& Operand) {
+    void AddTracks(const fs::path& Operand) {
         const std::string device = TarvaneCddaDeviceFromPath(Operand.native());
         if (device.empty()) {
-            return RefuseUsage(Quoted(Operand.native()) + " names no drive");
+            Refusal.Add(PlanRefusalKind::WrongUsage, Quoted(Operand.native()) + " names no drive");
+            return;
+        }
+        if (!bWaitsForDrives) {
+            return;
         }
         const auto result = ListTracks(device);
         if (const auto* failure = std::get_if<TrackListFailure>(&result)) {
-            return AddDiscFailure(*failure);
+            AddDiscFailure(*failure);
+            return;
         }
         const int number = TarvaneCddaTrackFromPath(Operand.native());
         if (number != 0) {
@@ -98,15 +90,14 @@ private:
         } else {
             AddDisc(std::get<TrackList>(result));
         }
-        return true;
     }
 
-    bool AddDiscFailure(const TrackListFailure& Failure) {
-        if (!Failure.Reason.empty()) {
-            return AddFailure(Failure.Reason);
+    void AddDiscFailure(const TrackListFailure& Failure) {
+        if (Failure.Reason.empty()) {
+            Refusal = {PlanRefusalKind::Canceled, {}};
+        } else {
+            Refusal.Add(PlanRefusalKind::Failed, Failure.Reason);
         }
-        Refusal = {PlanRefusalKind::Canceled, {}};
-        return false;
     }
 
     void AddDisc(const TrackList& Disc) {
@@ -119,20 +110,19 @@ private:
 
     const bool bMove;
     const TrackLister& ListTracks;
+    PlanRefusal& Refusal;
+    const bool bWaitsForDrives;
 };
 
 } // namespace
 
-std::variant<std::vector<PlanSource>, PlanRefusal>
-FindSources(const std::vector<fs::path>& Operands, bool bMove, const TrackLister& ListTracks) {
-    SourceFinder finder(bMove, ListTracks);
+std::vector<PlanSource> FindSources(const std::vector<fs::path>& Operands, bool bMove,
+                                    const TrackLister& ListTracks, PlanRefusal& InOutRefusal) {
+    SourceFinder finder(bMove, ListTracks, InOutRefusal);
     for (const fs::path& operand : Operands) {
-        if (!finder.Add(operand)) {
-            break;
+        if (!InOutRefusal.IsCanceled()) {
+            finder.Add(operand);
         }
-    }
-    if (finder.Refusal) {
-        return std::move(*finder.Refusal);
     }
     return std::move(finder.Sources);
 }

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "plan_refusal.h"
@@ -23,12 +22,12 @@ struct PlanSource {
     bool bContentsOnly = false;
 };
 
-// Looks each operand up and opens up whole CDs. Every missing operand is reported.
+// Looks each operand up and opens up whole CDs. Adds every one that cannot be a source to what is
+// wrong, and returns the others. Where something is wrong already no drive is waited for.
 //
 // Every CD is listed, also for a track that is named: nothing can interrupt the job while a drive
 // gets ready, so that is waited for here.
-std::variant<std::vector<PlanSource>, PlanRefusal>
-FindSources(const std::vector<std::filesystem::path>& Operands, bool bMove,
-            const TrackLister& ListTracks);
+std::vector<PlanSource> FindSources(const std::vector<std::filesystem::path>& Operands, bool bMove,
+                                    const TrackLister& ListTracks, PlanRefusal& InOutRefusal);
 
 bool IsCdPath(const std::filesystem::path& Path);

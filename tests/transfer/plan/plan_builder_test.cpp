@@ -170,6 +170,43 @@ TEST_F(PlanBuilder, NamesEveryMissingSource) {
                      "cannot stat 'tree/neither': No such file or directory"}));
 }
 
+TEST_F(PlanBuilder, NamesMissingSourcesWhateverIsWrongWithTheDestination) {
+    const std::string missing = "cannot stat 'no': No such file or directory";
+    EXPECT_EQ(Refusal(Copy({"no", "a.txt", "b.txt"})),
+              Names({"usage", missing, "target 'b.txt': Not a directory"}));
+    EXPECT_EQ(Refusal(Copy({"no", "new/.."})),
+              Names({"usage", missing, "target 'new/..': No such file or directory"}));
+    EXPECT_EQ(Refusal(Copy({"no", "b.txt/x"})),
+              Names({"failed", "failed to access 'b.txt/x': Not a directory", missing}));
+    EXPECT_EQ(Refusal(Copy({"no", "cdda:/dev/sr0/1"})),
+              Names({"usage", "cannot write to an audio CD: 'cdda:/dev/sr0/1'", missing}));
+    TransferRequest request = Copy({"no"});
+    request.TargetDirectory = "new";
+    EXPECT_EQ(Refusal(request),
+              Names({"usage", missing, "target directory 'new': No such file or directory"}));
+}
+
+TEST_F(PlanBuilder, NamesMissingSourcesBesideOthersThatAreWrong) {
+    EXPECT_EQ(Refusal(Move({".", "no", "cdda:", "dest"})),
+              Names({"usage", "cannot move '.': it has no name of its own",
+                     "cannot stat 'no': No such file or directory", "'cdda:' names no drive"}));
+    EXPECT_EQ(Refusal(Copy({"a.txt", "no", "./a.txt", "b.txt", "b.txt", "dest"})),
+              Names({"usage", "cannot stat 'no': No such file or directory",
+                     "source 'a.txt' is given more than once",
+                     "source 'b.txt' is given more than once"}));
+}
+
+TEST_F(PlanBuilder, SaysOnceWhatIsMissingTwice) {
+    EXPECT_EQ(Refusal(Copy({"no", "no", "dest"})),
+              Names({"failed", "cannot stat 'no': No such file or directory"}));
+}
+
+// The only source is missing, so that nothing says what was to get the name.
+TEST_F(PlanBuilder, AMissingSourceMayHaveBeenADirectory) {
+    EXPECT_EQ(Refusal(Copy({"no", "new/"})),
+              Names({"failed", "cannot stat 'no': No such file or directory"}));
+}
+
 TEST_F(PlanBuilder, ASlashBehindAFileNamesNothing) {
     EXPECT_EQ(Refusal(Copy({"a.txt/", "dest"})),
               Names({"failed", "cannot stat 'a.txt/': Not a directory"}));

@@ -104,6 +104,19 @@ TEST_F(PlanTracks, AWaitForADriveThatTheUserEndedSaysNothing) {
     }
 }
 
+TEST_F(PlanTracks, AWaitThatTheUserEndedSaysNothingOfWhatElseIsWrong) {
+    Hold(TrackListFailure{});
+    EXPECT_EQ(Refusal(Copy({"no", "cdda:/dev/sr0", "a.txt"})), Names({"canceled"}));
+}
+
+TEST_F(PlanTracks, NoDriveIsWaitedForWhereTheDestinationIsWrong) {
+    Hold(TrackListFailure{"no disc in '/dev/sr0'"});
+    EXPECT_EQ(
+        Refusal(Copy({"cdda:/dev/sr0", "cdda:x", "a.txt/x"})),
+        Names({"usage", "failed to access 'a.txt/x': Not a directory", "'cdda:x' names no drive"}));
+    EXPECT_EQ(Devices, Names());
+}
+
 TEST_F(PlanTracks, AMalformedCdPathNamesNoDrive) {
     EXPECT_EQ(Refusal(Copy({"cdda:sr0/3", "dest"})),
               Names({"usage", "'cdda:sr0/3' names no drive"}));
