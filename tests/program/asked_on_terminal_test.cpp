@@ -89,6 +89,24 @@ TEST_F(AskedOnTerminal, AndEscCancelsWhereMessagesGoToAFile) {
     ExpectRestoredTerminal();
 }
 
+// The shell gets a terminal that echoes and edits, although messages went elsewhere.
+TEST_F(AskedOnTerminal, AgainAfterAStopWhereMessagesGoToAFile) {
+    StartInteractiveShell();
+    Program->Type("\"$T\" copy from/a into 2>log\r");
+    ASSERT_TRUE(Program->ShowsText(Title("a")));
+    Program->Type(kCtrlZ);
+    ASSERT_TRUE(Program->ShowsText("Stopped"));
+    ASSERT_TRUE(Program->ShowsNoText(Title("a")));
+    Program->Type("echo al''ive\r");
+    ASSERT_TRUE(Program->ShowsText("\nalive"));
+    Program->Type("fg\r");
+    AnswerQuestion(Title("a"), "o");
+    ASSERT_TRUE(Program->ShowsText(" | overwrite\n"));
+    Program->Type("exit\r");
+    EXPECT_TRUE(Program->ExitsWith(0));
+    EXPECT_EQ(Destination(), Overwritten);
+}
+
 class AskedNowhere : public AskedOnTerminal {
 protected:
     // Runs Command, which ends with Status, asks nothing and touches nothing.
