@@ -251,20 +251,23 @@ TEST_F(TracksCommand, CleansNamesForTheScreen) {
 }
 
 TEST_F(TracksCommand, CleansOptionsForTheScreen) {
-    ExpectFailure(Tracks({"--bad\x1b[2J"}), 2, "tarvane: unrecognized option '--bad?[2J'\n");
-    ExpectFailure(Tracks({"-\x1b"}), 2, "tarvane: invalid option -- '?'\n");
+    const std::string hint = "Try 'tarvane --help'.\n";
+    ExpectFailure(Tracks({"--bad\x1b[2J"}), 2, "tarvane: unrecognized option '--bad?[2J'\n" + hint);
+    ExpectFailure(Tracks({"-\x1b"}), 2, "tarvane: invalid option -- '?'\n" + hint);
     ExpectFailure(Tracks({"/dev/sr0", "--\x9b"
                                       "2J"}),
-                  2, "tarvane: unrecognized option '--\uFFFD2J'\n");
+                  2, "tarvane: unrecognized option '--\uFFFD2J'\n" + hint);
 }
 
 TEST_F(TracksCommand, RefusesWrongUsageBeforeItLooksForADrive) {
     Drives.Describe(TwoTracks());
-    ExpectFailure(Tracks({"--bad"}), 2, "tarvane: unrecognized option '--bad'\n");
-    ExpectFailure(Tracks({"-x"}), 2, "tarvane: invalid option -- 'x'\n");
-    ExpectFailure(Tracks({"--json=1"}), 2, "tarvane: option '--json' doesn't allow an argument\n");
-    ExpectFailure(Tracks({"/dev/sr0", "/dev/sr1"}), 2, "tarvane: more than one drive\n");
-    ExpectFailure(Tracks({""}), 2, "tarvane: the drive's name is empty\n");
+    const std::string hint = "Try 'tarvane --help'.\n";
+    ExpectFailure(Tracks({"--bad"}), 2, "tarvane: unrecognized option '--bad'\n" + hint);
+    ExpectFailure(Tracks({"-x"}), 2, "tarvane: invalid option -- 'x'\n" + hint);
+    ExpectFailure(Tracks({"--json=1"}), 2,
+                  "tarvane: option '--json' doesn't allow an argument\n" + hint);
+    ExpectFailure(Tracks({"/dev/sr0", "/dev/sr1"}), 2, "tarvane: more than one drive\n" + hint);
+    ExpectFailure(Tracks({""}), 2, "tarvane: the drive's name is empty\n" + hint);
     EXPECT_EQ(Drives.Calls(), Strings{});
 }
 
