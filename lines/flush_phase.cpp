@@ -54,7 +54,7 @@ void RunFlushPhase(Flusher& Flush, const PromptContext& Context, RunOutcome& InO
         InOutOutcome.FlushText = StillWritingText(Flush.Poll().Reach);
         return;
     }
-    Flush.Start(InOutOutcome.Bytes);
+    Flush.Start(InOutOutcome.Counts.value_or(TransferCounts()).Bytes);
     FlushWait wait(Flush, Context);
     Context.Loop.Run(wait);
     Context.Shown.Clear();

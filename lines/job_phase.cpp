@@ -180,8 +180,8 @@ RunOutcome JobActivity::Finish() {
     const ProgressView view = View();
     Context.Report.JobIsOver(view);
     RunOutcome outcome{.Result = RunResult::Failed, .Text = view.Snapshot.MessageText};
-    outcome.Entries = view.Snapshot.DoneItems - view.Job.GetSkippedItems();
-    outcome.Bytes = view.Snapshot.DoneBytes - view.Job.GetSkippedBytes();
+    outcome.Counts = {.Entries = view.Snapshot.DoneItems - view.Job.GetSkippedItems(),
+                      .Bytes = view.Snapshot.DoneBytes - view.Job.GetSkippedBytes()};
     if (view.Snapshot.bSucceeded) {
         outcome.Result = RunResult::Succeeded;
     } else if (view.Snapshot.bCanceled && Desk.FailSentence().empty()) {

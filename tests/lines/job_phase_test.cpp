@@ -323,8 +323,9 @@ TEST_F(NameInTheWay, IsNotCountedWhenItIsSkipped) {
     WriteFile(Root / "from/b", "12345");
     Request.OnConflict = FileConflictChoice::Skip;
     const RunOutcome outcome = Run(CopyOf({"a", "b"}));
-    EXPECT_EQ(outcome.Entries, 1U);
-    EXPECT_EQ(outcome.Bytes, 5U);
+    ASSERT_TRUE(outcome.Counts.has_value());
+    EXPECT_EQ(outcome.Counts->Entries, 1U);
+    EXPECT_EQ(outcome.Counts->Bytes, 5U);
 }
 
 TEST_F(NameInTheWay, TellsTheReporterWhatBecameOfEachName) {

@@ -14,16 +14,22 @@ enum class RunResult {
     WrongUsage,
 };
 
+// What a job has done until its end, in numbers.
+struct TransferCounts {
+    // Without what was skipped.
+    std::uint64_t Entries = 0;
+    std::uint64_t Bytes = 0;
+};
+
 struct RunOutcome {
     RunResult Result = RunResult::Failed;
     // The job's last text, or the reason why there was no job.
     std::string Text = {};
+    // Nothing when there was no job.
+    std::optional<TransferCounts> Counts = {};
     // The signal that the run was ended by, SIGINT for Esc too; nothing when it came to its own
     // end.
     std::optional<int> EndSignal = {};
-    // What the job has copied or moved, without what was skipped.
-    std::uint64_t Entries = 0;
-    std::uint64_t Bytes = 0;
     // Whether what was copied has reached the disks; nothing when that was not to be waited for.
     std::optional<bool> bFlushed = {};
     // What is to be said of that; empty when it went wrong.
