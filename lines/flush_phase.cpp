@@ -47,8 +47,10 @@ private:
 
 } // namespace
 
-void RunFlushPhase(Flusher& Flush, const PromptContext& Context, RunOutcome& InOutOutcome) {
+void RunFlushPhase(Flusher& Flush, const TarvaneTransferPlan& Plan, const PromptContext& Context,
+                   RunOutcome& InOutOutcome) {
     EndRequest& requests = Context.Loop.Requests();
+    requests.FulfillInterrupt();
     if (Context.Report.IsBroken() || requests.IsAsked()) {
         InOutOutcome.bFlushed = false;
         InOutOutcome.FlushText = StillWritingText(Flush.Poll().Reach);
@@ -67,9 +69,12 @@ void RunFlushPhase(Flusher& Flush, const PromptContext& Context, RunOutcome& InO
     }
     Context.Report.FlushIsOver(progress);
     if (progress.ErrorText.empty()) {
-        InOutOutcome.FlushText = WrittenText(progress.Reach);
-    } else {
-        InOutOutcome.Result = RunResult::Failed;
-        InOutOutcome.Text = progress.ErrorText;
+        InOutOutcome.FlushText = WrittenText(progress.Reach, Plan, InOutOutcome);
+        return;
     }
+    InOutOutcome.FlushError = LostText(progress.ErrorText, Plan, InOutOutcome);
+    if (InOutOutcome.Result == RunResult::Succeeded) {
+        InOutOutcome.Text = InOutOutcome.FlushError;
+    }
+    InOutOutcome.Result = RunResult::Failed;
 }

@@ -50,10 +50,11 @@ private:
     BuiltPlan Plan();
     const KnownDiscs::mapped_type& TracksIn(const std::string& Device);
     RunOutcome Refuse(const PlanRefusal& Refusal);
-    RunOutcome Carry(TarvaneTransferPlan Plan);
+    RunOutcome Carry(const TarvaneTransferPlan& Plan);
     void SayWhatGoesWhere(const TarvaneTransferPlan& Plan);
     void SayThatTracksStay(const TarvaneTransferPlan& Plan);
     void SayDone(const std::string& Text);
+    void SayJobEnd(const RunOutcome& Outcome);
     void SayEnd(const RunOutcome& Outcome);
     void FinishOutputs(RunOutcome& InOutOutcome);
 
@@ -76,7 +77,7 @@ RunOutcome PromptFrontEnd::Run() {
     if (const auto* refusal = std::get_if<PlanRefusal>(&built)) {
         return Refuse(*refusal);
     }
-    RunOutcome outcome = Carry(std::get<TarvaneTransferPlan>(std::move(built)));
+    RunOutcome outcome = Carry(std::get<TarvaneTransferPlan>(built));
     Report->RunIsOver(outcome, ExitStatusOf(outcome));
     Shown.Close(Loop.Requests());
     SayEnd(outcome);
@@ -131,7 +132,7 @@ RunOutcome PromptFrontEnd::Refuse(const PlanRefusal& Refusal) {
     return {.Result = RunResult::Failed};
 }
 
-RunOutcome PromptFrontEnd::Carry(TarvaneTransferPlan Plan) {
+RunOutcome PromptFrontEnd::Carry(const TarvaneTransferPlan& Plan) {
     const PromptContext context = Context();
     if (Transfer.bPreflight || Transfer.bDryRun) {
         if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, context, Discs)) {
@@ -145,10 +146,13 @@ RunOutcome PromptFrontEnd::Carry(TarvaneTransferPlan Plan) {
     SayThatTracksStay(Plan);
     // Opened before the job, or failures to write would be reported to others.
     Flusher flush(DirectoriesToFlush(Plan, Transfer.Flush));
-    RunOutcome outcome = RunJobPhase(Transfer, std::move(Plan), context);
-    if (outcome.Result == RunResult::Succeeded && flush.HasAnythingToFlush()) {
-        SayDone(outcome.Text);
-        RunFlushPhase(flush, context, outcome);
+    RunOutcome outcome = RunJobPhase(Transfer, Plan, context);
+    // What a job has done before it failed or was canceled is in memory like the rest, and a move
+    // has removed the sources.
+    const bool bDidSomething = outcome.Counts && outcome.Counts->Entries > 0;
+    if ((outcome.Result == RunResult::Succeeded || bDidSomething) && flush.HasAnythingToFlush()) {
+        SayJobEnd(outcome);
+        RunFlushPhase(flush, Plan, context, outcome);
     }
     return outcome;
 }
@@ -180,6 +184,14 @@ void PromptFrontEnd::SayDone(const std::string& Text) {
     }
 }
 
+void PromptFrontEnd::SayJobEnd(const RunOutcome& Outcome) {
+    if (Outcome.Result == RunResult::Failed) {
+        Shown.PrintMessage(Outcome.Text);
+    } else {
+        SayDone(Outcome.Text);
+    }
+}
+
 void PromptFrontEnd::SayEnd(const RunOutcome& Outcome) {
     if (Transfer.bDryRun && Outcome.Result != RunResult::Canceled) {
         if (!IsJson()) {
@@ -187,11 +199,13 @@ void PromptFrontEnd::SayEnd(const RunOutcome& Outcome) {
         }
         return;
     }
-    if (Outcome.Result == RunResult::Failed) {
-        Shown.PrintMessage(Outcome.Text);
-        return;
+    if (!Outcome.FlushError.empty()) {
+        Shown.PrintMessage(Outcome.FlushError);
+    } else if (Outcome.bFlushed) {
+        SayDone(Outcome.FlushText);
+    } else {
+        SayJobEnd(Outcome);
     }
-    SayDone(Outcome.bFlushed ? Outcome.FlushText : Outcome.Text);
 }
 
 void PromptFrontEnd::FinishOutputs(RunOutcome& InOutOutcome) {

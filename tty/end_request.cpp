@@ -9,6 +9,12 @@ void EndRequest::Interrupt() {
     }
 }
 
+void EndRequest::FulfillInterrupt() {
+    if (EndSignal == SIGINT) {
+        EndSignal.reset();
+    }
+}
+
 void EndRequest::Terminate(int Signal, TimePoint Now) {
     EndSignal = Signal;
     if (!Deadline) {

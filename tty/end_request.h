@@ -16,6 +16,8 @@ public:
 
     // For Esc and SIGINT.
     void Interrupt();
+    // What Esc or SIGINT has canceled is over. What comes next takes another one to cancel it.
+    void FulfillInterrupt();
     // For SIGTERM, SIGHUP and a closed output, which counts as SIGPIPE.
     void Terminate(int Signal, TimePoint Now);
     // For SIGQUIT: the program is to leave at once.

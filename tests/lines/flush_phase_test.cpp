@@ -22,7 +22,7 @@ using std::chrono::milliseconds;
 
 class FlushPhase : public PhaseAtPrompt {
 protected:
-    void Run() { RunFlushPhase(Flush, Context(), Outcome); }
+    void Run() { RunFlushPhase(Flush, Plan, Context(), Outcome); }
 
     // The disk takes its time until the latch is open.
     void Hold() {
@@ -46,7 +46,7 @@ protected:
     }
     void ExpectFlushed() {
         ExpectOutcome(RunResult::Succeeded, kCopied, true);
-        EXPECT_EQ(Outcome.FlushText, WrittenText(Flush.Poll().Reach));
+        EXPECT_EQ(Outcome.FlushText, WrittenText(Flush.Poll().Reach, Plan, Outcome));
         EXPECT_EQ(Report.Log.back(), "flush over ");
     }
     void ExpectEndedBy(int Signal) {
@@ -64,6 +64,7 @@ protected:
 
     SharedLatch Latch;
     FakeSyncfs Disk;
+    const TarvaneTransferPlan Plan;
     Flusher Flush{{Root.Path()}};
     RunOutcome Outcome{.Result = RunResult::Succeeded, .Text = kCopied};
 };
@@ -152,9 +153,35 @@ TEST_F(FlushPhase, IsLookedAtOftenerThanItIsDrawn) {
     ExpectFlushed();
 }
 
-TEST_F(FlushPhase, IsNotStartedWhenTheEndWasAskedForBefore) {
+TEST_F(FlushPhase, ComesAfterAJobThatEscHasCanceled) {
+    Loop.Requests().Interrupt();
+    Outcome = {.Result = RunResult::Canceled, .Text = kCopied};
+    Run();
+    ExpectOutcome(RunResult::Canceled, kCopied, true);
+}
+
+TEST_F(FlushPhase, EndsWithEscAfterAJobThatEscHasCanceled) {
     Disk.Syncfs = FakeSyncfs::NeverEnd;
     Loop.Requests().Interrupt();
+    Outcome = {.Result = RunResult::Canceled, .Text = kCopied};
+    Screen.PressWhen(Reports("flush"), {kEscapeKey});
+    Run();
+    ExpectOutcome(RunResult::Canceled, kCopied, false, SIGINT);
+    EXPECT_EQ(Outcome.FlushText, LeftFlushText(Flush.Poll().Reach));
+}
+
+TEST_F(FlushPhase, MakesAFailureOfACanceledJobWhenItFails) {
+    Disk.Syncfs = FakeSyncfs::FailWith(EIO);
+    Outcome = {.Result = RunResult::Canceled, .Text = kCopied};
+    Run();
+    ExpectOutcome(RunResult::Failed, kCopied, false);
+    EXPECT_EQ(Outcome.FlushError,
+              "cannot write everything to '" + Root.Path().string() + "': Input/output error");
+}
+
+TEST_F(FlushPhase, IsNotStartedWhenTheProgramIsToEnd) {
+    Disk.Syncfs = FakeSyncfs::NeverEnd;
+    Loop.Requests().Terminate(SIGTERM, Screen.Now());
     Run();
     ExpectOutcome(RunResult::Succeeded, kCopied, false);
     EXPECT_EQ(Outcome.FlushText, StillWritingText(Flush.Poll().Reach));

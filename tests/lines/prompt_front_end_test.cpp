@@ -542,6 +542,32 @@ protected:
         Disk.Syncfs = [](int) { return 0; };
     }
 
+    // Its second file is too big for a disk of 8 MB.
+    void AskForMoveThatFails() {
+        WriteFile(Root / "from/big", "");
+        fs::resize_file(Root / "from/big", 16U << 20U);
+        Ask({PathOf("from/a"), PathOf("from/big")});
+        Request.Transfer.bMove = true;
+        Request.Transfer.bPreflight = false;
+    }
+    // By Esc at the question about its second file.
+    void AskForCanceledCopy() {
+        WriteFile(Root / "from/b", "data");
+        Ask({PathOf("from/a"), PathOf("from/b")});
+        Screen.PressWhen(Screen.Shows("File exists"), {kEscapeKey});
+    }
+    std::string Cancel(const std::string& Name) const {
+        return "File exists: " + PathOf(Name) +
+               " | cancel\nCopy canceled. Partial destination files may remain.\n";
+    }
+
+    const std::string kFailure =
+        "cannot write everything to '" + PathOf("to") + "': Input/output error";
+    const std::string kFullDisk = "tarvane: Failed while writing destination file.\n";
+    static constexpr const char* kLeft =
+        "The copied files stay, but the system is still writing them. Do not unplug the disk yet. "
+        "Until everything is written, umount says that the target is busy.\n";
+
     FakeSyncfs Disk;
 };
 
@@ -569,11 +595,7 @@ TEST_F(FlushAtPrompt, SaysThatTheDiskIsNotSafeToUnplugAfterEsc) {
     Disk.Syncfs = FakeSyncfs::NeverEnd;
     Screen.PressWhen(Screen.Shows("Not safe to unplug yet"), {kEscapeKey});
     Run();
-    ExpectEnd(RunResult::Succeeded,
-              "Copied 1 item(s).\nThe copied files stay, but the system is still writing them. Do "
-              "not unplug the disk yet. Until everything is written, umount says that the target "
-              "is busy.\n",
-              SIGINT);
+    ExpectEnd(RunResult::Succeeded, std::string("Copied 1 item(s).\n") + kLeft, SIGINT);
     EXPECT_EQ(Outcome.bFlushed, false);
 }
 
@@ -599,12 +621,66 @@ TEST_F(FlushAtPrompt, IsRecordedInsteadOfSaid) {
     EXPECT_NE(Output.find("\"flushed\":true"), std::string::npos) << Output;
 }
 
-TEST_F(FlushAtPrompt, IsLeftOutAfterAFailure) {
-    AskForDanglingLink();
-    Request.Transfer.bPreflight = false;
+TEST_F(FlushAtPrompt, IsLeftOutWhenNothingWasDone) {
+    TakeName();
+    Screen.PressWhen(Screen.Shows("File exists"), {kEscapeKey});
     Run();
-    ExpectEnd(RunResult::Failed, "tarvane: No such file or directory\n");
+    ExpectEnd(RunResult::Canceled, Cancel("to/a"));
     EXPECT_EQ(Outcome.bFlushed, std::nullopt);
+}
+
+TEST_F(FlushAtPrompt, FollowsAMoveThatFails) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountLoopDisk(Root / "to", 8);
+    AskForMoveThatFails();
+    Run();
+    ExpectEnd(RunResult::Failed,
+              kFullDisk +
+                  "1 entry was moved before; it is written now. It is safe to unplug the disk.\n");
+    EXPECT_EQ(Outcome.bFlushed, true);
+    EXPECT_FALSE(fs::exists(Root / "from/a"));
+}
+
+TEST_F(FlushAtPrompt, FollowsACopyThatIsCanceled) {
+    const RemovableDisk disk(Root.Path(), "1\n");
+    AskForCanceledCopy();
+    WriteFile(disk.Path() / "b", "old");
+    Request.Transfer.TargetDirectory = disk.Path();
+    Run();
+    ExpectEnd(RunResult::Canceled, Cancel("disk/b") +
+                                       "1 entry was copied before; it is written now. It is safe "
+                                       "to unplug the disk.\n");
+}
+
+TEST_F(FlushAtPrompt, OfACanceledCopyCanBeLeftWithEsc) {
+    AskForCanceledCopy();
+    WriteFile(Root / "to/b", "old");
+    Disk.Syncfs = FakeSyncfs::NeverEnd;
+    Screen.PressWhen(Screen.Shows("Not safe to unplug yet"), {kEscapeKey});
+    Run();
+    ExpectEnd(RunResult::Canceled, Cancel("to/b") + kLeft, SIGINT);
+}
+
+TEST_F(FlushAtPrompt, SaysWhatAMoveMayHaveLost) {
+    Request.Transfer.bMove = true;
+    Disk.Syncfs = FakeSyncfs::FailWith(EIO);
+    Run();
+    const std::string sentence = kFailure + "; the sources that were moved are gone, and '" +
+                                 PathOf("to/a") + "' may be incomplete";
+    ExpectEnd(RunResult::Failed, "Moved 1 item(s).\ntarvane: " + sentence + "\n");
+    EXPECT_EQ(Outcome.Text, sentence);
+}
+
+TEST_F(FlushAtPrompt, SaysWhatAFailedMoveMayHaveLost) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountLoopDisk(Root / "to", 8);
+    AskForMoveThatFails();
+    Disk.Syncfs = FakeSyncfs::FailWith(EIO);
+    Run();
+    ExpectEnd(RunResult::Failed,
+              kFullDisk + "tarvane: " + kFailure + "; the sources that were moved are gone, and '" +
+                  PathOf("to/a") + "' and '" + PathOf("to/big") + "' may be incomplete\n");
+    EXPECT_EQ("tarvane: " + Outcome.Text + "\n", kFullDisk);
 }
 
 TEST_F(FlushAtPrompt, IsLeftOutWhereNothingIsToBeFlushed) {

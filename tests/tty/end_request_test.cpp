@@ -34,6 +34,24 @@ TEST(EndRequest, LeavesAtTheSecondInterrupt) {
     EXPECT_EQ(request.Signal(), SIGINT);
 }
 
+TEST(EndRequest, CancelsOnceMoreWhenTheFirstInterruptIsFulfilled) {
+    EndRequest request;
+    request.Interrupt();
+    request.FulfillInterrupt();
+    EXPECT_FALSE(request.IsAsked());
+    request.Interrupt();
+    EXPECT_TRUE(request.IsAsked());
+    EXPECT_FALSE(request.MustLeave(kNow));
+}
+
+TEST(EndRequest, HasNoOtherRequestFulfilled) {
+    EndRequest request;
+    request.Terminate(SIGTERM, kNow);
+    request.FulfillInterrupt();
+    EXPECT_TRUE(request.IsAsked());
+    EXPECT_EQ(request.Signal(), SIGTERM);
+}
+
 TEST(EndRequest, LeavesTwoSecondsForTheCleanUpAfterATerminatingSignal) {
     EndRequest request;
     request.Terminate(SIGTERM, kNow);

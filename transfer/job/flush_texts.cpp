@@ -1,7 +1,55 @@
 #include "flush_texts.h"
 
-std::string WrittenText(FlushReach Reach) {
-    const std::string text = "Everything is written";
+#include "plan_sources.h"
+#include "quoted.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace {
+
+std::uint64_t EntriesOf(const RunOutcome& Outcome) {
+    return Outcome.Counts.value_or(TransferCounts()).Entries;
+}
+
+// Nothing is removed from a disc.
+bool RemovesSources(const TarvaneTransferPlan& Plan) {
+    return Plan.bMove && !std::ranges::all_of(Plan.Items, [](const auto& Item) {
+               return IsCdPath(Item.SourcePath);
+           });
+}
+
+// "'/to/a', '/to/b', '/to/c' and 4 more".
+std::string DestinationsOf(const TarvaneTransferPlan& Plan) {
+    constexpr std::size_t kMostNamed = 3;
+    const std::size_t named = std::min(Plan.Items.size(), kMostNamed);
+    const std::size_t more = Plan.Items.size() - named;
+    std::string list;
+    for (std::size_t i = 0; i < named; ++i) {
+        const bool bLast = i + 1 == named && more == 0;
+        list += i == 0 ? "" : bLast ? " and " : ", ";
+        list += Quoted(Plan.Items[i].DestinationPath.native());
+    }
+    return more == 0 ? list : list + " and " + std::to_string(more) + " more";
+}
+
+std::string WhatIsWritten(const TarvaneTransferPlan& Plan, const RunOutcome& Outcome) {
+    if (Outcome.Result == RunResult::Succeeded) {
+        return "Everything is written";
+    }
+    const std::string done = RemovesSources(Plan) ? "moved before; " : "copied before; ";
+    const std::uint64_t entries = EntriesOf(Outcome);
+    return entries == 1
+               ? "1 entry was " + done + "it is written now"
+               : std::to_string(entries) + " entries were " + done + "they are written now";
+}
+
+} // namespace
+
+std::string WrittenText(FlushReach Reach, const TarvaneTransferPlan& Plan,
+                        const RunOutcome& Outcome) {
+    const std::string text = WhatIsWritten(Plan, Outcome);
     switch (Reach) {
     case FlushReach::Server:
         return text + " to the server as far as it says.";
@@ -11,6 +59,15 @@ std::string WrittenText(FlushReach Reach) {
         break;
     }
     return text + ". It is safe to unplug the disk.";
+}
+
+std::string LostText(const std::string& ErrorText, const TarvaneTransferPlan& Plan,
+                     const RunOutcome& Outcome) {
+    if (!RemovesSources(Plan) || EntriesOf(Outcome) == 0) {
+        return ErrorText;
+    }
+    return ErrorText + "; the sources that were moved are gone, and " + DestinationsOf(Plan) +
+           " may be incomplete";
 }
 
 std::string StillWritingText(FlushReach Reach) {

@@ -32,6 +32,7 @@ struct RunOutcome {
     std::optional<int> EndSignal = {};
     // Whether what was copied has reached the disks; nothing when that was not to be waited for.
     std::optional<bool> bFlushed = {};
-    // What is to be said of that; empty when it went wrong.
+    // What is to be said of that, or what went wrong with it; the other one is empty.
     std::string FlushText = {};
+    std::string FlushError = {};
 };

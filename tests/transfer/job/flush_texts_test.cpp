@@ -2,19 +2,63 @@
 
 #include "flush_texts.h"
 
+#include "transfer_fixture.h"
+
 #include <gtest/gtest.h>
 
 namespace {
 
+RunOutcome Ended(RunResult Result, std::uint64_t Entries) {
+    return {.Result = Result, .Counts = TransferCounts{.Entries = Entries}};
+}
+
+const RunOutcome kDone = Ended(RunResult::Succeeded, 2);
+const TarvaneTransferPlan kCopy = PlanOf(false, {{"/s/a", "/d/a"}, {"/s/b", "/d/b"}});
+const TarvaneTransferPlan kMove = PlanOf(true, {{"/s/a", "/d/a"}, {"/s/b", "/d/b"}});
+const TarvaneTransferPlan kTrackMove = PlanOf(true, {{"cdda:/dev/sr0/1", "/d/track"}});
+
 TEST(WrittenText, CallsADiskSafeWhoseDeviceWasFlushed) {
-    EXPECT_EQ(WrittenText(FlushReach::Device),
+    EXPECT_EQ(WrittenText(FlushReach::Device, kCopy, kDone),
               "Everything is written. It is safe to unplug the disk.");
 }
 
 TEST(WrittenText, CallsNothingElseSafe) {
-    EXPECT_EQ(WrittenText(FlushReach::Server),
+    EXPECT_EQ(WrittenText(FlushReach::Server, kCopy, kDone),
               "Everything is written to the server as far as it says.");
-    EXPECT_EQ(WrittenText(FlushReach::System), "Everything is written as far as the system says.");
+    EXPECT_EQ(WrittenText(FlushReach::System, kCopy, kDone),
+              "Everything is written as far as the system says.");
+}
+
+TEST(WrittenText, CountsWhatWasDoneBeforeTheEnd) {
+    EXPECT_EQ(WrittenText(FlushReach::Device, kMove, Ended(RunResult::Failed, 3)),
+              "3 entries were moved before; they are written now. It is safe to unplug the disk.");
+    EXPECT_EQ(WrittenText(FlushReach::Device, kCopy, Ended(RunResult::Canceled, 1)),
+              "1 entry was copied before; it is written now. It is safe to unplug the disk.");
+    EXPECT_EQ(WrittenText(FlushReach::Server, kMove, Ended(RunResult::Canceled, 3)),
+              "3 entries were moved before; they are written now to the server as far as it says.");
+}
+
+TEST(WrittenText, TakesNoTrackForMoved) {
+    EXPECT_EQ(WrittenText(FlushReach::System, kTrackMove, Ended(RunResult::Failed, 1)),
+              "1 entry was copied before; it is written now as far as the system says.");
+}
+
+TEST(LostText, SaysOfAMoveWhatIsGoneAndWhatMayBeIncomplete) {
+    EXPECT_EQ(LostText("no", kMove, kDone),
+              "no; the sources that were moved are gone, and '/d/a' and '/d/b' may be incomplete");
+}
+
+TEST(LostText, NamesOnlyTheFirstOfMany) {
+    const TarvaneTransferPlan move =
+        PlanOf(true, {{"/s/a", "/d/a"}, {"/s/b", "/d/b"}, {"/s/c", "/d/c"}, {"/s/d", "/d/d"}});
+    EXPECT_EQ(LostText("no", move, kDone), "no; the sources that were moved are gone, and '/d/a', "
+                                           "'/d/b', '/d/c' and 1 more may be incomplete");
+}
+
+TEST(LostText, AddsNothingWhereTheSourcesAreThere) {
+    EXPECT_EQ(LostText("no", kCopy, kDone), "no");
+    EXPECT_EQ(LostText("no", kTrackMove, kDone), "no");
+    EXPECT_EQ(LostText("no", kMove, Ended(RunResult::Succeeded, 0)), "no");
 }
 
 TEST(StillWritingText, WarnsOfADiskAndOfAServer) {
