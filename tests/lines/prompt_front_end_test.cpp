@@ -661,6 +661,17 @@ TEST_F(FlushAtPrompt, OfACanceledCopyCanBeLeftWithEsc) {
     ExpectEnd(RunResult::Canceled, Cancel("to/b") + kLeft, SIGINT);
 }
 
+// The manual warns of it.
+TEST_F(FlushAtPrompt, ComesWhenTheSourcesOfAMoveAreGone) {
+    Request.Transfer.bMove = true;
+    Disk.Syncfs = FakeSyncfs::NeverEnd;
+    Screen.Script({Screen.Shows("Not safe to unplug yet"), {{}, {kEscapeKey}}, [this] {
+                       EXPECT_FALSE(fs::exists(Root / "from/a"));
+                   }});
+    Run();
+    ExpectEnd(RunResult::Succeeded, std::string("Moved 1 item(s).\n") + kLeft, SIGINT);
+}
+
 TEST_F(FlushAtPrompt, SaysWhatAMoveMayHaveLost) {
     Request.Transfer.bMove = true;
     Disk.Syncfs = FakeSyncfs::FailWith(EIO);
