@@ -17,17 +17,31 @@
 #include "progress_watch.h"
 #include "prompt.h"
 #include "question_layout.h"
+#include "quoted.h"
 #include "reporter.h"
 #include "transfer_session.h"
 #include "verbose_lines.h"
 
 namespace {
 
+// Where the copy of a source, or of what lies in one, is put.
+std::filesystem::path DirectoryForCopyOf(const std::string& Source,
+                                         const TarvaneTransferPlan& Plan) {
+    for (const TarvaneTransferItemPlan& item : Plan.Items) {
+        const std::string& source = item.SourcePath.native();
+        if (Source == source || Source.starts_with(source + "/")) {
+            const std::string below = Source.substr(source.size());
+            return std::filesystem::path(item.DestinationPath.native() + below).parent_path();
+        }
+    }
+    return {};
+}
+
 class JobActivity : public Activity {
 public:
-    JobActivity(const TransferRequest& Request, TarvaneTransferPlan Plan,
+    JobActivity(const TransferRequest& Request, TarvaneTransferPlan PlanToRun,
                 const PromptContext& ContextToUse)
-        : Context(ContextToUse), Session(std::move(Plan)),
+        : Context(ContextToUse), Plan(std::move(PlanToRun)), Session(Plan),
           Desk(Session.Job(), ConflictPolicy(RulesOf(Request))) {}
 
     void TakeKey(const KeyPress& Key) override;
@@ -38,6 +52,8 @@ public:
     std::chrono::microseconds LongestWait() const override { return Desk.Pause(); }
     bool NeedsAnswer() const override { return Question.has_value(); }
 
+    // For the case that there is no time to wait for the end.
+    std::string PartingSentence();
     // Reports the last state. Requires: it is over.
     RunOutcome Finish();
 
@@ -52,6 +68,7 @@ private:
     void Say(const std::optional<SettledConflict>& Settled);
 
     const PromptContext& Context;
+    const TarvaneTransferPlan Plan;
     TransferSession Session;
     ConflictDesk Desk;
     ConflictTally Tally;
@@ -175,6 +192,19 @@ std::string JobActivity::StatusText() {
     return JobText(view.Snapshot, view.Claims);
 }
 
+// A worker that a drive or disk holds keeps even a process that has ended.
+std::string JobActivity::PartingSentence() {
+    const std::string left = "left before the transfer has stopped: the program ends when the "
+                             "drive or disk answers, and ";
+    const bool bCounting = View().Snapshot.TotalItems == 0;
+    if (bCounting) {
+        return left + "nothing was copied yet";
+    }
+    const std::string source = Session.Job().GetCurrentPath();
+    return left + "a partial copy of " + Quoted(source) + " may stay in " +
+           Quoted(DirectoryForCopyOf(source, Plan).native());
+}
+
 RunOutcome JobActivity::Finish() {
     Say(Tally.Finish(CountersOf(Session.Job())));
     const ProgressView view = View();
@@ -202,10 +232,9 @@ RunOutcome JobActivity::Finish() {
 RunOutcome RunJobPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
                        const PromptContext& Context) {
     JobActivity job(Request, std::move(Plan), Context);
-    Context.Shown.SetPartingSentence(
-        "left before the transfer has stopped; partial files may remain");
+    Context.Shown.SetPartingSentence([&job] { return job.PartingSentence(); });
     Context.Loop.Run(job);
     Context.Shown.Clear();
-    Context.Shown.SetPartingSentence({});
+    Context.Shown.SetPartingSentence(nullptr);
     return job.Finish();
 }

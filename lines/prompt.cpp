@@ -99,8 +99,8 @@ void Prompt::Leave(int Signal) {
         Screen.Write(Drawer.Abandon());
     }
     Screen.Close();
-    if (!PartingSentence.empty()) {
-        PrintMessage(PartingSentence);
+    if (PartingSentence) {
+        PrintMessage(PartingSentence());
     }
     Screen.Exit(ExitStatusOf({.Result = RunResult::Canceled, .EndSignal = Signal}));
 }

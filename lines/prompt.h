@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "block_drawer.h"
@@ -38,8 +40,11 @@ public:
     void PrintBesideQuestions(const std::string& Text);
     void RingBell();
 
-    // What is to be said when there is no time to wait for the end of what runs; empty for nothing.
-    void SetPartingSentence(std::string Sentence) { PartingSentence = std::move(Sentence); }
+    // Tells what is to be said when there is no time to wait for the end of what runs; none for
+    // nothing.
+    void SetPartingSentence(std::function<std::string()> Sentence) {
+        PartingSentence = std::move(Sentence);
+    }
 
     // Takes the block away and gives back keys and signals, which act by themselves from then on.
     // Printing goes on. Whoever has asked for the end does not wait for an output that stands
@@ -62,7 +67,7 @@ private:
     ExitStatusFunction ExitStatusOf;
     BlockDrawer Drawer;
     LineQueue Errors;
-    std::string PartingSentence;
+    std::function<std::string()> PartingSentence;
     // What a terminal that cannot redraw has been shown last.
     std::vector<ScreenLine> PlainShown;
     bool bWantsFrame = false;

@@ -55,6 +55,17 @@ protected:
         EXPECT_TRUE(Screen.IsThrough());
     }
 
+    int StatusOfLeaving(const TarvaneTransferPlan& Plan) {
+        try {
+            Run(Plan);
+        } catch (const ScriptedExit& exited) {
+            return exited.Status;
+        }
+        return 0;
+    }
+    static constexpr const char* kLeft = "tarvane: left before the transfer has stopped: the "
+                                         "program ends when the drive or disk answers, and ";
+
     // A file at both ends.
     void Take(const std::string& Name) {
         WriteFile(Root / "from" / Name, "new " + Name);
@@ -213,15 +224,20 @@ TEST_F(HeldJob, AnswersAStatusRequest) {
 TEST_F(HeldJob, SaysWhatItLeavesBehindWhenItHasToLeave) {
     Screen.RaiseWhen(Reports("job"), SIGINT);
     Screen.Script({Reports("job to cancel"), {{SIGINT}, {}}, Release()});
-    int status = 0;
-    try {
-        Run();
-    } catch (const ScriptedExit& exited) {
-        status = exited.Status;
-    }
-    EXPECT_EQ(status, 1000 + SIGINT);
-    EXPECT_EQ(Screen.Screen(),
-              "tarvane: left before the transfer has stopped; partial files may remain\n");
+    EXPECT_EQ(StatusOfLeaving(CopyOf({kTrack})), 1000 + SIGINT);
+    EXPECT_EQ(Screen.Screen(), std::string(kLeft) + "a partial copy of '" + kTrack +
+                                   "' may stay in '" + PathOf("to") + "'\n");
+}
+
+TEST_F(JobPhase, SaysWhereAPartialCopyOfWhatLiesInADirectoryMayStay) {
+    WriteFile(Root / "from/tree/sub/file", "new");
+    WriteFile(Root / "to/tree/sub/file", "old");
+    Request.OnDirectoryConflict = DirectoryConflictChoice::Merge;
+    Screen.RaiseWhen(Screen.Shows("File exists"), SIGQUIT);
+    EXPECT_EQ(StatusOfLeaving(CopyOf({"tree"})), 1000 + SIGQUIT);
+    const std::string end = kLeft + ("a partial copy of '" + PathOf("from/tree/sub")) +
+                            "' may stay in '" + PathOf("to/tree") + "'\n";
+    EXPECT_TRUE(Screen.Screen().ends_with(end)) << Screen.Screen();
 }
 
 TEST_F(JobPhase, LeavesNothingToSayOnceItIsOver) {

@@ -141,7 +141,7 @@ TEST_F(PromptTest, TakesTheBlockAwayAndGivesTheTerminalBackWhenItCloses) {
 
 TEST_F(PromptTest, LeavesTheBlockBehindWithItsLastWords) {
     Show({"one", "two"});
-    Shown.SetPartingSentence("left early");
+    Shown.SetPartingSentence([] { return "left early"; });
     EXPECT_EQ(StatusOfLeavingBy(SIGTERM), 1000 + SIGTERM);
     EXPECT_EQ(Screen.Screen(), "one\ntwo\ntarvane: left early\n");
     EXPECT_EQ(Screen.Calls(), std::vector<std::string>{"closed"});
@@ -264,7 +264,7 @@ TEST_F(PromptBesideLog, LeavesTheQuestionBehindWhenItLeaves) {
 }
 
 TEST_F(PromptWithoutTerminal, PrintsItsLastWords) {
-    Shown.SetPartingSentence("left early");
+    Shown.SetPartingSentence([] { return "left early"; });
     std::string errors;
     int status = 0;
     {

@@ -2,6 +2,7 @@
 // is as it was, and the status says what happened.
 
 #include "becomes_true.h"
+#include "hanging_file_system.h"
 #include "mounts.h"
 #include "on_terminal.h"
 #include "preloaded_drive.h"
@@ -9,8 +10,11 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
+#include <optional>
 #include <string>
+#include <sys/wait.h>
 #include <vector>
 
 namespace {
@@ -195,6 +199,7 @@ protected:
         disc.Faults = {{"read 500", 0, 100000}};
         Drives.Describe(disc);
         ProgramInTerminal::Setting setting = Setting({"copy", "cdda:/dev/sr0/1", "track.wav"});
+        setting.Columns = 300;
         for (const auto& variable : Drives.Environment()) {
             setting.Environment.push_back(variable);
         }
@@ -216,7 +221,51 @@ TEST_F(HeldEndsOnTerminal, CtrlCIsAnsweredAtOnceAndLeavesTheSecondTime) {
     EXPECT_TRUE(Program->ExitsWith(130, 10.0));
     // The block stays: it says what the program was waiting for.
     EXPECT_TRUE(Program->HistoryAndScreen().ends_with(
-        "to finish.\ntarvane: left before the transfer has stopped; partial files may remain\n"))
+        "to finish.\ntarvane: left before the transfer has stopped: the program ends when the "
+        "drive or disk answers, and a partial copy of 'cdda:/dev/sr0/1' may stay in '" +
+        Root.Path().string() + "'\n"))
+        << Program->HistoryAndScreen();
+    ExpectRestoredTerminal();
+}
+
+// A transfer whose worker a file system holds where not even SIGKILL ends it.
+class HungEndsOnTerminal : public OnTerminal {
+protected:
+    HungEndsOnTerminal() {
+        EnterPrivateMountNamespace();
+        Hung.emplace(Root / "from");
+    }
+
+    char StateOfProgram() const {
+        std::ifstream status("/proc/" + std::to_string(Program->ProcessId()) + "/stat");
+        std::string word;
+        while (status >> word && !word.ends_with(')')) {}
+        status >> word;
+        return word.front();
+    }
+
+    std::optional<HangingFileSystem> Hung;
+};
+
+TEST_F(HungEndsOnTerminal, LeavesWhenTheFileSystemAnswers) {
+    ProgramInTerminal::Setting setting = Setting({"copy", "--no-preflight", "from", "to"});
+    setting.Columns = 200;
+    Start(setting);
+    ASSERT_TRUE(BecomesTrue("the transfer hangs", [this] { return Hung->IsHolding(); }));
+    Program->Type(kCtrlC);
+    ASSERT_TRUE(Program->ShowsText("Canceling transfer."));
+    Program->Type(kCtrlC);
+    ASSERT_TRUE(Program->ShowsText("left before the transfer has stopped"));
+    // The program is a zombie with a thread that is left.
+    EXPECT_TRUE(BecomesTrue("the interface is gone", [this] { return StateOfProgram() == 'Z'; }));
+    siginfo_t end{};
+    ::waitid(P_PID, static_cast<id_t>(Program->ProcessId()), &end, WEXITED | WNOHANG | WNOWAIT);
+    EXPECT_EQ(end.si_pid, 0) << "whoever has started it is free to go on";
+    Hung.reset();
+    EXPECT_TRUE(Program->ExitsWith(130, 10.0));
+    EXPECT_TRUE(Program->HistoryAndScreen().ends_with(
+        "tarvane: left before the transfer has stopped: the program ends when the drive or disk "
+        "answers, and nothing was copied yet\n"))
         << Program->HistoryAndScreen();
     ExpectRestoredTerminal();
 }
