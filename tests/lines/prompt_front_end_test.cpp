@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <sys/mount.h>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -659,6 +660,26 @@ TEST_F(FlushAtPrompt, OfACanceledCopyCanBeLeftWithEsc) {
     Screen.PressWhen(Screen.Shows("Not safe to unplug yet"), {kEscapeKey});
     Run();
     ExpectEnd(RunResult::Canceled, Cancel("to/b") + kLeft, SIGINT);
+}
+
+TEST_F(FlushAtPrompt, FailsWhenTheDiskIsUnmountedWhileTheJobRuns) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountLoopDisk(Root / "to", 8);
+    WriteFile(Root / "from/b", "data");
+    WriteFile(Root / "to/b", "old");
+    Ask({PathOf("from/a"), PathOf("from/b")});
+    Screen.Script({Screen.Shows("File exists"), {}, [&disk] {
+                       EXPECT_EQ(umount2(disk.Path().c_str(), MNT_DETACH), 0);
+                   }});
+    Screen.PressWhen(Screen.Later(milliseconds(700)), {PressedKey('o')});
+    Run();
+    ExpectEnd(RunResult::Failed, "File exists: " + PathOf("to/b") +
+                                     " | overwrite\nCopied 2 item(s).\ntarvane: cannot write "
+                                     "everything to '" +
+                                     PathOf("to") +
+                                     "': it is no longer on the file system that the transfer "
+                                     "began on\n");
+    EXPECT_EQ(Destination(), (Tree{{"b", "file data"}}));
 }
 
 // The manual warns of it.
