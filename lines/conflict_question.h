@@ -42,7 +42,7 @@ public:
     const std::optional<TextField>& NewName() const { return Rename; }
     // The answer given removes an entry of another kind and waits for its second key.
     bool IsConfirming() const { return ToConfirm.has_value(); }
-    // `?` asked for the list of answers where it does not fit beside the rest.
+    // `?` asked for what is left out where not everything fits: the list of answers, or the rest.
     bool IsListWanted() const { return bListWanted; }
     // Why the latest answer was not taken.
     const std::string& WhyNotTaken() const { return Reason; }

@@ -13,6 +13,7 @@ struct QuestionScreen {
     BlockCursor Cursor;
 };
 
-// At most Size.Rows lines, laid out for the window. Where the list of answers does not fit, the
-// keys alone are shown and `?` shows the list.
+// At most Size.Rows lines, laid out for the window. Where there is no room for all, the paths
+// become shorter, then the list of answers becomes denser, then `?` shows what had to go: what
+// stands at the paths, or, in a very small window, the list.
 QuestionScreen LayOutQuestion(const ConflictQuestion& Question, TerminalSize Size);

@@ -86,6 +86,10 @@ int WidthOf(std::string_view Sequence) {
     return width < 0 ? 1 : width;
 }
 
+int WidthAtStart(std::string_view Text) {
+    return WidthOf(Text.substr(0, std::max<std::size_t>(Utf8SequenceLength(Text), 1)));
+}
+
 // The bytes of Text that fit into Width columns, at least one character of them.
 std::size_t FittingLength(std::string_view Text, int Width) {
     std::size_t length = 0;
@@ -207,4 +211,22 @@ std::vector<std::string> WrapAtWords(std::string_view CleanText, int Width) {
         lines.emplace_back(CleanText);
     }
     return lines;
+}
+
+std::string ElideMiddle(std::string_view CleanText, int Width) {
+    constexpr std::string_view kDots = "...";
+    const int room = Width - static_cast<int>(kDots.size());
+    int columns = DisplayWidth(CleanText);
+    if (columns <= Width || room < 2) {
+        return std::string(CleanText.substr(0, FittingLength(CleanText, Width)));
+    }
+    const std::string_view head = CleanText.substr(0, FittingLength(CleanText, room / 2));
+    const int roomForTail = room - DisplayWidth(head);
+    std::string_view tail = CleanText;
+    // A mark without its character would go to the dots.
+    while (columns > roomForTail || (!tail.empty() && WidthAtStart(tail) == 0)) {
+        columns -= WidthAtStart(tail);
+        tail.remove_prefix(std::max<std::size_t>(Utf8SequenceLength(tail), 1));
+    }
+    return std::string(head) + std::string(kDots) + std::string(tail);
 }

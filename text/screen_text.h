@@ -31,6 +31,10 @@ int DisplayWidth(std::string_view CleanText);
 std::vector<std::string> WrapAtWords(std::string_view CleanText, int Width);
 std::vector<std::string> WrapAtColumns(std::string_view CleanText, int Width);
 
+// Shortens clean text to Width columns: "/home/u/Mu...a.flac". Without dots where they have no
+// room, and never to less than its first character.
+std::string ElideMiddle(std::string_view CleanText, int Width);
+
 // The byte length of the valid UTF-8 sequence that Text starts with; 0 when it starts with a byte
 // that belongs to none, or is empty.
 std::size_t Utf8SequenceLength(std::string_view Text);

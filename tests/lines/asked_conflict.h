@@ -107,7 +107,7 @@ protected:
     }
 
     static void ExpectToFitEveryWindow(const ConflictQuestion& Question) {
-        for (int columns = 6; columns < 100; columns += 3) {
+        for (int columns = 6; columns < 100; columns += 7) {
             for (int rows = 1; rows < 16; ++rows) {
                 const QuestionScreen screen = LayOutQuestion(Question, {columns, rows});
                 ASSERT_LE(screen.Lines.size(), static_cast<std::size_t>(rows));

@@ -30,20 +30,29 @@ protected:
 
 TEST_F(QuestionsOnTerminal, ShowsBothSidesWithSizesDatesAndTheNewerOne) {
     StartCopy();
-    EXPECT_TRUE(Program->ShowsScreen(
-        "File exists: " + (Root / "into/cover.jpg").string() +
-        "\n"
-        "Source:      " +
-        (Root / "from/cover.jpg").string() +
-        "\n"
-        "  destination  46.0 KB (47110 bytes)  2023-12-24 18:00:00\n"
-        "  source       47.1 KB (48230 bytes)  2024-03-07 14:05:09  newer\n"
-        "Canceling while a file is being overwritten loses the old one.\n"
-        "o overwrite  O overwrite all  u overwrite all older  s or Enter skip\n"
-        "S skip all  r rename  k keep both  K keep both for all\n"
-        "b compare: skip when equal, overwrite when not  B compare all\n"
-        "Esc cancel the transfer\n"
-        "?\n"));
+    EXPECT_TRUE(
+        Program->ShowsScreen("File exists: " + (Root / "into/cover.jpg").string() +
+                             "\n"
+                             "             46.0 KB (47110 bytes)  2023-12-24 18:00:00\n"
+                             "Source:      " +
+                             (Root / "from/cover.jpg").string() +
+                             "\n"
+                             "             47.1 KB (48230 bytes)  2024-03-07 14:05:09  newer\n"
+                             "Canceling while a file is being overwritten loses the old one.\n"
+                             "o           overwrite\n"
+                             "O           overwrite all\n"
+                             "u           overwrite all older\n"
+                             "s or Enter  skip\n"
+                             "S           skip all\n"
+                             "r           rename\n"
+                             "k           keep both\n"
+                             "K           keep both for all\n"
+                             "b           compare: skip when equal, overwrite when not\n"
+                             "B           compare all\n"
+                             "Esc         cancel the transfer\n"
+                             "?\n"));
+    EXPECT_NE(Program->Output().find("\x1b[1ms\x1b[m or \x1b[1mEnter\x1b[m  skip"),
+              std::string::npos);
 }
 
 TEST_F(QuestionsOnTerminal, OOverwrites) {
@@ -137,16 +146,19 @@ TEST_F(QuestionsOnTerminal, ADirectoryIsOfferedMergeAndSkipOnly) {
     SetModifiedTime(Root / "from/Live", 1709820309);
     SetModifiedTime(Root / "into/Live", 1703440800);
     StartCopy({"from/Live"});
-    EXPECT_TRUE(Program->ShowsScreen(
-        "Directory exists: " + (Root / "into/Live").string() +
-        "\n"
-        "Source:           " +
-        (Root / "from/Live").string() +
-        "\n"
-        "  destination  directory  2023-12-24 18:00:00\n"
-        "  source       directory  2024-03-07 14:05:09  newer\n"
-        "m merge  M merge all  s or Enter skip  S skip all  Esc cancel the transfer\n"
-        "?\n"));
+    EXPECT_TRUE(Program->ShowsScreen("Directory exists: " + (Root / "into/Live").string() +
+                                     "\n"
+                                     "                  directory  2023-12-24 18:00:00\n"
+                                     "Source:           " +
+                                     (Root / "from/Live").string() +
+                                     "\n"
+                                     "                  directory  2024-03-07 14:05:09  newer\n"
+                                     "m           merge\n"
+                                     "M           merge all\n"
+                                     "s or Enter  skip\n"
+                                     "S           skip all\n"
+                                     "Esc         cancel the transfer\n"
+                                     "?\n"));
     AnswerQuestion("Directory exists: ", "m");
     EXPECT_TRUE(Program->ExitsWith(0));
     EXPECT_EQ(TreeOf(Root / "into/Live"), (Tree{{"new", "file n"}, {"old", "file o"}}));
@@ -169,7 +181,7 @@ TEST_F(QuestionsOnTerminal, RemovingAWholeDirectoryTakesASecondKey) {
     ASSERT_TRUE(Program->ShowsText("Remove the directory?"));
     EXPECT_EQ(InTo("cover.jpg/inside"), "precious");
     Program->Type(kEsc);
-    ASSERT_TRUE(Program->ShowsText("Esc cancel the transfer"));
+    ASSERT_TRUE(Program->ShowsText("cancel the transfer"));
     EXPECT_EQ(InTo("cover.jpg/inside"), "precious");
     Program->Type("o");
     ASSERT_TRUE(Program->ShowsText("Remove the directory?"));
@@ -184,7 +196,21 @@ TEST_F(QuestionsOnTerminal, FitASmallWindow) {
     setting.Columns = 40;
     setting.Rows = 10;
     Start(setting);
-    AnswerQuestion("File exists:", "o");
+    const std::string answers = "o overwrite  O overwrite all\n"
+                                "u overwrite all older  s or Enter skip\n"
+                                "S skip all  r rename  k keep both\n"
+                                "K keep both for all\n"
+                                "b compare: skip when equal, overwrite\n"
+                                "  when not  B compare all\n"
+                                "Esc cancel the transfer\n"
+                                "[? details]\n";
+    ASSERT_TRUE(Program->ShowsText(answers));
+    AnswerQuestion("cover.jpg", "?");
+    ASSERT_TRUE(Program->ShowsText("newer"));
+    ASSERT_TRUE(Program->ShowsText("[oOusSrkKbB Esc, ? lists]"));
+    Program->Type("?");
+    ASSERT_TRUE(Program->ShowsText(answers));
+    Program->Type("o");
     EXPECT_TRUE(Program->ExitsWith(0));
     EXPECT_EQ(InTo("cover.jpg"), std::string(48230, 'n'));
 }

@@ -127,6 +127,24 @@ TEST_F(ScreenText, IsNeverBrokenInsideACharacter) {
     EXPECT_EQ(WrapAtColumns("日本", 1), (Lines{"日", "本"}));
 }
 
+TEST_F(ScreenText, IsShortenedInTheMiddle) {
+    EXPECT_EQ(ElideMiddle("/home/u/cover.jpg", 17), "/home/u/cover.jpg");
+    EXPECT_EQ(ElideMiddle("/home/u/cover.jpg", 16), "/home/...ver.jpg");
+    EXPECT_EQ(ElideMiddle("/home/u/cover.jpg", 5), "/...g");
+    EXPECT_EQ(ElideMiddle("/home/u/cover.jpg", 4), "/hom");
+    EXPECT_EQ(ElideMiddle("/home/u/cover.jpg", -7), "/");
+    EXPECT_EQ(ElideMiddle("", 7), "");
+}
+
+TEST_F(ScreenText, IsShortenedAtCharacters) {
+    EXPECT_EQ(ElideMiddle("日本の音楽/étude", 12), "日本...étude");
+    EXPECT_EQ(ElideMiddle("日本の音楽/étude", 11), "日本...tude");
+    EXPECT_EQ(ElideMiddle("abcdefghe\u0301x", 7), "ab...e\u0301x");
+    EXPECT_EQ(ElideMiddle("abcdefghe\u0301x", 6), "a...e\u0301x");
+    EXPECT_EQ(ElideMiddle("abcdefghe\u0301x", 5), "a...x");
+    EXPECT_EQ(ElideMiddle("a\u0301bcdefgh", 5), "a\u0301...h");
+}
+
 TEST(Utf8Sequence, IsUnfinishedWhileMoreBytesMayCompleteIt) {
     for (const char* start : {"\xC3", "\xE6", "\xE6\x97", "\xF0\x9F\x98", "\xF4"}) {
         EXPECT_TRUE(IsUnfinishedUtf8(start)) << start;
