@@ -55,7 +55,7 @@ public:
     // For the case that there is no time to wait for the end.
     std::string PartingSentence();
     // Reports the last state. Requires: it is over.
-    RunOutcome Finish();
+    RunOutcome Finish(const UnreadDirectories& Unread);
 
 private:
     ProgressView View();
@@ -205,20 +205,16 @@ std::string JobActivity::PartingSentence() {
            Quoted(DirectoryForCopyOf(source, Plan).native());
 }
 
-RunOutcome JobActivity::Finish() {
+RunOutcome JobActivity::Finish(const UnreadDirectories& Unread) {
     Say(Tally.Finish(CountersOf(Session.Job())));
-    const ProgressView view = View();
+    const EndedJob ended{.Job = Session.Job(),
+                         .Names = Tally,
+                         .Unread = Unread,
+                         .FailSentence = Desk.FailSentence()};
+    ProgressView view = View();
+    view.Claims.bLessThanCounted = view.Claims.bLessThanCounted || IsLessThanCounted(ended);
     Context.Report.JobIsOver(view);
-    RunOutcome outcome{.Result = RunResult::Failed, .Text = view.Snapshot.MessageText};
-    outcome.Counts = {.Entries = view.Snapshot.DoneItems - view.Job.GetSkippedItems(),
-                      .Bytes = view.Snapshot.DoneBytes - view.Job.GetSkippedBytes()};
-    if (view.Snapshot.bSucceeded) {
-        outcome.Result = RunResult::Succeeded;
-    } else if (view.Snapshot.bCanceled && Desk.FailSentence().empty()) {
-        outcome.Result = RunResult::Canceled;
-    } else if (view.Snapshot.bCanceled) {
-        outcome.Text = Desk.FailSentence();
-    }
+    RunOutcome outcome = OutcomeOf(ended);
     // A signal that ends programs decides the status even when the job was faster.
     const EndRequest& requests = Context.Loop.Requests();
     if (requests.IsAsked() && requests.Signal() != SIGINT) {
@@ -230,11 +226,11 @@ RunOutcome JobActivity::Finish() {
 } // namespace
 
 RunOutcome RunJobPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
-                       const PromptContext& Context) {
+                       const UnreadDirectories& Unread, const PromptContext& Context) {
     JobActivity job(Request, std::move(Plan), Context);
     Context.Shown.SetPartingSentence([&job] { return job.PartingSentence(); });
     Context.Loop.Run(job);
     Context.Shown.Clear();
     Context.Shown.SetPartingSentence(nullptr);
-    return job.Finish();
+    return job.Finish(Unread);
 }

@@ -2,11 +2,12 @@
 
 #pragma once
 
+#include "job_end.h"
 #include "prompt_context.h"
 #include "run_outcome.h"
 #include "tarvanetransfer.h"
 #include "transfer_request.h"
 
-// Runs the plan to its end.
+// Runs the plan to its end. Unread are the directories that the look before it could not read.
 RunOutcome RunJobPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
-                       const PromptContext& Context);
+                       const UnreadDirectories& Unread, const PromptContext& Context);

@@ -192,5 +192,13 @@ std::string DoneRecord(const RunOutcome& Outcome, int ExitStatus) {
     record["exit_status"] = ExitStatus;
     record["flushed"] =
         NumberOrNull(Outcome.bFlushed.has_value(), Outcome.bFlushed.value_or(false));
+    const bool bCounted = Outcome.Counts.has_value();
+    const TransferCounts counts = Outcome.Counts.value_or(TransferCounts());
+    record["entries"] = NumberOrNull(bCounted, counts.Entries);
+    record["bytes"] = NumberOrNull(bCounted, counts.Bytes);
+    record["elapsed"] = NumberOrNull(bCounted, counts.Seconds);
+    record["skipped"] = NumberOrNull(bCounted, counts.Skipped);
+    record["replaced"] = NumberOrNull(bCounted, counts.Replaced);
+    record["renamed"] = NumberOrNull(bCounted, counts.Renamed);
     return Dump(record);
 }

@@ -41,9 +41,14 @@
 //     error       one sentence, or null
 // "done": the last line.
 //     result      "succeeded", "failed" or "canceled"
-//     status      the job's last words, or why there was no job
+//     status      how far the job came, or why it did not end well, or why there was none
 //     exit_status of the program
 //     flushed     true or false, null when that was not waited for
+//     entries, bytes     what was copied or moved, without what was skipped; these and the
+//                        following are null when there was no job
+//     elapsed     seconds
+//     skipped     entries
+//     replaced, renamed  taken names
 //
 // A text that is not UTF-8 is given with U+FFFD for each invalid byte, and a member of the same
 // name with "_hex" behind it, which only then exists, has its exact bytes in hexadecimal.

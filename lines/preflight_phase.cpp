@@ -120,11 +120,23 @@ std::optional<RunOutcome> FollowVerdict(const PreflightVerdict& Verdict,
     return std::nullopt;
 }
 
+UnreadDirectories UnreadIn(const PreflightFindings& Findings) {
+    constexpr auto kUnreadable = PreflightFindingKind::UnreadableDirectory;
+    UnreadDirectories unread{.Count = Findings.Count(kUnreadable)};
+    for (const PreflightFinding& finding : Findings.Kept()) {
+        if (finding.Kind == kUnreadable) {
+            unread.First.push_back(finding.Path);
+        }
+    }
+    return unread;
+}
+
 } // namespace
 
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
-                                            const PromptContext& Context, const KnownDiscs& Discs) {
+                                            const PromptContext& Context, const KnownDiscs& Discs,
+                                            UnreadDirectories& OutUnread) {
     PreflightRun preflight(Plan, Discs);
     PreflightWait wait(preflight, Context);
     Context.Loop.Run(wait);
@@ -150,5 +162,6 @@ std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
         bAsks ? Context.Shown.PrintBesideQuestions(line) : Context.Shown.PrintLine(line);
     }
     Context.Report.PreflightIsOver(result);
+    OutUnread = UnreadIn(result.Findings);
     return FollowVerdict(verdict, Context);
 }

@@ -4,6 +4,7 @@
 
 #include <optional>
 
+#include "job_end.h"
 #include "prompt_context.h"
 #include "run_outcome.h"
 #include "tarvanetransfer.h"
@@ -13,8 +14,9 @@
 // Looks through the sources beside the loop, says so, and tells what it found. Esc skips it.
 // Whether the run goes on is the preflight verdict's; this asks where that says so.
 //
-// Returns how the run has ended, or nothing when it goes on. A dry run always ends here.
+// Returns how the run has ended, or nothing when it goes on, with OutUnread. A dry run
+// always ends here.
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
-                                            const PromptContext& Context,
-                                            const KnownDiscs& Discs = {});
+                                            const PromptContext& Context, const KnownDiscs& Discs,
+                                            UnreadDirectories& OutUnread);

@@ -17,6 +17,7 @@
 #include "plan_builder.h"
 #include "plan_sources.h"
 #include "preflight_phase.h"
+#include "progress_texts.h"
 #include "prompt.h"
 #include "reporters.h"
 #include "track_wait.h"
@@ -134,8 +135,10 @@ RunOutcome PromptFrontEnd::Refuse(const PlanRefusal& Refusal) {
 
 RunOutcome PromptFrontEnd::Carry(const TarvaneTransferPlan& Plan) {
     const PromptContext context = Context();
+    UnreadDirectories unread;
     if (Transfer.bPreflight || Transfer.bDryRun) {
-        if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, context, Discs)) {
+        if (std::optional<RunOutcome> end =
+                RunPreflightPhase(Transfer, Plan, context, Discs, unread)) {
             return *end;
         }
     }
@@ -146,7 +149,7 @@ RunOutcome PromptFrontEnd::Carry(const TarvaneTransferPlan& Plan) {
     SayThatTracksStay(Plan);
     // Opened before the job, or failures to write would be reported to others.
     Flusher flush(DirectoriesToFlush(Plan, Transfer.Flush));
-    RunOutcome outcome = RunJobPhase(Transfer, Plan, context);
+    RunOutcome outcome = RunJobPhase(Transfer, Plan, unread, context);
     // What a job has done before it failed or was canceled is in memory like the rest, and a move
     // has removed the sources.
     const bool bDidSomething = outcome.Counts && outcome.Counts->Entries > 0;
@@ -184,11 +187,15 @@ void PromptFrontEnd::SayDone(const std::string& Text) {
     }
 }
 
+// What went wrong comes first, and then how far it got.
 void PromptFrontEnd::SayJobEnd(const RunOutcome& Outcome) {
     if (Outcome.Result == RunResult::Failed) {
         Shown.PrintMessage(Outcome.Text);
     } else {
         SayDone(Outcome.Text);
+    }
+    if (Outcome.Counts && Outcome.Result != RunResult::Succeeded) {
+        SayDone(CountsText(*Outcome.Counts, Transfer.bMove));
     }
 }
 

@@ -13,6 +13,7 @@
 #include "at_prompt.h"
 #include "captured_descriptor.h"
 #include "link_names.h"
+#include "without_time.h"
 
 namespace {
 
@@ -43,13 +44,13 @@ protected:
     JobPhase() { std::filesystem::create_directory(Root / "to"); }
 
     RunOutcome Run(const TarvaneTransferPlan& Plan) {
-        return RunJobPhase(Request, Plan, Context());
+        return RunJobPhase(Request, Plan, Unread, Context());
     }
 
     void ExpectOutcome(const RunOutcome& Outcome, RunResult Result, const std::string& Text,
                        std::optional<int> EndSignal = std::nullopt) {
         EXPECT_EQ(Outcome.Result, Result);
-        EXPECT_EQ(Outcome.Text, Text);
+        EXPECT_EQ(WithoutTime(Outcome.Text), Text);
         EXPECT_EQ(Outcome.EndSignal, EndSignal);
         EXPECT_EQ(Report.Log.back().substr(0, 9), "job over ");
         EXPECT_TRUE(Screen.IsThrough());
@@ -77,6 +78,7 @@ protected:
     Tree Destination() const { return TreeOf(Root / "to"); }
 
     TransferRequest Request;
+    UnreadDirectories Unread;
 };
 
 // A copy whose first read is held.
@@ -107,7 +109,7 @@ protected:
 
 TEST_F(JobPhase, CopiesAndReportsTheEnd) {
     WriteFile(Root / "from/a", "data");
-    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 entry, 4 B.");
     EXPECT_EQ(Report.Log.back(), "job over Copied 1 item(s).");
     EXPECT_EQ(Destination(), (Tree{{"a", "file data"}}));
     EXPECT_EQ(Screen.Screen(), "");
@@ -124,7 +126,7 @@ TEST_F(JobPhase, IsNotReportedAsRunningOnceItHasFinished) {
                        EXPECT_EQ(Report.Log.size(), reports);
                        latch.Open();
                    }});
-    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 entry, 4 B.");
     gBeforeSound = nullptr;
 }
 
@@ -135,7 +137,7 @@ TEST_F(JobPhase, FailsWithTheJobsSentence) {
 TEST_F(HeldJob, IsReportedTenTimesASecond) {
     const Terminal::TimePoint start = Screen.Now();
     Screen.Script({Reports("job", 6), {}, Release()});
-    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 entry, 1.9 MB.");
     EXPECT_GE(Screen.Now() - start, milliseconds(540));
 }
 
@@ -145,7 +147,7 @@ TEST_F(HeldJob, WakesTheLoopAtItsEnd) {
                        Drive.Release();
                        ExpectToBeWoken();
                    }});
-    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 entry, 1.9 MB.");
 }
 
 TEST_F(HeldJob, TakesItsBlockAway) {
@@ -167,7 +169,7 @@ TEST_F(HeldJob, IsCanceledByEsc) {
 TEST_F(HeldJob, IsCanceledByNoOtherKey) {
     Screen.PressWhen(Reports("job"), {PressedKey('q'), kEnterKey});
     Screen.Script({Screen.Later(milliseconds(300)), {}, Release()});
-    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 entry, 1.9 MB.");
 }
 
 TEST_F(HeldJob, IsCanceledByAnInterruptLikeByEsc) {
@@ -184,12 +186,12 @@ TEST_F(HeldJob, EndsByATerminatingSignal) {
 
 TEST_F(HeldJob, EndsByATerminatingSignalEvenWhenItWasFaster) {
     Screen.Script({Reports("job"), {{SIGTERM}, {}}, ReleaseToTheEnd()});
-    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).", SIGTERM);
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 entry, 1.9 MB.", SIGTERM);
 }
 
 TEST_F(HeldJob, HasSucceededWhenItWasFasterThanEsc) {
     Screen.Script({Reports("job"), {{}, {kEscapeKey}}, ReleaseToTheEnd()});
-    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 entry, 1.9 MB.");
 }
 
 TEST_F(HeldJob, IsCanceledAtOnceWhenNobodyReadsItsRecords) {
@@ -253,6 +255,7 @@ struct KeyCase {
     std::vector<KeyPress> Keys;
     std::string Answer;
     Tree Destination;
+    std::string End;
 };
 
 class NameInTheWay : public JobPhase {
@@ -265,23 +268,28 @@ protected:
 TEST_F(NameInTheWay, IsAnsweredByKeys) {
     const KeyPress back{KeyCode::Backspace, {}};
     const std::vector<KeyCase> cases = {
-        {{PressedKey('o')}, "overwrite", {{"a", "file new a"}}},
-        {{PressedKey('s')}, "skip", {{"a", "file old a"}}},
-        {{kEnterKey}, "skip", {{"a", "file old a"}}},
-        {{PressedKey('b')}, "compare: skip when equal, overwrite when not", {{"a", "file new a"}}},
+        {{PressedKey('o')}, "overwrite", {{"a", "file new a"}}, "Copied 1 entry, 5 B; 1 replaced."},
+        {{PressedKey('s')}, "skip", {{"a", "file old a"}}, "Nothing copied; 1 skipped."},
+        {{kEnterKey}, "skip", {{"a", "file old a"}}, "Nothing copied; 1 skipped."},
+        {{PressedKey('b')},
+         "compare: skip when equal, overwrite when not",
+         {{"a", "file new a"}},
+         "Copied 1 entry, 5 B; 1 replaced."},
         {{PressedKey('k')},
          "keep both | " + PathOf("to/a-2"),
-         {{"a", "file old a"}, {"a-2", "file new a"}}},
+         {{"a", "file old a"}, {"a-2", "file new a"}},
+         "Copied 1 entry, 5 B; 1 renamed."},
         {{PressedKey('r'), back, PressedKey('9'), kEnterKey},
          "rename | " + PathOf("to/a-9"),
-         {{"a", "file old a"}, {"a-9", "file new a"}}},
+         {{"a", "file old a"}, {"a-9", "file new a"}},
+         "Copied 1 entry, 5 B; 1 renamed."},
     };
     std::string lines;
     for (const KeyCase& each : cases) {
         std::filesystem::remove_all(Root / "to");
         WriteFile(Root / "to/a", "old a");
         AnswerWhenShown("skip all", each.Keys);
-        ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+        ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, each.End);
         EXPECT_EQ(Destination(), each.Destination);
         lines += Title("a") + " | " + each.Answer + "\n";
         EXPECT_EQ(Screen.Screen(), lines);
@@ -293,7 +301,7 @@ TEST_F(NameInTheWay, IsNotExchangedForAnotherOne) {
     const KeyPress back{KeyCode::Backspace, {}};
     AnswerWhenShown("skip all", {PressedKey('r'), back, back, back, PressedKey('b'), kEnterKey});
     Screen.PressWhen(Screen.Shows("That name exists already."), {back, PressedKey('c'), kEnterKey});
-    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 entry, 5 B; 1 renamed.");
     EXPECT_EQ(Destination(), (Tree{{"a", "file old a"}, {"b", "file taken"}, {"c", "file new a"}}));
 }
 
@@ -328,7 +336,7 @@ TEST_F(NameInTheWay, TellsTheReporterWhatTheUserAnswered) {
 
 TEST_F(NameInTheWay, TellsTheReporterWhatAChoiceAnswered) {
     Request.OnConflict = FileConflictChoice::Overwrite;
-    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 entry, 5 B; 1 replaced.");
     ASSERT_EQ(Report.Answers.size(), 1U);
     EXPECT_EQ(Report.Answers[0].Action, Action::Overwrite);
     EXPECT_FALSE(Report.Answers[0].bByUser);
@@ -402,7 +410,7 @@ TEST_F(NameInTheWay, AsksNoMoreWhenASignalHasCanceledTheJob) {
 TEST_F(NameInTheWay, StopsInTheBackgroundAndAsksWhenItComesBack) {
     Screen.bForeground = false;
     AnswerWhenShown(Title("a"), {PressedKey('o')});
-    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 entry, 5 B; 1 replaced.");
     EXPECT_EQ(Screen.Calls(),
               (std::vector<std::string>{"stop " + std::to_string(SIGTTIN), "keys"}));
 }
@@ -416,7 +424,7 @@ TEST_F(HeldJob, TakesNoWaitForAnAnswerForAStall) {
                        EXPECT_EQ(Report.LongestStall, 0);
                        Drive.Release();
                    }});
-    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 entry, 1.9 MB; 1 replaced.");
 }
 
 TEST_F(JobPhase, AsksForEachNameAndIsAttentiveAfterAnAnswer) {
@@ -428,7 +436,8 @@ TEST_F(JobPhase, AsksForEachNameAndIsAttentiveAfterAnAnswer) {
                    }});
     Screen.Script({Screen.Shows(Title("b")), {}});
     Screen.PressWhen(Screen.Later(milliseconds(200)), {PressedKey('s')});
-    ExpectOutcome(Run(CopyOf({"a", "b"})), RunResult::Succeeded, "Copied 2 item(s).");
+    ExpectOutcome(Run(CopyOf({"a", "b"})), RunResult::Succeeded,
+                  "Copied 1 entry, 5 B; 1 skipped, 1 replaced.");
     EXPECT_EQ(Screen.Screen(), Title("a") + " | overwrite\n" + Title("b") + " | skip\n");
     EXPECT_EQ(Report.Answers.size(), 2U);
 }
@@ -459,7 +468,8 @@ TEST_F(JobPhase, RemembersAnAnswerForAllFiles) {
     Take("a");
     Take("b");
     AnswerWhenShown(Title("a"), {PressedKey('O')});
-    ExpectOutcome(Run(CopyOf({"a", "b"})), RunResult::Succeeded, "Copied 2 item(s).");
+    ExpectOutcome(Run(CopyOf({"a", "b"})), RunResult::Succeeded,
+                  "Copied 2 entries, 10 B; 2 replaced.");
     EXPECT_EQ(Screen.Screen(), Title("a") + " | overwrite all\n");
     EXPECT_EQ(Destination(), (Tree{{"a", "file new a"}, {"b", "file new b"}}));
     EXPECT_EQ(Report.Answers.size(), 2U);
@@ -489,5 +499,5 @@ TEST_F(HeldJob, IsLookedAtOftenerThanItIsDrawn) {
                        EXPECT_LE(Screen.Now() - drawn, milliseconds(50));
                        Drive.Release();
                    }});
-    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(), RunResult::Succeeded, "Copied 1 entry, 1.9 MB.");
 }

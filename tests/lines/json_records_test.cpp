@@ -221,15 +221,27 @@ TEST_F(JsonProgress, ReportsAFlushThatFailed) {
 }
 
 TEST_F(JsonProgress, EndsWithTheResultOfTheRun) {
-    EXPECT_EQ(
-        DoneRecord({.Result = RunResult::Succeeded, .Text = "Copied 2 item(s).", .bFlushed = true},
-                   0),
-        R"({"event":"done","result":"succeeded","status":"Copied 2 item(s).",)"
-        R"("exit_status":0,"flushed":true})");
+    const std::string noJob = R"("entries":null,"bytes":null,"elapsed":null,"skipped":null,)"
+                              R"("replaced":null,"renamed":null})";
+    EXPECT_EQ(DoneRecord({.Result = RunResult::Succeeded,
+                          .Text = "Copied 12 entries.",
+                          .Counts = TransferCounts{.Entries = 12,
+                                                   .Bytes = 34567,
+                                                   .Seconds = 1.5,
+                                                   .Skipped = 5,
+                                                   .Replaced = 3,
+                                                   .Renamed = 1},
+                          .bFlushed = true},
+                         0),
+              R"({"event":"done","result":"succeeded","status":"Copied 12 entries.",)"
+              R"("exit_status":0,"flushed":true,"entries":12,"bytes":34567,"elapsed":1.5,)"
+              R"("skipped":5,"replaced":3,"renamed":1})");
     EXPECT_EQ(DoneRecord({.Result = RunResult::Failed, .Text = "No space.", .bFlushed = false}, 1),
               R"({"event":"done","result":"failed","status":"No space.","exit_status":1,)"
-              R"("flushed":false})");
+              R"("flushed":false,)" +
+                  noJob);
     EXPECT_EQ(DoneRecord({.Result = RunResult::Canceled, .Text = "Copy canceled."}, 143),
               R"({"event":"done","result":"canceled","status":"Copy canceled.",)"
-              R"("exit_status":143,"flushed":null})");
+              R"("exit_status":143,"flushed":null,)" +
+                  noJob);
 }

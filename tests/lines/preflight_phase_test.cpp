@@ -20,10 +20,12 @@ using std::chrono::milliseconds;
 
 class PreflightPhase : public PhaseAtPrompt {
 protected:
+    UnreadDirectories Unread;
+
     PreflightPhase() { WriteFile(Root / "from/file", "data"); }
 
     std::optional<RunOutcome> Run(const TarvaneTransferPlan& Plan) {
-        return RunPreflightPhase(Request, Plan, Context());
+        return RunPreflightPhase(Request, Plan, Context(), KnownDiscs(), Unread);
     }
 
     void ExpectCanceledBy(int Signal, const std::optional<RunOutcome>& Outcome) {
@@ -144,8 +146,9 @@ TEST_F(PreflightPhase, IsCanceledByASignal) {
         InterfaceLoop loop(Screen, Shown);
         Report.Log.clear();
         Screen.RaiseWhen(Reports("look 2"), signal);
-        ExpectCanceledBy(signal, RunPreflightPhase(Request, CopyOf({"file", kTrack}),
-                                                   {Screen, Shown, loop, Report}));
+        ExpectCanceledBy(signal,
+                         RunPreflightPhase(Request, CopyOf({"file", kTrack}),
+                                           {Screen, Shown, loop, Report}, KnownDiscs(), Unread));
     }
 }
 

@@ -22,6 +22,7 @@
 #include "json_records.h"
 #include "mounts.h"
 #include "needs.h"
+#include "without_time.h"
 
 namespace {
 
@@ -66,7 +67,7 @@ protected:
                                 ? std::make_unique<CapturedDescriptor>(STDOUT_FILENO, *Replacement)
                                 : std::make_unique<CapturedDescriptor>(STDOUT_FILENO);
         Outcome = RunAtPrompt(Request, Screen, StatusInTests);
-        Errors = errors.Text();
+        Errors = WithoutTime(errors.Text());
         Output = Replacement ? std::string() : output->Text();
     }
 
@@ -74,7 +75,7 @@ protected:
                    std::optional<int> EndSignal = std::nullopt) {
         EXPECT_EQ(Outcome.Result, Result);
         EXPECT_EQ(Outcome.EndSignal, EndSignal);
-        EXPECT_EQ(Screen.Screen(), Shown);
+        EXPECT_EQ(WithoutTime(Screen.Screen()), Shown);
         EXPECT_EQ(Errors, "");
         EXPECT_TRUE(Screen.IsThrough());
     }
@@ -91,9 +92,9 @@ protected:
 
 TEST_F(RunAtPromptTest, LeavesTheLastLineAndRingsTheBell) {
     Run();
-    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n");
+    ExpectEnd(RunResult::Succeeded, "Copied 1 entry, 4 B.\n");
     EXPECT_EQ(Output, "");
-    EXPECT_TRUE(Screen.Written().ends_with("Copied 1 item(s).\n\a"));
+    EXPECT_TRUE(Screen.Written().ends_with("Copied 1 entry, 4 B.\n\a"));
     EXPECT_EQ(Screen.Calls(), (std::vector<std::string>{"keys", "no keys", "closed", "finished"}));
     EXPECT_EQ(Destination(), (Tree{{"a", "file data"}}));
 }
@@ -128,7 +129,7 @@ TEST_F(RunAtPromptTest, FailsWithTheSentenceOfTheJob) {
     AskForDanglingLink();
     Request.Transfer.bPreflight = false;
     Run();
-    ExpectEnd(RunResult::Failed, "tarvane: No such file or directory\n");
+    ExpectEnd(RunResult::Failed, "tarvane: No such file or directory\nNothing copied.\n");
     EXPECT_FALSE(Rings());
 }
 
@@ -146,7 +147,7 @@ TEST_F(RunAtPromptTest, IsCanceledAtAQuestion) {
     Run();
     ExpectEnd(RunResult::Canceled, "File exists: " + PathOf("to/a") +
                                        " | cancel\nCopy canceled. Partial destination files may "
-                                       "remain.\n");
+                                       "remain.\nNothing copied.\n");
     EXPECT_FALSE(Rings());
     EXPECT_EQ(Screen.Calls(), (std::vector<std::string>{
                                   "keys", "no keys", "closed",
@@ -251,20 +252,21 @@ TEST_F(HeldDiscAtPrompt, SaysThatTracksStayWhenTheyAreMoved) {
     Ask({kTrack});
     Request.Transfer.OnConflict = FileConflictChoice::Overwrite;
     Run();
-    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n");
+    ExpectEnd(RunResult::Succeeded, "Copied 1 entry, 1.9 MB.\n");
     Request.Transfer.bMove = true;
     Request.bQuiet = true;
     Run();
-    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n");
+    ExpectEnd(RunResult::Succeeded, "Copied 1 entry, 1.9 MB.\n");
     Request.bQuiet = false;
     Run();
-    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n" + sentence + "Moved 1 item(s).\n");
+    ExpectEnd(RunResult::Succeeded,
+              "Copied 1 entry, 1.9 MB.\n" + sentence + "Moved 1 entry, 1.9 MB; 1 replaced.\n");
 }
 
 TEST_F(HeldDiscAtPrompt, SaysNothingAboutTracksWhenFilesAreMoved) {
     Request.Transfer.bMove = true;
     Run();
-    ExpectEnd(RunResult::Succeeded, "Moved 1 item(s).\n");
+    ExpectEnd(RunResult::Succeeded, "Moved 1 entry, 4 B.\n");
 }
 
 namespace {
@@ -290,7 +292,8 @@ protected:
         return shown;
     }
 
-    static constexpr const char* kDone = "Copied 1 item(s).\n";
+    static constexpr const char* kDone = "Copied 1 entry, 1.9 MB.\n";
+    static constexpr const char* kDoneAgain = "Copied 1 entry, 1.9 MB; 1 replaced.\n";
     static constexpr const char* kLine = "Overall 0 B / 1.9 MB | Items 0 / 1";
 };
 
@@ -300,20 +303,20 @@ TEST_F(ProgressAtPrompt, IsABlockWhereLinesCanBeRedrawn) {
     for (const ProgressStyle style : {ProgressStyle::Auto, ProgressStyle::Live}) {
         EXPECT_NE(ShownMeanwhile(style).find("Stage: "), std::string::npos);
     }
-    EXPECT_EQ(Screen.Screen(), std::string(kDone) + kDone);
+    EXPECT_EQ(WithoutTime(Screen.Screen()), std::string(kDone) + kDoneAgain);
 }
 
 TEST_F(ProgressAtPrompt, IsLinesOnAPlainTerminal) {
     Screen.bRedraws = false;
     const std::string shown = ShownMeanwhile(ProgressStyle::Auto);
     EXPECT_TRUE(shown.starts_with(kLine)) << shown;
-    EXPECT_EQ(Screen.Screen(), shown + kDone);
+    EXPECT_EQ(WithoutTime(Screen.Screen()), shown + kDone);
 }
 
 TEST_F(ProgressAtPrompt, IsLinesWhereTheyAreAskedFor) {
     const std::string shown = ShownMeanwhile(ProgressStyle::Lines);
     EXPECT_TRUE(shown.starts_with(kLine)) << shown;
-    EXPECT_EQ(Screen.Screen(), shown + kDone);
+    EXPECT_EQ(WithoutTime(Screen.Screen()), shown + kDone);
 }
 
 TEST_F(ProgressAtPrompt, IsLinesWithoutATerminalOnlyWhereTheyAreAskedFor) {
@@ -322,7 +325,7 @@ TEST_F(ProgressAtPrompt, IsLinesWithoutATerminalOnlyWhereTheyAreAskedFor) {
     EXPECT_EQ(Errors, kDone);
     EXPECT_EQ(ShownMeanwhile(ProgressStyle::Lines), "");
     EXPECT_TRUE(Errors.starts_with(kLine)) << Errors;
-    EXPECT_TRUE(Errors.ends_with(std::string("\n") + kDone)) << Errors;
+    EXPECT_TRUE(Errors.ends_with(std::string("\n") + kDoneAgain)) << Errors;
     EXPECT_EQ(Screen.Written(), "");
 }
 
@@ -335,7 +338,7 @@ TEST_F(ProgressAtPrompt, IsNoBlockWhereMessagesGoElsewhereThanToTheTerminal) {
 
 TEST_F(ProgressAtPrompt, IsNothingWhereNoneIsWanted) {
     EXPECT_EQ(ShownMeanwhile(ProgressStyle::None), "");
-    EXPECT_EQ(Screen.Screen(), kDone);
+    EXPECT_EQ(WithoutTime(Screen.Screen()), kDone);
 }
 
 TEST_F(ProgressAtPrompt, IsNothingWhereItIsToBeQuiet) {
@@ -396,7 +399,7 @@ protected:
 TEST_F(UnattendedRun, NeedsNoChoiceWhereNoNameIsTaken) {
     Run();
     EXPECT_EQ(Outcome.Result, RunResult::Succeeded);
-    EXPECT_EQ(Errors, "Copied 1 item(s).\n");
+    EXPECT_EQ(Errors, "Copied 1 entry, 4 B.\n");
     EXPECT_EQ(Screen.Written(), "");
     EXPECT_EQ(Destination(), (Tree{{"a", "file data"}}));
 }
@@ -436,7 +439,7 @@ protected:
 TEST_F(ResultsAtPrompt, SayWhatGoesWhere) {
     Request.bVerbose = true;
     Run();
-    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n");
+    ExpectEnd(RunResult::Succeeded, "Copied 1 entry, 4 B.\n");
     EXPECT_EQ(Output, VerboseLine());
 }
 
@@ -491,7 +494,7 @@ TEST_F(ResultsAtPrompt, HoldTheStatusThatTheProgramExitsWith) {
 TEST_F(ResultsAtPrompt, AreAFailureWhenTheyCannotBeWritten) {
     Request.bVerbose = true;
     Run(FullDisk());
-    ExpectEnd(RunResult::Failed, std::string("Copied 1 item(s).\n") + kFullMessage);
+    ExpectEnd(RunResult::Failed, std::string("Copied 1 entry, 4 B.\n") + kFullMessage);
 }
 
 TEST_F(ResultsAtPrompt, AreAFailureWhenRecordsCannotBeWritten) {
@@ -514,8 +517,8 @@ TEST_F(ResultsAtPrompt, EndTheRunLikeAWriterToABrokenPipeWhenNobodyReadsThem) {
     Request.bVerbose = true;
     Screen.StopClockUntil(IsNoJobRunning);
     Run(BrokenPipe());
-    ExpectEnd(RunResult::Canceled, "Copy canceled. Partial destination files may remain.\n",
-              SIGPIPE);
+    ExpectEnd(RunResult::Canceled,
+              "Copy canceled. Partial destination files may remain.\nNothing copied.\n", SIGPIPE);
     EXPECT_EQ(Destination(), (Tree{{"a", "file old"}}));
 }
 
@@ -579,7 +582,7 @@ TEST_F(FlushAtPrompt, SaysThatTheDiskIsSafeToUnplug) {
     Request.Transfer.TargetDirectory = disk.Path();
     Run();
     ExpectEnd(RunResult::Succeeded,
-              "Copied 1 item(s).\nEverything is written. It is safe to unplug the disk.\n");
+              "Copied 1 entry, 4 B.\nEverything is written. It is safe to unplug the disk.\n");
     EXPECT_EQ(Outcome.bFlushed, true);
 }
 
@@ -596,14 +599,14 @@ TEST_F(FlushAtPrompt, SaysThatTheDiskIsNotSafeToUnplugAfterEsc) {
     Disk.Syncfs = FakeSyncfs::NeverEnd;
     Screen.PressWhen(Screen.Shows("Not safe to unplug yet"), {kEscapeKey});
     Run();
-    ExpectEnd(RunResult::Succeeded, std::string("Copied 1 item(s).\n") + kLeft, SIGINT);
+    ExpectEnd(RunResult::Succeeded, std::string("Copied 1 entry, 4 B.\n") + kLeft, SIGINT);
     EXPECT_EQ(Outcome.bFlushed, false);
 }
 
 TEST_F(FlushAtPrompt, FailsWhenTheDiskDoes) {
     Disk.Syncfs = FakeSyncfs::FailWith(EIO);
     Run();
-    ExpectEnd(RunResult::Failed, "Copied 1 item(s).\ntarvane: cannot write everything to '" +
+    ExpectEnd(RunResult::Failed, "Copied 1 entry, 4 B.\ntarvane: cannot write everything to '" +
                                      PathOf("to") + "': Input/output error\n");
 }
 
@@ -718,6 +721,6 @@ TEST_F(FlushAtPrompt, SaysWhatAFailedMoveMayHaveLost) {
 TEST_F(FlushAtPrompt, IsLeftOutWhereNothingIsToBeFlushed) {
     Request.Transfer.Flush = FlushChoice::Never;
     Run();
-    ExpectEnd(RunResult::Succeeded, "Copied 1 item(s).\n");
+    ExpectEnd(RunResult::Succeeded, "Copied 1 entry, 4 B.\n");
     EXPECT_EQ(Outcome.bFlushed, std::nullopt);
 }

@@ -27,7 +27,7 @@ TEST_F(CdProgram, SaysThatATrackHasNoLength) {
     Drives.Describe(AudioDisc({150, 1000, 1000}, 2000, kDisc));
     EXPECT_EQ(Copy({"cdda:/dev/sr0/2"}).Errors,
               "tarvane: the job will stop at 'cdda:/dev/sr0/2', which has no length\n"
-              "tarvane: Audio CD track has an invalid frame range.\n");
+              "tarvane: Audio CD track has an invalid frame range.\nNothing copied.\n");
     EXPECT_EQ(TreeOf(Music), Tree{});
 }
 
@@ -60,7 +60,7 @@ TEST_F(CdProgram, SaysBeforeTheJobWhatWouldStopIt) {
     Drives.Describe(disc);
     EXPECT_EQ(Copy({"cdda:/dev/sr0/1"}).Errors,
               "tarvane: the job will stop at 'cdda:/dev/sr0/1', which is a data track\n"
-              "tarvane: Selected CD track is a data track, not audio.\n");
+              "tarvane: Selected CD track is a data track, not audio.\nNothing copied.\n");
 }
 
 TEST_F(CdProgram, EndsAtAnUnreadableFrameWithoutAFile) {

@@ -4,6 +4,7 @@
 #include "file_tree.h"
 #include "run_program.h"
 #include "temporary_directory.h"
+#include "without_time.h"
 
 #include <filesystem>
 #include <sstream>
@@ -60,11 +61,12 @@ protected:
         return names;
     }
 
-    void ExpectReplaced(const std::vector<std::string>& Options, const std::string& Names) {
+    void ExpectReplaced(const std::vector<std::string>& Options, const std::string& Names,
+                        const std::string& LastLine) {
         const ProgramResult result = CopyAll(Options);
         EXPECT_EQ(result.Status, 0);
         EXPECT_EQ(result.Output, "");
-        EXPECT_EQ(result.Errors, "Copied 5 item(s).\n");
+        EXPECT_EQ(WithoutTime(result.Errors), LastLine + "\n");
         EXPECT_EQ(Replaced(), Names);
     }
 
@@ -81,40 +83,45 @@ protected:
 };
 
 TEST_F(ChoicesThroughPipes, Overwrite) {
-    ExpectReplaced({"--on-conflict=overwrite"}, "newer older larger smaller");
+    ExpectReplaced({"--on-conflict=overwrite"}, "newer older larger smaller",
+                   "Copied 5 entries, 7 B; 5 replaced.");
 }
 TEST_F(ChoicesThroughPipes, TheOptionF) {
-    ExpectReplaced({"-f"}, "newer older larger smaller");
+    ExpectReplaced({"-f"}, "newer older larger smaller", "Copied 5 entries, 7 B; 5 replaced.");
 }
 TEST_F(ChoicesThroughPipes, Skip) {
-    ExpectReplaced({"--on-conflict=skip"}, "");
+    ExpectReplaced({"--on-conflict=skip"}, "", "Nothing copied; 5 skipped.");
 }
 TEST_F(ChoicesThroughPipes, TheOptionN) {
-    ExpectReplaced({"-n"}, "");
+    ExpectReplaced({"-n"}, "", "Nothing copied; 5 skipped.");
 }
 TEST_F(ChoicesThroughPipes, Older) {
-    ExpectReplaced({"--on-conflict=older"}, "newer");
+    ExpectReplaced({"--on-conflict=older"}, "newer", "Copied 1 entry, 1 B; 4 skipped, 1 replaced.");
 }
 TEST_F(ChoicesThroughPipes, TheOptionU) {
-    ExpectReplaced({"-u"}, "newer");
+    ExpectReplaced({"-u"}, "newer", "Copied 1 entry, 1 B; 4 skipped, 1 replaced.");
 }
 TEST_F(ChoicesThroughPipes, Compare) {
-    ExpectReplaced({"--on-conflict=compare"}, "newer older larger smaller");
+    ExpectReplaced({"--on-conflict=compare"}, "newer older larger smaller",
+                   "Copied 4 entries, 6 B; 1 skipped, 4 replaced.");
 }
 TEST_F(ChoicesThroughPipes, Larger) {
-    ExpectReplaced({"--on-conflict=larger"}, "larger");
+    ExpectReplaced({"--on-conflict=larger"}, "larger",
+                   "Copied 1 entry, 3 B; 4 skipped, 1 replaced.");
 }
 TEST_F(ChoicesThroughPipes, SizeDiffers) {
-    ExpectReplaced({"--on-conflict=size-differs"}, "larger smaller");
+    ExpectReplaced({"--on-conflict=size-differs"}, "larger smaller",
+                   "Copied 2 entries, 4 B; 3 skipped, 2 replaced.");
 }
 TEST_F(ChoicesThroughPipes, TheLastOfContradictingOptionsCounts) {
-    ExpectReplaced({"-f", "-n"}, "");
-    ExpectReplaced({"-n", "--on-conflict=larger"}, "larger");
+    ExpectReplaced({"-f", "-n"}, "", "Nothing copied; 5 skipped.");
+    ExpectReplaced({"-n", "--on-conflict=larger"}, "larger",
+                   "Copied 1 entry, 3 B; 4 skipped, 1 replaced.");
 }
 
 TEST_F(ChoicesThroughPipes, KeepBothFindsFreeNames) {
     WriteFile(Root / "into/newer-2", "taken");
-    ExpectReplaced({"--on-conflict=keep-both"}, "");
+    ExpectReplaced({"--on-conflict=keep-both"}, "", "Copied 5 entries, 7 B; 5 renamed.");
     EXPECT_EQ(ReadFile(Root / "into/newer-3"), "n");
     EXPECT_EQ(ReadFile(Root / "into/same-2"), "=");
 }
@@ -153,7 +160,7 @@ TEST_F(ChoicesThroughPipes, DirectoriesAreSkippedWhole) {
     const ProgramResult result =
         Tarvane({"copy", "-f", "--on-directory-conflict=skip", "from/sub", "into"});
     EXPECT_EQ(result.Status, 0);
-    EXPECT_EQ(result.Errors, "Copied 1 item(s).\n");
+    EXPECT_EQ(WithoutTime(result.Errors), "Nothing copied; 2 skipped.\n");
     EXPECT_EQ(TreeOf(Root / "into/sub"), (Tree{{"old", "file o"}}));
 }
 
@@ -171,7 +178,7 @@ TEST_F(ChoicesThroughPipes, AMoveRemovesWhatItCopiedAndKeepsWhatItSkipped) {
     const ProgramResult result = Tarvane(
         {"move", "-T", "--on-conflict=larger", "--on-directory-conflict=merge", "from", "into"});
     EXPECT_EQ(result.Status, 0);
-    EXPECT_EQ(result.Errors, "Moved 1 item(s).\n");
+    EXPECT_EQ(WithoutTime(result.Errors), "Moved 2 entries, 3 B; 4 skipped, 1 replaced.\n");
     EXPECT_EQ(Replaced(), "larger");
     EXPECT_EQ(
         TreeOf(Root / "from"),
@@ -188,17 +195,27 @@ TEST_F(ChoicesThroughPipes, JsonReportsEveryConflictWithItsAnswerAndTheResult) {
         if (record.at("event") == "conflict") {
             answers.push_back(
                 fs::path(record.at("destination").get<std::string>()).filename().string() + " " +
-                record.at("answer").get<std::string>());
+                record.at("answer").get<std::string>() + ": " +
+                record.at("outcome").get<std::string>());
         }
     }
-    EXPECT_EQ(answers, (std::vector<std::string>{"newer skip", "older skip", "larger overwrite",
-                                                 "smaller skip", "same skip"}));
-    const Json last = Records(result.Output).back();
+    EXPECT_EQ(answers, (std::vector<std::string>{"newer skip: skipped", "older skip: skipped",
+                                                 "larger overwrite: replaced",
+                                                 "smaller skip: skipped", "same skip: skipped"}));
+    Json last = Records(result.Output).back();
+    EXPECT_GT(last.at("elapsed"), 0.0);
+    last.erase("elapsed");
+    EXPECT_EQ(WithoutTime(last.at("status")), "Copied 1 entry, 3 B; 4 skipped, 1 replaced.");
+    last.erase("status");
     EXPECT_EQ(last, (Json{{"event", "done"},
                           {"result", "succeeded"},
-                          {"status", "Copied 5 item(s)."},
                           {"exit_status", 0},
-                          {"flushed", nullptr}}));
+                          {"flushed", nullptr},
+                          {"entries", 1},
+                          {"bytes", 3},
+                          {"skipped", 4},
+                          {"replaced", 1},
+                          {"renamed", 0}}));
 }
 
 TEST_F(ChoicesThroughPipes, JsonReportsTheConflictThatEndsTheRun) {
@@ -209,10 +226,12 @@ TEST_F(ChoicesThroughPipes, JsonReportsTheConflictThatEndsTheRun) {
     for (const Json& record : Records(result.Output)) {
         if (record.at("event") == "conflict") {
             answers.push_back(record.at("kind").get<std::string>() + " " +
-                              record.at("answer").get<std::string>());
+                              record.at("answer").get<std::string>() + ": " +
+                              record.at("outcome").get<std::string>());
         }
     }
-    EXPECT_EQ(answers, (std::vector<std::string>{"directory merge", "file cancel"}));
+    EXPECT_EQ(answers,
+              (std::vector<std::string>{"directory merge: merged", "file cancel: unfinished"}));
     EXPECT_EQ(Records(result.Output).back().at("result"), "failed");
 }
 
@@ -260,7 +279,22 @@ TEST_F(ChoicesThroughPipes, LinesEndWithTheFinalLine) {
     const ProgramResult result = CopyAll({"--progress=lines", "--interval=0.1", "-n"});
     EXPECT_EQ(result.Status, 0);
     EXPECT_EQ(result.Output, "");
-    EXPECT_EQ(result.Errors.substr(result.Errors.size() - 18), "Copied 5 item(s).\n");
+    EXPECT_TRUE(WithoutTime("\n" + result.Errors).ends_with("\nNothing copied; 5 skipped.\n"))
+        << result.Errors;
+}
+
+TEST_F(ChoicesThroughPipes, VerboseSaysWhatBecameOfEachTakenName) {
+    WriteFile(Root / "from/free", "n");
+    const ProgramResult result = Tarvane({"copy", "-v", "-u", "--on-directory-conflict=merge", "-t",
+                                          "into", "from/newer", "from/older", "from/free"});
+    EXPECT_EQ(result.Status, 0);
+    const auto line = [this](const std::string& Name) {
+        return "'" + (Root / "from" / Name).string() + "' -> '" + (Root / "into" / Name).string() +
+               "'";
+    };
+    EXPECT_EQ(result.Output, line("newer") + "\n" + line("older") + "\n" + line("free") + "\n" +
+                                 line("newer") + ": replaced\n" + line("older") + ": skipped\n");
+    EXPECT_EQ(WithoutTime(result.Errors), "Copied 2 entries, 2 B; 1 skipped, 1 replaced.\n");
 }
 
 TEST_F(ChoicesThroughPipes, QuietPrintsNothingOnSuccess) {

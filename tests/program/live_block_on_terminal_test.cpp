@@ -3,6 +3,7 @@
 
 #include "mounts.h"
 #include "on_terminal.h"
+#include "without_time.h"
 
 #include <csignal>
 #include <filesystem>
@@ -104,7 +105,7 @@ TEST_F(LiveBlockOnTerminal, LeavesTheFinalLineAndNothingElse) {
     StartSlowCopy();
     ASSERT_TRUE(Program->ShowsText("Overall "));
     EXPECT_TRUE(Program->ExitsWith(0));
-    EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
+    EXPECT_EQ(WithoutTime(Program->HistoryAndScreen()), "Copied 1 entry, 20.0 MB.\n");
     EXPECT_EQ(fs::file_size(Root / "disk/big.bin"), 20U << 20U);
     ExpectRestoredTerminal();
 }
@@ -115,7 +116,7 @@ TEST_F(LiveBlockOnTerminal, EscCancelsAndLeavesNoPartialFile) {
     Program->Type(kEsc);
     EXPECT_TRUE(Program->ExitsWith(130));
     EXPECT_EQ(Program->HistoryAndScreen(),
-              "Copy canceled. Partial destination files may remain.\n");
+              "Copy canceled. Partial destination files may remain.\nNothing copied.\n");
     EXPECT_FALSE(fs::exists(Root / "disk/big.bin"));
     ExpectRestoredTerminal();
 }
@@ -126,7 +127,7 @@ TEST_F(LiveBlockOnTerminal, CtrlCCancelsLikeEsc) {
     Program->Type(kCtrlC);
     EXPECT_TRUE(Program->ExitsWith(130));
     EXPECT_EQ(Program->HistoryAndScreen(),
-              "Copy canceled. Partial destination files may remain.\n");
+              "Copy canceled. Partial destination files may remain.\nNothing copied.\n");
     EXPECT_FALSE(fs::exists(Root / "disk/big.bin"));
     ExpectRestoredTerminal();
 }
@@ -167,7 +168,7 @@ TEST_F(LiveBlockOnTerminal, LeavesNoRemnantsWhenTheWindowGrowsAndShrinks) {
     EXPECT_EQ(Occurrences(Program->HistoryAndScreen(), "Stage: "), 1U)
         << Program->HistoryAndScreen();
     EXPECT_TRUE(Program->ExitsWith(0));
-    EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
+    EXPECT_EQ(WithoutTime(Program->HistoryAndScreen()), "Copied 1 entry, 20.0 MB.\n");
 }
 
 TEST_F(LiveBlockOnTerminal, LetsNoFileNameDriveTheTerminal) {
@@ -188,7 +189,7 @@ TEST_F(LiveBlockOnTerminal, StopsAndComesBackWithJobControl) {
     Program->Type("echo al''ive\r");
     ASSERT_TRUE(Program->ShowsText("\nalive"));
     Program->Type("fg\r");
-    ASSERT_TRUE(Program->ShowsText("\nCopied 1 item(s).\n"));
+    ASSERT_TRUE(Program->ShowsText("\nCopied 1 entry, 20.0 MB, in "));
     Program->Type("exit\r");
     EXPECT_TRUE(Program->ExitsWith(0));
     EXPECT_EQ(fs::file_size(Root / "disk/big.bin"), 20U << 20U);
@@ -200,7 +201,7 @@ TEST_F(LiveBlockOnTerminal, DrawsNothingInTheBackground) {
     ASSERT_TRUE(Program->ShowsText("Stopped"));
     const std::size_t before = Program->Output().size();
     Program->Type("bg\r");
-    ASSERT_TRUE(Program->ShowsText("Copied 1 item(s).\n"));
+    ASSERT_TRUE(Program->ShowsText("Copied 1 entry, 20.0 MB, in "));
     EXPECT_EQ(Program->Output().find("Stage: ", before), std::string::npos);
     Program->Type("exit\r");
     EXPECT_TRUE(Program->ExitsWith(0));
@@ -214,7 +215,7 @@ TEST_F(LiveBlockOnTerminal, DrawsNothingForATerminalThatCannotMoveTheCursor) {
     Start(setting);
     EXPECT_TRUE(Program->ExitsWith(0));
     EXPECT_EQ(Program->Output().find('\x1b'), std::string::npos);
-    EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
+    EXPECT_EQ(WithoutTime(Program->HistoryAndScreen()), "Copied 1 entry, 4 B.\n");
 }
 
 TEST_F(LiveBlockOnTerminal, DrawsItsBarsWithColoredBlocks) {

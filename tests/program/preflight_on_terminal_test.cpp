@@ -4,6 +4,7 @@
 #include "hanging_file_system.h"
 #include "mounts.h"
 #include "on_terminal.h"
+#include "without_time.h"
 
 #include <filesystem>
 #include <optional>
@@ -57,15 +58,16 @@ TEST_F(PreflightOnTerminal, YesGoesOnToWhereTheJobStops) {
     StartWide({"copy", "from", "to"});
     AnswerQuestion("Go on with the copy?", "y");
     EXPECT_TRUE(Program->ExitsWith(1));
-    EXPECT_EQ(Program->HistoryAndScreen(), Finding() + "Go on with the copy? yes\n"
-                                                       "tarvane: No such file or directory\n");
+    EXPECT_EQ(Program->HistoryAndScreen(),
+              Finding() + "Go on with the copy? yes\n"
+                          "tarvane: No such file or directory\nNothing copied.\n");
     ExpectRestoredTerminal();
 }
 
 TEST_F(PreflightOnTerminal, IsLeftOutWhenToldSo) {
     Start({"copy", "--no-preflight", "from/file", "to"});
     EXPECT_TRUE(Program->ExitsWith(0));
-    EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
+    EXPECT_EQ(WithoutTime(Program->HistoryAndScreen()), "Copied 1 entry, 4 B.\n");
 }
 
 // A look that a file system never lets go of, not even when the program is killed.
@@ -121,22 +123,22 @@ TEST_F(FlushOnTerminal, SaysThatARemovableDiskIsSafeToUnplug) {
     const RemovableDisk disk(Root.Path(), "1\n");
     Start({"copy", "file", "disk"});
     EXPECT_TRUE(Program->ExitsWith(0));
-    EXPECT_EQ(Program->HistoryAndScreen(),
-              "Copied 1 item(s).\nEverything is written. It is safe to unplug the disk.\n");
+    EXPECT_EQ(WithoutTime(Program->HistoryAndScreen()),
+              "Copied 1 entry, 97.7 KB.\nEverything is written. It is safe to unplug the disk.\n");
 }
 
 TEST_F(FlushOnTerminal, DoesNotWaitForAFixedDisk) {
     Start({"copy", "file", "copied"});
     EXPECT_TRUE(Program->ExitsWith(0));
-    EXPECT_EQ(Program->HistoryAndScreen(), "Copied 1 item(s).\n");
+    EXPECT_EQ(WithoutTime(Program->HistoryAndScreen()), "Copied 1 entry, 97.7 KB.\n");
 }
 
 TEST_F(FlushOnTerminal, AWriteErrorThatShowsUpOnlyThenIsAFailure) {
     Start(FailingFlush("0"));
     EXPECT_TRUE(Program->ExitsWith(1));
-    EXPECT_EQ(Program->HistoryAndScreen(),
-              "Copied 1 item(s).\ntarvane: cannot write everything to '" + Root.Path().string() +
-                  "': Input/output error\n");
+    EXPECT_EQ(WithoutTime(Program->HistoryAndScreen()),
+              "Copied 1 entry, 97.7 KB.\ntarvane: cannot write everything to '" +
+                  Root.Path().string() + "': Input/output error\n");
 }
 
 TEST_F(FlushOnTerminal, EscEndsTheWaitAndKeepsTheCopiedFiles) {
@@ -144,8 +146,8 @@ TEST_F(FlushOnTerminal, EscEndsTheWaitAndKeepsTheCopiedFiles) {
     ASSERT_TRUE(Program->ShowsText("Not safe to unplug yet."));
     Program->Type(kEsc);
     EXPECT_TRUE(Program->ExitsWith(130, 10.0));
-    EXPECT_EQ(Program->HistoryAndScreen(),
-              "Copied 1 item(s).\n"
+    EXPECT_EQ(WithoutTime(Program->HistoryAndScreen()),
+              "Copied 1 entry, 97.7 KB.\n"
               "The copied files stay, but the system is still writing them. Do not unplug the disk "
               "yet. Until everything is written, umount says that the target is busy.\n");
     EXPECT_EQ(ReadFile(Root / "copied"), PatternBytes(100000));

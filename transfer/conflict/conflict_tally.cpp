@@ -46,7 +46,7 @@ std::optional<SettledConflict> ConflictTally::Settle(const ItemCounters& Now) {
         if (conflict.Kind == Kind::Directory) {
             SkippedTrees.push_back(conflict.SourcePath);
         }
-        bBytesUncounted = bBytesUncounted || !conflict.bSourceHasSize;
+        SkippedSizedNames += conflict.bSourceHasSize ? 1 : 0;
     }
     return SettledConflict{*std::exchange(Last, std::nullopt), outcome};
 }

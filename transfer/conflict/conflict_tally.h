@@ -39,9 +39,9 @@ public:
     std::uint64_t Renamed() const { return RenamedNames; }
     // The sources of the names that were skipped with all below them.
     const std::vector<std::string>& SkippedDirectories() const { return SkippedTrees; }
-    // Something was skipped of which the engine counts other bytes than before: a directory, whose
-    // links it counts as empty then, or a source without a size.
-    bool HasSkippedBytesThatWereNotCounted() const { return bBytesUncounted; }
+    // The names of files with a size that were skipped. The engine counts of them, and of nothing
+    // else that is skipped, the bytes that it has counted before.
+    std::uint64_t SkippedFiles() const { return SkippedSizedNames; }
 
 private:
     std::optional<SettledConflict> Settle(const ItemCounters& Now);
@@ -49,6 +49,6 @@ private:
     std::optional<AnsweredConflict> Last;
     std::uint64_t ReplacedNames = 0;
     std::uint64_t RenamedNames = 0;
+    std::uint64_t SkippedSizedNames = 0;
     std::vector<std::string> SkippedTrees;
-    bool bBytesUncounted = false;
 };

@@ -1,5 +1,6 @@
 #include "progress_texts.h"
 
+#include "number_text.h"
 #include "size_text.h"
 
 namespace {
@@ -10,7 +11,39 @@ void AppendField(std::string& Line, const std::string& Field) {
     }
 }
 
+void AppendCount(std::string& List, std::uint64_t Count, const std::string& What) {
+    if (Count > 0) {
+        List += (List.empty() ? "; " : ", ") + NumberText(Count) + What;
+    }
+}
+
+// ", 6.7 GB, in 03:12 (35.7 MB/s)".
+std::string SizeAndTime(const TransferCounts& Counts) {
+    const bool bHasRate = Counts.Seconds >= 1.0 && Counts.Bytes > 0;
+    std::string text = Counts.Bytes > 0 ? ", " + SizeText(Counts.Bytes) : "";
+    if (Counts.Seconds >= 1.0) {
+        text += ", in " + DurationText(Counts.Seconds);
+    }
+    if (bHasRate) {
+        const double rate = static_cast<double>(Counts.Bytes) / Counts.Seconds;
+        text += " (" + SizeText(static_cast<std::uint64_t>(rate)) + "/s)";
+    }
+    return text;
+}
+
 } // namespace
+
+std::string CountsText(const TransferCounts& Counts, bool bMove) {
+    std::string names;
+    AppendCount(names, Counts.Skipped, " skipped");
+    AppendCount(names, Counts.Replaced, " replaced");
+    AppendCount(names, Counts.Renamed, " renamed");
+    if (Counts.Entries == 0) {
+        return std::string("Nothing ") + (bMove ? "moved" : "copied") + names + ".";
+    }
+    return (bMove ? "Moved " : "Copied ") + EntriesText(Counts.Entries) + SizeAndTime(Counts) +
+           names + ".";
+}
 
 std::string JobText(const TarvaneTransferUiSnapshot& Snapshot, const ProgressClaims& Claims) {
     if (Snapshot.TotalItems == 0) {

@@ -16,14 +16,20 @@ enum class RunResult {
 
 // What a job has done until its end, in numbers.
 struct TransferCounts {
-    // Without what was skipped.
+    // Without what was skipped, and without a file that was begun and removed again.
     std::uint64_t Entries = 0;
     std::uint64_t Bytes = 0;
+    double Seconds = 0.0;
+    // Entries; what lies in a directory is counted too.
+    std::uint64_t Skipped = 0;
+    // Taken names.
+    std::uint64_t Replaced = 0;
+    std::uint64_t Renamed = 0;
 };
 
 struct RunOutcome {
     RunResult Result = RunResult::Failed;
-    // The job's last text, or the reason why there was no job.
+    // How far the job came, when it has succeeded; otherwise why it has not, or why there was none.
     std::string Text = {};
     // Nothing when there was no job.
     std::optional<TransferCounts> Counts = {};

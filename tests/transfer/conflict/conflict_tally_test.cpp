@@ -76,7 +76,7 @@ TEST(ConflictTally, SettlesANameWithTheNextAndCountsAll) {
     EXPECT_EQ(tally.Finish({12, 2})->Outcome, ConflictOutcome::Skipped);
     EXPECT_EQ(tally.Replaced(), 2U);
     EXPECT_EQ(tally.Renamed(), 1U);
-    EXPECT_FALSE(tally.HasSkippedBytesThatWereNotCounted());
+    EXPECT_EQ(tally.SkippedFiles(), 1U);
 }
 
 TEST(ConflictTally, KeepsTheDirectoriesThatWereSkipped) {
@@ -84,16 +84,16 @@ TEST(ConflictTally, KeepsTheDirectoriesThatWereSkipped) {
     tally.Add(DirectoryAnsweredWith(Action::Skip));
     tally.Finish({5, 5});
     EXPECT_EQ(tally.SkippedDirectories(), std::vector<std::string>{"/from/a"});
-    EXPECT_TRUE(tally.HasSkippedBytesThatWereNotCounted());
+    EXPECT_EQ(tally.SkippedFiles(), 0U);
 }
 
-TEST(ConflictTally, KnowsNoBytesOfASkippedSourceWithoutASize) {
+TEST(ConflictTally, CountsNoFileWithoutASize) {
     AnsweredConflict track = AnsweredWith(Action::Skip);
     track.Conflict.bSourceHasSize = false;
     ConflictTally tally;
     tally.Add(track);
     tally.Finish(kOneSkipped);
-    EXPECT_TRUE(tally.HasSkippedBytesThatWereNotCounted());
+    EXPECT_EQ(tally.SkippedFiles(), 0U);
     EXPECT_EQ(tally.SkippedDirectories(), std::vector<std::string>());
 }
 

@@ -13,28 +13,28 @@ RunOutcome Ended(RunResult Result, std::uint64_t Entries) {
 }
 
 const RunOutcome kDone = Ended(RunResult::Succeeded, 2);
-const TarvaneTransferPlan kCopy = PlanOf(false, {{"/s/a", "/d/a"}, {"/s/b", "/d/b"}});
-const TarvaneTransferPlan kMove = PlanOf(true, {{"/s/a", "/d/a"}, {"/s/b", "/d/b"}});
+const TarvaneTransferPlan kCopyPlan = PlanOf(false, {{"/s/a", "/d/a"}, {"/s/b", "/d/b"}});
+const TarvaneTransferPlan kMovePlan = PlanOf(true, {{"/s/a", "/d/a"}, {"/s/b", "/d/b"}});
 const TarvaneTransferPlan kTrackMove = PlanOf(true, {{"cdda:/dev/sr0/1", "/d/track"}});
 
 TEST(WrittenText, CallsADiskSafeWhoseDeviceWasFlushed) {
-    EXPECT_EQ(WrittenText(FlushReach::Device, kCopy, kDone),
+    EXPECT_EQ(WrittenText(FlushReach::Device, kCopyPlan, kDone),
               "Everything is written. It is safe to unplug the disk.");
 }
 
 TEST(WrittenText, CallsNothingElseSafe) {
-    EXPECT_EQ(WrittenText(FlushReach::Server, kCopy, kDone),
+    EXPECT_EQ(WrittenText(FlushReach::Server, kCopyPlan, kDone),
               "Everything is written to the server as far as it says.");
-    EXPECT_EQ(WrittenText(FlushReach::System, kCopy, kDone),
+    EXPECT_EQ(WrittenText(FlushReach::System, kCopyPlan, kDone),
               "Everything is written as far as the system says.");
 }
 
 TEST(WrittenText, CountsWhatWasDoneBeforeTheEnd) {
-    EXPECT_EQ(WrittenText(FlushReach::Device, kMove, Ended(RunResult::Failed, 3)),
+    EXPECT_EQ(WrittenText(FlushReach::Device, kMovePlan, Ended(RunResult::Failed, 3)),
               "3 entries were moved before; they are written now. It is safe to unplug the disk.");
-    EXPECT_EQ(WrittenText(FlushReach::Device, kCopy, Ended(RunResult::Canceled, 1)),
+    EXPECT_EQ(WrittenText(FlushReach::Device, kCopyPlan, Ended(RunResult::Canceled, 1)),
               "1 entry was copied before; it is written now. It is safe to unplug the disk.");
-    EXPECT_EQ(WrittenText(FlushReach::Server, kMove, Ended(RunResult::Canceled, 3)),
+    EXPECT_EQ(WrittenText(FlushReach::Server, kMovePlan, Ended(RunResult::Canceled, 3)),
               "3 entries were moved before; they are written now to the server as far as it says.");
 }
 
@@ -44,7 +44,7 @@ TEST(WrittenText, TakesNoTrackForMoved) {
 }
 
 TEST(LostText, SaysOfAMoveWhatIsGoneAndWhatMayBeIncomplete) {
-    EXPECT_EQ(LostText("no", kMove, kDone),
+    EXPECT_EQ(LostText("no", kMovePlan, kDone),
               "no; the sources that were moved are gone, and '/d/a' and '/d/b' may be incomplete");
 }
 
@@ -56,9 +56,9 @@ TEST(LostText, NamesOnlyTheFirstOfMany) {
 }
 
 TEST(LostText, AddsNothingWhereTheSourcesAreThere) {
-    EXPECT_EQ(LostText("no", kCopy, kDone), "no");
+    EXPECT_EQ(LostText("no", kCopyPlan, kDone), "no");
     EXPECT_EQ(LostText("no", kTrackMove, kDone), "no");
-    EXPECT_EQ(LostText("no", kMove, Ended(RunResult::Succeeded, 0)), "no");
+    EXPECT_EQ(LostText("no", kMovePlan, Ended(RunResult::Succeeded, 0)), "no");
 }
 
 TEST(StillWritingText, WarnsOfADiskAndOfAServer) {

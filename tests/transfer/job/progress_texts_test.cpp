@@ -7,6 +7,9 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
+constexpr bool kMove = true;
+constexpr bool kCopy = false;
+
 class ProgressLineTest : public testing::Test {
 protected:
     ProgressLineTest() {
@@ -59,6 +62,34 @@ TEST(PreflightText, CountsEntriesInWords) {
     EXPECT_EQ(PreflightText(0), "Looking through the sources: 0 entries.");
     EXPECT_EQ(PreflightText(1), "Looking through the sources: 1 entry.");
     EXPECT_EQ(PreflightText(2), "Looking through the sources: 2 entries.");
+}
+
+TEST(CountsText, LeavesOutWhatIsNothing) {
+    TransferCounts counts{.Entries = 12345, .Bytes = 7194070221, .Seconds = 192.0};
+    EXPECT_EQ(CountsText(counts, kCopy), "Copied 12,345 entries, 6.7 GB, in 03:12 (35.7 MB/s).");
+    counts.Skipped = 12;
+    counts.Replaced = 3;
+    counts.Renamed = 1;
+    EXPECT_EQ(CountsText(counts, kCopy),
+              "Copied 12,345 entries, 6.7 GB, in 03:12 (35.7 MB/s); 12 skipped, 3 replaced, 1 "
+              "renamed.");
+    counts.Skipped = counts.Replaced = 0;
+    EXPECT_EQ(CountsText(counts, kMove),
+              "Moved 12,345 entries, 6.7 GB, in 03:12 (35.7 MB/s); 1 renamed.");
+}
+
+TEST(CountsText, MakesUpNoRate) {
+    TransferCounts counts{.Entries = 1, .Bytes = 4, .Seconds = 0.999};
+    EXPECT_EQ(CountsText(counts, kCopy), "Copied 1 entry, 4 B.");
+    counts.Seconds = 1.0;
+    EXPECT_EQ(CountsText(counts, kCopy), "Copied 1 entry, 4 B, in 00:01 (4 B/s).");
+    counts.Bytes = 0;
+    EXPECT_EQ(CountsText(counts, kCopy), "Copied 1 entry, in 00:01.");
+}
+
+TEST(CountsText, SaysThatNothingWasDone) {
+    EXPECT_EQ(CountsText({}, kCopy), "Nothing copied.");
+    EXPECT_EQ(CountsText({.Skipped = 1200}, kMove), "Nothing moved; 1,200 skipped.");
 }
 
 class ProgressWatchTest : public testing::Test {

@@ -1,0 +1,108 @@
+#include "job_end.h"
+
+#include <algorithm>
+
+#include "number_text.h"
+#include "progress_texts.h"
+#include "quoted.h"
+#include "size_text.h"
+
+namespace {
+
+constexpr std::size_t kNamedDirectories = 3;
+
+// Of the file that the job has ended at and removed again. One that is whole, but for what could
+// not be flushed, has all its bytes counted too.
+std::uint64_t BytesRemovedAgain(const TarvaneTransferUiSnapshot& Last) {
+    const bool bWhole = Last.CurrentFileDoneBytes == Last.CurrentFileTotalBytes &&
+                        !Last.MessageText.starts_with("Failed to flush destination");
+    return Last.bSucceeded || bWhole ? 0 : Last.CurrentFileDoneBytes;
+}
+
+std::uint64_t Less(std::uint64_t From, std::uint64_t Amount) {
+    return From - std::min(From, Amount);
+}
+
+TransferCounts CountsOf(const EndedJob& Ended, const TarvaneTransferUiSnapshot& Last) {
+    const std::uint64_t bytes = Less(Last.DoneBytes, Ended.Job.GetSkippedBytes());
+    return {.Entries = Less(Last.DoneItems, Ended.Job.GetSkippedItems()),
+            .Bytes = Less(bytes, BytesRemovedAgain(Last)),
+            .Seconds = Last.ElapsedSeconds,
+            .Skipped = Ended.Job.GetSkippedItems(),
+            .Replaced = Ended.Names.Replaced(),
+            .Renamed = Ended.Names.Renamed()};
+}
+
+// What was skipped is not missing.
+UnreadDirectories NotSkipped(const EndedJob& Ended) {
+    UnreadDirectories unread = Ended.Unread;
+    const auto isSkipped = [&](const std::filesystem::path& Directory) {
+        return std::ranges::any_of(Ended.Names.SkippedDirectories(), [&](const std::string& Tree) {
+            return Directory == Tree || Directory.native().starts_with(Tree + "/");
+        });
+    };
+    unread.Count -= std::erase_if(unread.First, isSkipped);
+    return unread;
+}
+
+std::string UnreadText(const UnreadDirectories& Unread) {
+    if (Unread.Count == 0) {
+        return {};
+    }
+    std::string text = Unread.Count == 1 ? "a directory could not be read and is empty now: "
+                                         : NumberText(Unread.Count) +
+                                               " directories could not be read and are empty now: ";
+    const std::size_t named = std::min(Unread.First.size(), kNamedDirectories);
+    for (std::size_t i = 0; i < named; ++i) {
+        text += (i > 0 ? ", " : "") + Quoted(Unread.First[i].native());
+    }
+    return Unread.Count > named ? text + " and " + NumberText(Unread.Count - named) + " more"
+                                : text;
+}
+
+std::string VanishedText(const EndedJob& Ended, const TarvaneTransferUiSnapshot& Last) {
+    if (Last.DoneItems < Last.TotalItems) {
+        const std::uint64_t entries = Last.TotalItems - Last.DoneItems;
+        return EntriesText(entries) + " vanished before the turn came to " +
+               (entries == 1 ? "it" : "them");
+    }
+    const bool bSameBytesAsCounted = Ended.Names.SkippedFiles() == Ended.Job.GetSkippedItems();
+    if (Last.DoneBytes < Last.TotalBytes && bSameBytesAsCounted) {
+        return "files have become shorter since they were counted, by " +
+               SizeText(Last.TotalBytes - Last.DoneBytes);
+    }
+    return {};
+}
+
+// What was asked for and is not there although the engine has succeeded, as one sentence without a
+// capital, a period or a line end; empty when all is there.
+std::string MissingText(const EndedJob& Ended, const TarvaneTransferUiSnapshot& Last) {
+    const std::string unread = UnreadText(NotSkipped(Ended));
+    const std::string vanished = VanishedText(Ended, Last);
+    return unread.empty() || vanished.empty() ? unread + vanished : unread + "; " + vanished;
+}
+
+} // namespace
+
+bool IsLessThanCounted(const EndedJob& Ended) {
+    const TarvaneTransferUiSnapshot last = Ended.Job.MakeUiSnapshot();
+    return last.bSucceeded && !VanishedText(Ended, last).empty();
+}
+
+RunOutcome OutcomeOf(const EndedJob& Ended) {
+    const TarvaneTransferUiSnapshot last = Ended.Job.MakeUiSnapshot();
+    const TransferCounts counts = CountsOf(Ended, last);
+    RunOutcome outcome{.Result = RunResult::Failed, .Text = last.MessageText, .Counts = counts};
+    if (last.bSucceeded) {
+        outcome.Text = MissingText(Ended, last);
+        if (outcome.Text.empty()) {
+            outcome.Result = RunResult::Succeeded;
+            outcome.Text = CountsText(counts, Ended.Job.IsMove());
+        }
+    } else if (last.bCanceled && Ended.FailSentence.empty()) {
+        outcome.Result = RunResult::Canceled;
+    } else if (last.bCanceled) {
+        outcome.Text = Ended.FailSentence;
+    }
+    return outcome;
+}

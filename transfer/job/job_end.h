@@ -1,0 +1,35 @@
+// What a job that is over comes to: how far it came, what is missing, and how the run ends by it.
+
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "conflict_tally.h"
+#include "run_outcome.h"
+#include "tarvanetransfer.h"
+
+// Directories of the sources that must not be read: the engine copies them as empty ones.
+struct UnreadDirectories {
+    // The first ones, and the number of all.
+    std::vector<std::filesystem::path> First = {};
+    std::uint64_t Count = 0;
+};
+
+// A job that is over, and what is known about it beside its own texts and counters.
+struct EndedJob {
+    const TarvaneTransferJob& Job;
+    const ConflictTally& Names;
+    const UnreadDirectories& Unread;
+    // Of the choice that has ended it; empty when none has.
+    const std::string& FailSentence;
+};
+
+// A job whose result is not whole has failed, whatever the engine says.
+RunOutcome OutcomeOf(const EndedJob& Ended);
+
+// Whether a job that has succeeded has certainly done less than was counted. Links that are
+// followed add to what was counted, and may hide it.
+bool IsLessThanCounted(const EndedJob& Ended);
