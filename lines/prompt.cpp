@@ -56,6 +56,17 @@ void Prompt::PrintOnTerminal(const std::string& Text) {
     bWantsFrame = true;
 }
 
+void Prompt::PrintSentence(const std::string& Text) {
+    if (!Screen.IsOutputTerminal()) {
+        PrintLine(Text);
+        return;
+    }
+    for (const std::string& line :
+         WrapWholeWords(CleanForScreen(Text), LayoutWidth(Screen.Size()))) {
+        PrintLine(line);
+    }
+}
+
 void Prompt::RingBell() {
     if (Screen.IsOutputTerminal()) {
         Screen.Write("\a");

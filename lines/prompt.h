@@ -33,8 +33,10 @@ public:
 
     // Prints one line that stays, above the block, after cleaning it.
     void PrintLine(const std::string& Text) override;
+    // The same in as many lines as it takes to leave words whole on a narrow terminal.
+    void PrintSentence(const std::string& Text);
     // The same with the program's name before it.
-    void PrintMessage(const std::string& Sentence) { PrintLine("tarvane: " + Sentence); }
+    void PrintMessage(const std::string& Sentence) { PrintSentence("tarvane: " + Sentence); }
     // The same as PrintLine, and also on the terminal where messages go elsewhere: for what
     // somebody has to read before an answer, and for the answer itself.
     void PrintBesideQuestions(const std::string& Text);

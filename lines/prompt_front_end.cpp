@@ -183,7 +183,7 @@ void PromptFrontEnd::SayThatTracksStay(const TarvaneTransferPlan& Plan) {
 
 void PromptFrontEnd::SayDone(const std::string& Text) {
     if (!Request.bQuiet && !IsJson()) {
-        Shown.PrintLine(Text);
+        Shown.PrintSentence(Text);
     }
 }
 

@@ -120,6 +120,30 @@ std::size_t WordBreak(std::string_view Text, std::size_t FittingBytes) {
     return blank;
 }
 
+// The same, behind the first word where that has no room.
+std::size_t WholeWordBreak(std::string_view Text, std::size_t FittingBytes) {
+    const std::size_t end = WordBreak(Text, FittingBytes);
+    return end == FittingBytes ? std::min(Text.find(' ', end), Text.size()) : end;
+}
+
+// FindBreak tells where to end a line that Text does not fit into.
+template <typename BreakFunction>
+std::vector<std::string> WrapAt(std::string_view Text, int Width, BreakFunction FindBreak) {
+    std::vector<std::string> lines;
+    std::size_t fitting = FittingLength(Text, Width);
+    while (fitting < Text.size()) {
+        const std::size_t end = FindBreak(Text, fitting);
+        lines.emplace_back(WithoutTrailingBlanks(Text.substr(0, end)));
+        Text.remove_prefix(end);
+        Text.remove_prefix(std::min(Text.find_first_not_of(' '), Text.size()));
+        fitting = FittingLength(Text, Width);
+    }
+    if (!Text.empty() || lines.empty()) {
+        lines.emplace_back(Text);
+    }
+    return lines;
+}
+
 } // namespace
 
 bool EnsureUtf8Locale() {
@@ -198,19 +222,11 @@ std::vector<std::string> WrapAtColumns(std::string_view CleanText, int Width) {
 }
 
 std::vector<std::string> WrapAtWords(std::string_view CleanText, int Width) {
-    std::vector<std::string> lines;
-    std::size_t fitting = FittingLength(CleanText, Width);
-    while (fitting < CleanText.size()) {
-        const std::size_t end = WordBreak(CleanText, fitting);
-        lines.emplace_back(WithoutTrailingBlanks(CleanText.substr(0, end)));
-        CleanText.remove_prefix(end);
-        CleanText.remove_prefix(std::min(CleanText.find_first_not_of(' '), CleanText.size()));
-        fitting = FittingLength(CleanText, Width);
-    }
-    if (!CleanText.empty() || lines.empty()) {
-        lines.emplace_back(CleanText);
-    }
-    return lines;
+    return WrapAt(CleanText, Width, WordBreak);
+}
+
+std::vector<std::string> WrapWholeWords(std::string_view CleanText, int Width) {
+    return WrapAt(CleanText, Width, WholeWordBreak);
 }
 
 std::string ElideMiddle(std::string_view CleanText, int Width) {

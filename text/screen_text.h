@@ -31,6 +31,10 @@ int DisplayWidth(std::string_view CleanText);
 std::vector<std::string> WrapAtWords(std::string_view CleanText, int Width);
 std::vector<std::string> WrapAtColumns(std::string_view CleanText, int Width);
 
+// As WrapAtWords for what is printed and stays: a word that is wider than a line stays whole, so
+// that a path can be copied from the terminal, which goes on with it in its next row.
+std::vector<std::string> WrapWholeWords(std::string_view CleanText, int Width);
+
 // Shortens clean text to Width columns: "/home/u/Mu...a.flac". Without dots where they have no
 // room, and never to less than its first character.
 std::string ElideMiddle(std::string_view CleanText, int Width);

@@ -83,6 +83,14 @@ TEST_F(PromptTest, PutsTheProgramsNameBeforeAMessage) {
     EXPECT_EQ(Screen.Screen(), "tarvane: no disc\n");
 }
 
+TEST_F(PromptTest, LeavesTheWordsOfASentenceWhole) {
+    Screen.SetSize(20, 24);
+    Shown.PrintSentence("Do not unplug the disk /a/path/that/is/long yet.");
+    Shown.PrintMessage("cannot create it\n");
+    EXPECT_EQ(Screen.Screen(), "Do not unplug the\ndisk\n/a/path/that/is/long\nyet.\n"
+                               "tarvane: cannot\ncreate it?\n");
+}
+
 TEST_F(PromptTest, ShowsPartsAsFarAsThereIsRoom) {
     Screen.SetSize(80, 1);
     Shown.ShowParts({{1, {{"less"}}}, {2, {{"more"}}}});
@@ -261,6 +269,17 @@ TEST_F(PromptBesideLog, LeavesTheQuestionBehindWhenItLeaves) {
     Show({"question"});
     EXPECT_EQ(LogOf([this] { StatusOfLeavingBy(SIGINT); }), "");
     EXPECT_TRUE(Screen.Written().ends_with("\r\n")) << Screen.Written();
+}
+
+TEST_F(PromptWithoutTerminal, PrintsASentenceInOneLine) {
+    Screen.SetSize(20, 24);
+    std::string errors;
+    {
+        const CapturedDescriptor captured(STDERR_FILENO);
+        Shown.PrintSentence("Do not unplug the disk yet.");
+        errors = captured.Text();
+    }
+    EXPECT_EQ(errors, "Do not unplug the disk yet.\n");
 }
 
 TEST_F(PromptWithoutTerminal, PrintsItsLastWords) {

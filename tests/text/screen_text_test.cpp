@@ -117,6 +117,16 @@ TEST_F(ScreenText, BreaksWordsThatAreWiderThanALine) {
     EXPECT_EQ(WrapAtWords("  abcdef", 4), (Lines{"  ab", "cdef"}));
 }
 
+TEST_F(ScreenText, KeepsWordsWholeThatAreWiderThanALine) {
+    EXPECT_EQ(WrapWholeWords("one two three", 8), (Lines{"one two", "three"}));
+    EXPECT_EQ(WrapWholeWords("", 8), Lines{""});
+    EXPECT_EQ(WrapWholeWords("see /a/long/path there", 8), (Lines{"see", "/a/long/path", "there"}));
+    EXPECT_EQ(WrapWholeWords("/a/long/path", 8), Lines{"/a/long/path"});
+    EXPECT_EQ(WrapWholeWords("/a/long/path  ", 8), Lines{"/a/long/path"});
+    EXPECT_EQ(WrapWholeWords("12345678 0", 8), (Lines{"12345678", "0"}));
+    EXPECT_EQ(WrapWholeWords("  /a/long/path", 8), Lines{"  /a/long/path"});
+}
+
 TEST_F(ScreenText, BreaksPathsWhereTheLineIsFull) {
     EXPECT_EQ(WrapAtColumns("/a b/cd", 3), (Lines{"/a ", "b/c", "d"}));
 }
