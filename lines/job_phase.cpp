@@ -208,7 +208,9 @@ std::string JobActivity::PartingSentence() {
 RunOutcome JobActivity::Finish(const UnreadDirectories& Unread) {
     Say(Tally.Finish(CountersOf(Session.Job())));
     const EndedJob ended{.Job = Session.Job(),
+                         .Plan = Plan,
                          .Names = Tally,
+                         .LastAnswer = Desk.Answered().empty() ? nullptr : &Desk.Answered().back(),
                          .Unread = Unread,
                          .FailSentence = Desk.FailSentence()};
     ProgressView view = View();

@@ -131,7 +131,8 @@ TEST_F(JobPhase, IsNotReportedAsRunningOnceItHasFinished) {
 }
 
 TEST_F(JobPhase, FailsWithTheJobsSentence) {
-    ExpectOutcome(Run(CopyOf({"missing"})), RunResult::Failed, "Source does not exist.");
+    ExpectOutcome(Run(CopyOf({"missing"})), RunResult::Failed,
+                  PathOf("from/missing") + ": Source does not exist.");
 }
 
 TEST_F(HeldJob, IsReportedTenTimesASecond) {
@@ -309,7 +310,7 @@ TEST_F(NameInTheWay, IsShownAndReplacedAsTheLinkThatItIs) {
     std::filesystem::rename(Root / "to/a", Root / "elsewhere");
     std::filesystem::create_symlink("../elsewhere", Root / "to/a");
     AnswerWhenShown("is a link to ../elsewhere", {PressedKey('o')});
-    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 entry, 5 B; 1 replaced.");
     EXPECT_EQ(Destination(), (Tree{{"a", "file new a"}}));
     EXPECT_EQ(ReadFile(Root / "elsewhere"), "old a");
     EXPECT_EQ(Screen.Screen(), "Link exists: " + PathOf("to/a") + " | overwrite\n");
@@ -458,7 +459,7 @@ TEST_F(JobPhase, AsksOnTheTerminalWhereMessagesGoElsewhere) {
     Take("a");
     AnswerWhenShown(Title("a"), {PressedKey('o')});
     const CapturedDescriptor log(STDERR_FILENO);
-    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 item(s).");
+    ExpectOutcome(Run(CopyOf({"a"})), RunResult::Succeeded, "Copied 1 entry, 5 B; 1 replaced.");
     EXPECT_EQ(Destination(), (Tree{{"a", "file new a"}}));
     EXPECT_EQ(log.Text(), Screen.Screen());
     EXPECT_EQ(log.Text(), Title("a") + " | overwrite\n");

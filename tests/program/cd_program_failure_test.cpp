@@ -67,7 +67,9 @@ TEST_F(CdProgram, EndsAtAnUnreadableFrameWithoutAFile) {
     FakeDisc disc = ThreeTracks();
     disc.Faults = {{"read 1500", EIO, 0}};
     Drives.Describe(disc);
-    ExpectFailure(Copy({"cdda:/dev/sr0"}), "Failed reading audio CD sectors: Input/output error");
+    ExpectFailure(
+        Copy({"cdda:/dev/sr0"}),
+        "cdda:/dev/sr0/Track 03.wav: Failed reading audio CD sectors: Input/output error");
     EXPECT_EQ(TreeOf(Music).size(), 2U);
     EXPECT_FALSE(fs::exists(Root / "Music/Track 03.wav"));
     ExpectFrames(Root / "Music/Track 01.wav", 150, 1000);
@@ -79,7 +81,9 @@ TEST_F(CdProgram, FailsAtTheLastTrackOnADriveThatRefusesToReadPastTheLeadOut) {
     FakeDisc disc = ThreeTracks();
     disc.bStrict = true;
     Drives.Describe(disc);
-    ExpectFailure(Copy({"cdda:/dev/sr0"}), "Failed reading audio CD sectors: Input/output error");
+    ExpectFailure(
+        Copy({"cdda:/dev/sr0"}),
+        "cdda:/dev/sr0/Track 03.wav: Failed reading audio CD sectors: Input/output error");
     EXPECT_EQ(TreeOf(Music).size(), 2U);
     ExpectFrames(Root / "Music/Track 02.wav", 1000, 1017);
 }
@@ -102,7 +106,8 @@ TEST_F(CdProgram, EndsWhenTheDiscIsTakenOut) {
     FakeDisc nothing;
     nothing.bPresent = false;
     Drives.Describe({{"/dev/sr0", {ThreeTracks(), nothing}, 40, 0}});
-    ExpectFailure(Copy({"cdda:/dev/sr0/1"}), "Failed reading audio CD sectors: No medium found");
+    ExpectFailure(Copy({"cdda:/dev/sr0/1"}),
+                  "cdda:/dev/sr0/1: Failed reading audio CD sectors: No medium found");
     EXPECT_EQ(TreeOf(Music), Tree{});
 }
 

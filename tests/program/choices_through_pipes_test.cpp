@@ -272,7 +272,7 @@ TEST_F(ChoicesThroughPipes, JsonReportsWhatThePreflightFound) {
     EXPECT_EQ(first.at("stops_job"), true);
     const Json last = Records(result.Output).back();
     EXPECT_EQ(last.at("result"), "failed");
-    EXPECT_EQ(last.at("status"), "No such file or directory");
+    EXPECT_EQ(last.at("status"), (Root / "from/dangling").string() + ": No such file or directory");
 }
 
 TEST_F(ChoicesThroughPipes, LinesEndWithTheFinalLine) {

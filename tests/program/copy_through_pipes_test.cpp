@@ -226,7 +226,10 @@ TEST_F(ThroughPipes, FailsOnAFullFileSystemWithoutAPartialFile) {
         Tarvane({"copy", "--no-preflight", "--on-conflict=skip", "big", "small"});
     EXPECT_EQ(result.Status, 1);
     EXPECT_EQ(result.Output, "");
-    EXPECT_EQ(result.Errors, "tarvane: Failed while writing destination file.\nNothing copied.\n");
+    EXPECT_EQ(result.Errors, "tarvane: " + (Root / "small/big").string() +
+                                 ": Failed while writing destination file. (No space left on " +
+                                 (Root / "small").string() +
+                                 ": 3.0 MB needed, 1.0 MB free)\nNothing copied.\n");
     EXPECT_EQ(TreeOf(Root / "small"), Tree());
 }
 

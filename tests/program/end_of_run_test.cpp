@@ -19,6 +19,16 @@ namespace fs = std::filesystem;
 
 class EndOfRun : public testing::Test {
 protected:
+    // As an ordinary user.
+    ProgramResult RunAsNobody(const std::vector<std::string>& Arguments) const {
+        NeedRoot();
+        fs::permissions(Root.Path(), fs::perms(0755));
+        std::vector<std::string> command = {"setpriv", "--reuid=65534", "--regid=65534",
+                                            "--clear-groups", TARVANE_PROGRAM};
+        command.insert(command.end(), Arguments.begin(), Arguments.end());
+        return RunProgram(command, Root.Path().string());
+    }
+
     static void ExpectEnd(const ProgramResult& Result, int Status, const std::string& Errors) {
         EXPECT_EQ(Result.Status, Status);
         EXPECT_EQ(Result.Output, "");
@@ -31,17 +41,12 @@ protected:
 };
 
 TEST_F(EndOfRun, NamesTheDirectoriesThatCameOutEmpty) {
-    NeedRoot();
     WriteFile(Root / "from/a/secret/file", "data");
     WriteFile(Root / "from/b", "data");
     fs::create_directory(Root / "to");
-    fs::permissions(Root.Path(), fs::perms(0755));
     fs::permissions(Root / "to", fs::perms(0777));
     fs::permissions(Root / "from/a/secret", fs::perms(0700));
-    const ProgramResult result =
-        RunProgram({"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", TARVANE_PROGRAM,
-                    "copy", "-n", "from", "to"},
-                   Root.Path().string());
+    const ProgramResult result = RunAsNobody({"copy", "-n", "from", "to"});
     EXPECT_EQ(result.Status, 1);
     EXPECT_TRUE(WithoutTime(result.Errors)
                     .ends_with("\ntarvane: a directory could not be read and is empty now: '" +
@@ -51,6 +56,58 @@ TEST_F(EndOfRun, NamesTheDirectoriesThatCameOutEmpty) {
                                          {"from/a", "dir"},
                                          {"from/a/secret", "dir"},
                                          {"from/b", "file data"}}));
+}
+
+TEST_F(EndOfRun, NamesTheFileThatMustNotBeRead) {
+    WriteFile(Root / "from/secret", "data");
+    fs::create_directory(Root / "to");
+    fs::permissions(Root / "to", fs::perms(0777));
+    fs::permissions(Root / "from/secret", fs::perms(0600));
+    ExpectEnd(RunAsNobody({"copy", "-n", "--no-preflight", "from", "to"}), 1,
+              "tarvane: " + PathOf("from/secret") +
+                  ": Failed to open source file. (Permission denied)\nCopied 1 entry.\n");
+}
+
+TEST_F(EndOfRun, NamesTheFileThatMustNotBeWritten) {
+    WriteFile(Root / "from/file", "new");
+    WriteFile(Root / "to/file", "old");
+    fs::permissions(Root / "to/file", fs::perms(0444));
+    ExpectEnd(RunAsNobody({"copy", "-f", "--no-preflight", "from/file", "to"}), 1,
+              "tarvane: " + PathOf("to/file") +
+                  ": Failed to open destination file. (Permission denied)\nNothing copied.\n");
+}
+
+TEST_F(EndOfRun, NamesTheDiskThatIsFull) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountLoopDisk(Root / "disk", 8);
+    WriteFile(Root / "small", "data");
+    WriteFile(Root / "big", PatternBytes(9 << 20));
+    const ProgramResult result = RunProgram(
+        {TARVANE_PROGRAM, "copy", "-n", "--no-preflight", "--flush=never", "small", "big", "disk"},
+        Root.Path().string());
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_TRUE(std::regex_match(
+        WithoutTime(result.Errors),
+        std::regex("tarvane: " + PathOf("disk/big") +
+                   R"(: Failed while writing destination file\. \(No space left on )" +
+                   PathOf("disk") +
+                   R"(: 9\.0 MB needed, [0-9.]+ MB free\)\nCopied 1 entry, 4 B\.\n)")))
+        << result.Errors;
+}
+
+TEST_F(EndOfRun, RecordsThePathInFull) {
+    const std::string directory = std::string(100, 'd');
+    WriteFile(Root / directory / "link", "");
+    fs::remove(Root / directory / "link");
+    fs::create_symlink("nowhere", Root / directory / "link");
+    const ProgramResult result = RunProgram(
+        {TARVANE_PROGRAM, "copy", "-n", "--no-preflight", "--progress=json", directory, "to"},
+        Root.Path().string());
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_NE(result.Output.find("\"status\":\"" + PathOf(directory + "/link") +
+                                 ": No such file or directory\""),
+              std::string::npos)
+        << result.Output;
 }
 
 // A copy to a slow disk, so that sources can change after they have been counted. The big file

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "failure_reason.h"
 #include "number_text.h"
 #include "progress_texts.h"
 #include "quoted.h"
@@ -103,6 +104,12 @@ RunOutcome OutcomeOf(const EndedJob& Ended) {
         outcome.Result = RunResult::Canceled;
     } else if (last.bCanceled) {
         outcome.Text = Ended.FailSentence;
+    } else {
+        outcome.Text = FailureText({.Sentence = last.MessageText,
+                                    .Plan = Ended.Plan,
+                                    .CurrentPath = Ended.Job.GetCurrentPath(),
+                                    .CurrentBytes = last.CurrentFileTotalBytes,
+                                    .LastAnswer = Ended.LastAnswer});
     }
     return outcome;
 }

@@ -21,7 +21,10 @@ struct UnreadDirectories {
 // A job that is over, and what is known about it beside its own texts and counters.
 struct EndedJob {
     const TarvaneTransferJob& Job;
+    const TarvaneTransferPlan& Plan;
     const ConflictTally& Names;
+    // None when no name was taken.
+    const AnsweredConflict* LastAnswer;
     const UnreadDirectories& Unread;
     // Of the choice that has ended it; empty when none has.
     const std::string& FailSentence;

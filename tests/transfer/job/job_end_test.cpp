@@ -48,13 +48,14 @@ protected:
     }
 
     RunOutcome End() const { return OutcomeOf(Ended()); }
-    EndedJob Ended() const { return {Job, Names, Unread, FailSentence}; }
+    EndedJob Ended() const { return {Job, Plan, Names, nullptr, Unread, FailSentence}; }
     void ExpectEnd(RunResult Result, const std::string& Text) const {
         EXPECT_EQ(End().Result, Result);
         EXPECT_EQ(End().Text, Text);
     }
 
     TarvaneTransferJob Job{false, 1, ""};
+    TarvaneTransferPlan Plan;
     ConflictTally Names;
     UnreadDirectories Unread;
     std::string FailSentence;

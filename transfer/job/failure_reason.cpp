@@ -1,0 +1,131 @@
+#include "failure_reason.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <optional>
+#include <system_error>
+#include <vector>
+
+#include <sys/stat.h>
+
+#include "file_reason.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// What is added to a sentence; no path where it is not certain.
+struct Addition {
+    fs::path Path = {};
+    std::string Reason = {};
+};
+
+bool IsOneOf(const std::string& Sentence, const std::vector<std::string>& Sentences) {
+    return std::ranges::find(Sentences, Sentence) != Sentences.end();
+}
+
+bool IsBelow(const fs::path& Path, const fs::path& Tree) {
+    return Path == Tree || Path.native().starts_with(Tree.native() + "/");
+}
+
+// Where the current entry goes; nothing when two operands hold it.
+fs::path CurrentDestination(const FailedJob& Failed) {
+    const AnsweredConflict* answer = Failed.LastAnswer;
+    if (answer != nullptr && answer->Conflict.SourcePath == Failed.CurrentPath.native()) {
+        return answer->RenamePath.empty() ? answer->Conflict.DestinationPath : answer->RenamePath;
+    }
+    const auto holds = [&Failed](const TarvaneTransferItemPlan& Item) {
+        return IsBelow(Failed.CurrentPath, Item.SourcePath);
+    };
+    const auto& items = Failed.Plan.Items;
+    const auto found = std::ranges::find_if(items, holds);
+    if (found == items.end() || std::ranges::count_if(items, holds) > 1) {
+        return {};
+    }
+    return Failed.CurrentPath == found->SourcePath
+               ? found->DestinationPath
+               : found->DestinationPath / Failed.CurrentPath.lexically_relative(found->SourcePath);
+}
+
+Addition AboutUnopenedDestination(const FailedJob& Failed) {
+    const fs::path destination = CurrentDestination(Failed);
+    return {destination, destination.empty() ? "" : WhyNotOpenedForWriting(destination)};
+}
+
+Addition AboutUnwrittenDestination(const FailedJob& Failed) {
+    const fs::path destination = CurrentDestination(Failed);
+    return {destination,
+            destination.empty() ? "" : WhyNotWritten(destination, Failed.CurrentBytes)};
+}
+
+// The engine makes the parents of an operand before it shows the operand as the current path.
+fs::path MissingDirectory(const FailedJob& Failed) {
+    std::error_code ec;
+    for (const TarvaneTransferItemPlan& item : Failed.Plan.Items) {
+        if (!fs::is_directory(item.DestinationPath.parent_path(), ec)) {
+            return item.DestinationPath.parent_path();
+        }
+    }
+    const fs::path destination = CurrentDestination(Failed);
+    return fs::is_directory(destination, ec) ? fs::path() : destination;
+}
+
+// The first operand that cannot be found is the one that the count has ended at.
+Addition AboutMissingOperand(const FailedJob& Failed) {
+    for (const TarvaneTransferItemPlan& item : Failed.Plan.Items) {
+        struct stat status {};
+        if (item.SourcePath.is_absolute() && ::stat(item.SourcePath.c_str(), &status) != 0) {
+            return {item.SourcePath, errno == ENOENT ? "" : WhyUnreadable(item.SourcePath)};
+        }
+    }
+    return {};
+}
+
+// The system's text alone, if looking at the current entry still gives the same.
+Addition AboutCurrentEntry(const std::string& Sentence, const FailedJob& Failed) {
+    const bool bSame =
+        Failed.CurrentPath.is_absolute() && WhyUnreadable(Failed.CurrentPath) == Sentence;
+    return {bSame ? Failed.CurrentPath : fs::path()};
+}
+
+Addition AdditionTo(const std::string& Sentence, const FailedJob& Failed) {
+    if (IsOneOf(Sentence, {"Failed to open source file.", "Failed while reading source file."})) {
+        return {Failed.CurrentPath, WhyUnreadable(Failed.CurrentPath)};
+    }
+    if (Sentence.starts_with("Failed reading audio CD sectors: ")) {
+        return {Failed.CurrentPath};
+    }
+    if (Sentence == "Failed to open destination file.") {
+        return AboutUnopenedDestination(Failed);
+    }
+    if (IsOneOf(Sentence,
+                {"Failed while writing destination file.", "Failed to flush destination file.",
+                 "Failed while writing WAV data.", "Failed to flush destination WAV file."})) {
+        return AboutUnwrittenDestination(Failed);
+    }
+    if (Sentence.starts_with("Failed to create destination directory: ")) {
+        return {MissingDirectory(Failed)};
+    }
+    // About the name that was answered just before.
+    if (Failed.LastAnswer != nullptr && Sentence.starts_with("Failed to replace destination ")) {
+        return {Failed.LastAnswer->Conflict.DestinationPath};
+    }
+    if (Failed.LastAnswer != nullptr && Sentence.starts_with("Failed checking rename target: ")) {
+        return {Failed.LastAnswer->RenamePath};
+    }
+    if (Sentence == "Source does not exist.") {
+        return AboutMissingOperand(Failed);
+    }
+    return AboutCurrentEntry(Sentence, Failed);
+}
+
+} // namespace
+
+std::string FailureText(const FailedJob& Failed) {
+    const Addition addition = AdditionTo(Failed.Sentence, Failed);
+    if (addition.Path.empty()) {
+        return Failed.Sentence;
+    }
+    return addition.Path.native() + ": " + Failed.Sentence +
+           (addition.Reason.empty() ? "" : " (" + addition.Reason + ")");
+}
