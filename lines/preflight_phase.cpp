@@ -13,8 +13,6 @@
 
 namespace {
 
-// How long a look that is to stop may take before the run goes on without its result.
-constexpr std::chrono::milliseconds kStopTime{500};
 // On a terminal more of one kind would push the rest out of sight.
 constexpr std::uint64_t kListedOnScreen = 5;
 
@@ -27,23 +25,19 @@ RunOutcome CanceledOutcome(EndRequest& Requests) {
     return outcome;
 }
 
-// Waits until the look is over, hangs although it is to stop, or the program is to end.
+// Waits until the look is over or the run is to end.
 class PreflightWait : public Activity {
 public:
     PreflightWait(PreflightRun& RunningPreflight, const PromptContext& ContextToUse)
         : Preflight(RunningPreflight), Context(ContextToUse) {}
 
     void TakeKey(const KeyPress& Key) override {
-        if (Key.Code == KeyCode::Escape && !Deadline) {
-            Preflight.RequestStop();
-            Deadline = Context.Loop.Now() + kStopTime;
-        }
+        bCanceled = bCanceled || Key.Code == KeyCode::Escape;
     }
 
-    bool IsOver() override {
-        return Preflight.IsOver() || Context.Loop.Requests().IsAsked() ||
-               (Deadline && Context.Loop.Now() >= *Deadline);
-    }
+    bool IsOver() override { return Preflight.IsOver() || IsCanceled(); }
+
+    bool IsCanceled() const { return bCanceled || Context.Loop.Requests().IsAsked(); }
 
     void Draw() override { Context.Report.PreflightRuns(Preflight.EntriesSeen()); }
     std::string StatusText() override { return PreflightText(Preflight.EntriesSeen()); }
@@ -52,7 +46,7 @@ public:
 private:
     PreflightRun& Preflight;
     const PromptContext& Context;
-    std::optional<Terminal::TimePoint> Deadline;
+    bool bCanceled = false;
 };
 
 // Waits for a yes or a no. Enter alone does not go on.
@@ -141,16 +135,12 @@ std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
     PreflightWait wait(preflight, Context);
     Context.Loop.Run(wait);
     Context.Shown.Clear();
-    if (Context.Loop.Requests().IsAsked()) {
+    if (wait.IsCanceled()) {
         return CanceledOutcome(Context.Loop.Requests());
     }
-    if (!preflight.IsOver()) {
-        // Skipped while a file system keeps the look waiting.
-        return std::nullopt;
-    }
     if (!preflight.Failure().empty()) {
-        Context.Shown.PrintMessage("cannot look through the sources: " + preflight.Failure());
-        return std::nullopt;
+        return RunOutcome{.Result = RunResult::Failed,
+                          .Text = "cannot look through the sources: " + preflight.Failure()};
     }
     const PreflightResult& result = preflight.Result();
     const bool bCanAsk = Context.Screen.CanAsk();

@@ -11,8 +11,8 @@
 #include "track_list.h"
 #include "transfer_request.h"
 
-// Looks through the sources beside the loop, says so, and tells what it found. Esc skips it.
-// Whether the run goes on is the preflight verdict's; this asks where that says so.
+// Looks through the sources beside the loop, says so, and tells what it found. Esc cancels
+// the run, and without a look nothing goes on. Whether the run goes on is the preflight verdict's; this asks where that says so.
 //
 // Returns how the run has ended, or nothing when it goes on, with OutUnread. A dry run
 // always ends here.

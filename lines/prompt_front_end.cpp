@@ -142,9 +142,6 @@ RunOutcome PromptFrontEnd::Carry(const TarvaneTransferPlan& Plan) {
             return *end;
         }
     }
-    if (Transfer.bDryRun) {
-        return {.Result = RunResult::Failed, .Text = "the look through the sources has no result"};
-    }
     SayWhatGoesWhere(Plan);
     SayThatTracksStay(Plan);
     // Opened before the job, or failures to write would be reported to others.

@@ -44,7 +44,7 @@ public:
     void PreflightRuns(std::uint64_t EntriesSeen) override {
         const int width = LayoutWidth(Screen.Size());
         Shown.ShowParts({WordsPart(2, PreflightText(EntriesSeen), width),
-                         WordsPart(1, "Press Esc to skip this, Ctrl-C to cancel.", width)});
+                         WordsPart(1, "Press Esc to cancel.", width)});
     }
 
     void JobRuns(const ProgressView& View) override {
