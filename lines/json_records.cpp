@@ -125,7 +125,7 @@ std::string TotalsRecord(const PreflightResult& Result) {
     record["bytes"] = Result.Bytes;
     record["copied_entries"] = Result.CopiedEntries;
     record["copied_bytes"] = Result.CopiedBytes;
-    record["complete"] = !Result.bCanceled;
+    record["complete"] = Result.bComplete;
     return Dump(record);
 }
 

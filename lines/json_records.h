@@ -8,7 +8,7 @@
 // "totals": what the look before the start has counted.
 //     entries, bytes                 what the job's own totals will be
 //     copied_entries, copied_bytes   what will really be copied, links to directories followed
-//     complete                       false when the look was ended early
+//     complete                       false when only what guards was looked at
 // "progress": at the start, then as often as the interval says, and once at the end.
 //     stage       "Preparing", "Copying", ...
 //     status      the job's own words

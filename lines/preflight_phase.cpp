@@ -1,6 +1,7 @@
 #include "preflight_phase.h"
 
-#include <cstdint>
+#include <climits>
+#include <cstddef>
 #include <string>
 
 #include "block_layout.h"
@@ -10,11 +11,12 @@
 #include "progress_texts.h"
 #include "prompt.h"
 #include "reporter.h"
+#include "screen_text.h"
 
 namespace {
 
-// On a terminal more of one kind would push the rest out of sight.
-constexpr std::uint64_t kListedOnScreen = 5;
+// More of one kind would push the rest out of sight.
+constexpr std::size_t kLinesPerGroup = 10;
 
 RunOutcome CanceledOutcome(EndRequest& Requests) {
     RunOutcome outcome{.Result = RunResult::Canceled,
@@ -115,14 +117,46 @@ std::optional<RunOutcome> FollowVerdict(const PreflightVerdict& Verdict,
 }
 
 UnreadDirectories UnreadIn(const PreflightFindings& Findings) {
-    constexpr auto kUnreadable = PreflightFindingKind::UnreadableDirectory;
-    UnreadDirectories unread{.Count = Findings.Count(kUnreadable)};
+    UnreadDirectories unread{.Count = Findings.CountIf(IsUnreadDirectory)};
     for (const PreflightFinding& finding : Findings.Kept()) {
-        if (finding.Kind == kUnreadable) {
+        if (IsUnreadDirectory(finding.Kind)) {
             unread.First.push_back(finding.Path);
         }
     }
     return unread;
+}
+
+// The lines of a paragraph. Words stay whole where a terminal is narrow, and paths in one piece.
+std::vector<std::string> LinesOf(const FindingGroup& Group, const Terminal& Screen) {
+    const int width = Screen.IsOutputTerminal() ? LayoutWidth(Screen.Size()) : INT_MAX;
+    std::vector<std::string> lines = WrapWholeWords(Group.Sentence + ":", width);
+    for (const std::string& line : Group.Lines) {
+        lines.push_back("  " + line);
+    }
+    if (Group.More > 0) {
+        lines.push_back("  and " + std::to_string(Group.More) + " more");
+    }
+    return lines;
+}
+
+// The one refusal of a run that does not begin is its last line.
+void PrintFindings(const TransferRequest& Request, const PreflightFindings& Findings,
+                   PreflightVerdict::Kind Decision, const PromptContext& Context) {
+    const bool bSaidAtTheEnd = Findings.CountRefusals() == 1 && !Request.bDryRun;
+    for (const FindingGroup& group : GroupFindings(Findings, kLinesPerGroup)) {
+        if (bSaidAtTheEnd && IsRefusal(group.Kind)) {
+            continue;
+        }
+        const bool bRemoves = group.Kind == PreflightFindingKind::LinkToDirectoryOnMove;
+        const TextStyle style = bRemoves ? TextStyle::Warning : TextStyle::Plain;
+        for (const std::string& line : LinesOf(group, Context.Screen)) {
+            if (Decision == PreflightVerdict::Kind::Ask) {
+                Context.Shown.PrintBesideQuestions(line, style);
+            } else {
+                Context.Shown.PrintLine(line, style);
+            }
+        }
+    }
 }
 
 } // namespace
@@ -131,7 +165,9 @@ std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
                                             const PromptContext& Context, const KnownDiscs& Discs,
                                             UnreadDirectories& OutUnread) {
-    PreflightRun preflight(Plan, Discs);
+    const PreflightScope scope = Request.bPreflight || Request.bDryRun ? PreflightScope::Everything
+                                                                       : PreflightScope::GuardsOnly;
+    PreflightRun preflight({Plan, RulesOf(Request), scope, Discs});
     PreflightWait wait(preflight, Context);
     Context.Loop.Run(wait);
     Context.Shown.Clear();
@@ -143,14 +179,8 @@ std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                           .Text = "cannot look through the sources: " + preflight.Failure()};
     }
     const PreflightResult& result = preflight.Result();
-    const bool bCanAsk = Context.Screen.CanAsk();
-    const std::uint64_t listed = bCanAsk ? kListedOnScreen : PreflightFindings::kKeptPerKind;
-    const PreflightVerdict verdict = JudgePreflight(Request, result, bCanAsk);
-    const bool bAsks = verdict.Decision == PreflightVerdict::Kind::Ask;
-    for (const std::string& sentence : DescribeFindings(result.Findings, listed)) {
-        const std::string line = "tarvane: " + sentence;
-        bAsks ? Context.Shown.PrintBesideQuestions(line) : Context.Shown.PrintLine(line);
-    }
+    const PreflightVerdict verdict = JudgePreflight(Request, result, Context.Screen.CanAsk());
+    PrintFindings(Request, result.Findings, verdict.Decision, Context);
     Context.Report.PreflightIsOver(result);
     OutUnread = UnreadIn(result.Findings);
     return FollowVerdict(verdict, Context);

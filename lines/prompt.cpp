@@ -37,22 +37,27 @@ void Prompt::ShowPlain(const std::vector<ScreenLine>& Lines) {
 }
 
 void Prompt::PrintLine(const std::string& Text) {
+    PrintLine(Text, TextStyle::Plain);
+}
+
+void Prompt::PrintLine(const std::string& Text, TextStyle Style) {
     if (Screen.IsOutputTerminal()) {
-        PrintOnTerminal(Text);
+        PrintOnTerminal(Text, Style);
     } else {
         Errors.Add(CleanForScreen(Text));
     }
 }
 
-void Prompt::PrintBesideQuestions(const std::string& Text) {
-    PrintLine(Text);
+void Prompt::PrintBesideQuestions(const std::string& Text, TextStyle Style) {
+    PrintLine(Text, Style);
     if (!Screen.IsOutputTerminal() && Screen.CanAsk()) {
-        PrintOnTerminal(Text);
+        PrintOnTerminal(Text, Style);
     }
 }
 
-void Prompt::PrintOnTerminal(const std::string& Text) {
-    Screen.Write(Drawer.Erase(Screen.Size()) + CleanForScreen(Text) + "\n");
+void Prompt::PrintOnTerminal(const std::string& Text, TextStyle Style) {
+    Screen.Write(Drawer.Erase(Screen.Size()) + StyleOn(Style) + CleanForScreen(Text) +
+                 StyleOff(Style) + "\n");
     bWantsFrame = true;
 }
 

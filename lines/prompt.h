@@ -14,6 +14,7 @@
 #include "interface_loop.h"
 #include "line_queue.h"
 #include "terminal.h"
+#include "terminal_device.h"
 
 // Shows on standard error, through the terminal or, where that is a pipe or a file, as plain lines;
 // the block then still stands on the terminal that the program was started from.
@@ -33,13 +34,15 @@ public:
 
     // Prints one line that stays, above the block, after cleaning it.
     void PrintLine(const std::string& Text) override;
+    // The same with a style, where it goes to the terminal.
+    void PrintLine(const std::string& Text, TextStyle Style);
     // The same in as many lines as it takes to leave words whole on a narrow terminal.
     void PrintSentence(const std::string& Text);
     // The same with the program's name before it.
     void PrintMessage(const std::string& Sentence) { PrintSentence("tarvane: " + Sentence); }
     // The same as PrintLine, and also on the terminal where messages go elsewhere: for what
     // somebody has to read before an answer, and for the answer itself.
-    void PrintBesideQuestions(const std::string& Text);
+    void PrintBesideQuestions(const std::string& Text, TextStyle Style = TextStyle::Plain);
     void RingBell();
 
     // Tells what is to be said when there is no time to wait for the end of what runs; none for
@@ -62,7 +65,7 @@ public:
     void Leave(int Signal) override;
 
 private:
-    void PrintOnTerminal(const std::string& Text);
+    void PrintOnTerminal(const std::string& Text, TextStyle Style);
     void ShowPlain(const std::vector<ScreenLine>& Lines);
 
     Terminal& Screen;

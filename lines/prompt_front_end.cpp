@@ -136,11 +136,8 @@ RunOutcome PromptFrontEnd::Refuse(const PlanRefusal& Refusal) {
 RunOutcome PromptFrontEnd::Carry(const TarvaneTransferPlan& Plan) {
     const PromptContext context = Context();
     UnreadDirectories unread;
-    if (Transfer.bPreflight || Transfer.bDryRun) {
-        if (std::optional<RunOutcome> end =
-                RunPreflightPhase(Transfer, Plan, context, Discs, unread)) {
-            return *end;
-        }
+    if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, context, Discs, unread)) {
+        return *end;
     }
     SayWhatGoesWhere(Plan);
     SayThatTracksStay(Plan);

@@ -40,7 +40,7 @@ What is shown:
 
 Before and after:
       --dry-run              look through the sources, say what was found
-      --no-preflight         do not look through the sources first
+      --no-preflight         look only for what must not be removed or opened
       --follow-links         write through links at the destination, and let a
                              move remove files through links to directories
       --flush=WHEN           wait until all is written to the device: auto

@@ -195,9 +195,9 @@ TEST_F(JsonProgress, ReportsTheTotalsOfThePreflight) {
               R"("copied_bytes":800,"complete":true})");
 }
 
-TEST_F(JsonProgress, ReportsTotalsOfALookThatWasEndedEarlyAsIncomplete) {
+TEST_F(JsonProgress, ReportsTotalsOfALookForGuardsAsIncomplete) {
     PreflightResult result;
-    result.bCanceled = true;
+    result.bComplete = false;
     EXPECT_EQ(TotalsRecord(result), R"({"event":"totals","entries":0,"bytes":0,"copied_entries":0,)"
                                     R"("copied_bytes":0,"complete":false})");
 }

@@ -21,7 +21,10 @@ class PreflightPhase : public PhaseAtPrompt {
 protected:
     UnreadDirectories Unread;
 
-    PreflightPhase() { WriteFile(Root / "from/file", "data"); }
+    PreflightPhase() {
+        WriteFile(Root / "from/file", "data");
+        std::filesystem::create_directory(Root / "to");
+    }
 
     std::optional<RunOutcome> Run(const TarvaneTransferPlan& Plan) {
         return RunPreflightPhase(Request, Plan, Context(), KnownDiscs(), Unread);
@@ -43,11 +46,11 @@ protected:
         }
         return CopyOf(names);
     }
+    // The paragraph about so many of them.
     std::string Findings(int Count) const {
-        std::string lines;
+        std::string lines = "The job will stop at links that lead nowhere:\n";
         for (int i = 0; i < Count; ++i) {
-            lines += "tarvane: the job will stop at the link '" +
-                     PathOf("from/link" + std::to_string(i)) + "', which leads nowhere\n";
+            lines += "  " + PathOf("from/link" + std::to_string(i)) + "\n";
         }
         return lines;
     }
@@ -138,28 +141,113 @@ TEST_F(PreflightPhase, IsCanceledByASignal) {
 
 TEST_F(PreflightPhase, EndsTheRunWhenItCannotLook) {
     const TarvaneTransferPlan plan = CopyOf({"file"});
-    const NoProcessesLeft limit;
-    const std::optional<RunOutcome> outcome = Run(plan);
-    ASSERT_TRUE(outcome);
-    EXPECT_EQ(outcome->Result, RunResult::Failed);
-    EXPECT_EQ(outcome->Text, "cannot look through the sources: Resource temporarily unavailable");
+    for (const bool bPreflight : {true, false}) {
+        Request.bPreflight = bPreflight;
+        const NoProcessesLeft limit;
+        const std::optional<RunOutcome> outcome = Run(plan);
+        ASSERT_TRUE(outcome);
+        EXPECT_EQ(outcome->Result, RunResult::Failed);
+        EXPECT_EQ(outcome->Text,
+                  "cannot look through the sources: Resource temporarily unavailable");
+    }
     EXPECT_EQ(Report.Log, std::vector<std::string>());
 }
 
-TEST_F(PreflightPhase, ListsFiveOfAKindAndAsksOnATerminal) {
+TEST_F(PreflightPhase, ListsTenOfAKindAndAsksOnATerminal) {
     std::string shown;
     Screen.Script({Screen.Shows("Go on"), {}, [&] { shown = Screen.Screen(); }});
     Screen.PressWhen(ScriptedTerminal::Always(), {kEscapeKey});
-    EXPECT_TRUE(Run(DanglingLinks(7)));
-    EXPECT_EQ(shown, Findings(5) + "tarvane: and 2 more of these\ny yes  n or Enter no\nGo on with "
-                                   "the copy? \n");
-    EXPECT_EQ(Report.Count("look over 7"), 1);
+    EXPECT_TRUE(Run(DanglingLinks(14)));
+    EXPECT_EQ(shown, Findings(10) + "  and 4 more\ny yes  n or Enter no\nGo on with the copy? \n");
+    EXPECT_EQ(Report.Count("look over 14"), 1);
 }
 
-TEST_F(PreflightPhase, ListsAllAndAsksNobodyElsewhere) {
+TEST_F(PreflightPhase, ListsTheSameAndAsksNobodyElsewhere) {
     Screen.bAsks = false;
     EXPECT_FALSE(Run(DanglingLinks(7)));
     EXPECT_EQ(Screen.Screen(), Findings(7));
+}
+
+TEST_F(PreflightPhase, BreaksNoWordInANarrowWindow) {
+    Screen.SetSize(24, 40);
+    Screen.bAsks = false;
+    EXPECT_FALSE(Run(DanglingLinks(1)));
+    const std::string text = Screen.Written();
+    EXPECT_TRUE(text.find("The job will stop at\nlinks that lead\nnowhere:\n  /") !=
+                std::string::npos)
+        << text;
+}
+
+TEST_F(PreflightPhase, BeginsInRedWithWhatRemovesFiles) {
+    std::filesystem::create_directory(Root / "outside");
+    std::filesystem::create_directory(Root / "from/tree");
+    MakeFifo(Root / "from/pipe");
+    MakeFifo(Root / "from/tree/pipe");
+    std::filesystem::create_directory(Root / "to/tree");
+    std::filesystem::create_directory_symlink(Root / "outside", Root / "from/tree/link");
+    Request.bMove = true;
+    Request.OnConflict = FileConflictChoice::Overwrite;
+    Screen.bAsks = false;
+    TarvaneTransferPlan plan = CopyOf({"tree"});
+    plan.bMove = true;
+    const std::optional<RunOutcome> outcome = Run(plan);
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome->Text, "the move would remove entries that were not selected; pass "
+                             "--follow-links to allow it");
+    const std::string sentence =
+        "Links lead to directories, the contents of which will be copied and removed there:";
+    EXPECT_EQ(Screen.Screen(), sentence + "\n  " + PathOf("from/tree/link") +
+                                   "\nThe job will stop at pipes, sockets and devices:\n  " +
+                                   PathOf("from/tree/pipe") + "\n");
+    EXPECT_NE(Screen.Written().find(StyleOn(TextStyle::Warning) + sentence), std::string::npos);
+}
+
+TEST_F(PreflightPhase, SaysTheOneRefusalOnlyOnce) {
+    WriteFile(Root / "to/file", "old");
+    Request.OnConflict = FileConflictChoice::Fail;
+    const std::optional<RunOutcome> outcome = Run(CopyOf({"file"}));
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome->Result, RunResult::Failed);
+    EXPECT_EQ(outcome->Text, "cannot create '" + PathOf("to/file") + "': File exists");
+    EXPECT_EQ(Screen.Screen(), "");
+    Request.bDryRun = true;
+    EXPECT_EQ(Run(CopyOf({"file"}))->Result, RunResult::Failed);
+    EXPECT_EQ(Screen.Screen(),
+              "Names at the destination are taken:\n  " + PathOf("to/file") + "\n");
+}
+
+TEST_F(PreflightPhase, ListsTenRefusalsAndAsksNobody) {
+    std::vector<std::string> names;
+    std::string lines = "Names at the destination are taken:\n";
+    for (int i = 0; i < 14; ++i) {
+        names.push_back("name" + std::to_string(i));
+        WriteFile(Root / "from" / names.back(), "new");
+        WriteFile(Root / "to" / names.back(), "old");
+        lines += i < 10 ? "  " + PathOf("to/" + names.back()) + "\n" : "";
+    }
+    Request.OnConflict = FileConflictChoice::Fail;
+    const std::optional<RunOutcome> outcome = Run(CopyOf(names));
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome->Text, "nothing was touched: 14 names are in the way");
+    EXPECT_EQ(Screen.Screen(), lines + "  and 4 more\n");
+}
+
+TEST_F(PreflightPhase, SaysThatItMakesDirectoriesAndAsksNobody) {
+    std::filesystem::remove(Root / "to");
+    EXPECT_FALSE(Run(CopyOf({"file"})));
+    EXPECT_EQ(Screen.Screen(),
+              "The job makes directories that do not exist:\n  " + PathOf("to") + "\n");
+}
+
+// Leaving the look out leaves out what informs.
+TEST_F(PreflightPhase, GuardsWhenItIsLeftOut) {
+    Request.bPreflight = false;
+    EXPECT_FALSE(Run(DanglingLinks(1)));
+    EXPECT_EQ(Screen.Screen(), "");
+    std::filesystem::create_symlink("nowhere", Root / "to/file");
+    const std::optional<RunOutcome> outcome = Run(CopyOf({"file"}));
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome->Text, "not writing through dangling symlink '" + PathOf("to/file") + "'");
 }
 
 TEST_F(PreflightPhase, PrintsFindingsThatNobodyIsAskedAboutWhereMessagesGo) {

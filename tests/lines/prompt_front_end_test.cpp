@@ -54,8 +54,8 @@ protected:
     void TakeName() { WriteFile(Root / "to/a", "old"); }
 
     std::string Finding() const {
-        return "tarvane: the job will stop at the link '" + PathOf("from/tree/link") +
-               "', which leads nowhere\n";
+        return "The job will stop at links that lead nowhere:\n  " + PathOf("from/tree/link") +
+               "\n";
     }
     std::string VerboseLine() const {
         return "'" + PathOf("from/a") + "' -> '" + PathOf("to/a") + "'\n";

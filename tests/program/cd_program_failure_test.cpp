@@ -26,7 +26,7 @@ TEST_F(CdProgram, RefusesATrackThatTheDiscDoesNotHave) {
 TEST_F(CdProgram, SaysThatATrackHasNoLength) {
     Drives.Describe(AudioDisc({150, 1000, 1000}, 2000, kDisc));
     EXPECT_EQ(Copy({"cdda:/dev/sr0/2"}).Errors,
-              "tarvane: the job will stop at 'cdda:/dev/sr0/2', which has no length\n"
+              "The job will stop at tracks that have no length:\n  cdda:/dev/sr0/2\n"
               "tarvane: Audio CD track has an invalid frame range.\nNothing copied.\n");
     EXPECT_EQ(TreeOf(Music), Tree{});
 }
@@ -59,7 +59,7 @@ TEST_F(CdProgram, SaysBeforeTheJobWhatWouldStopIt) {
     disc.Tracks[0].bData = true;
     Drives.Describe(disc);
     EXPECT_EQ(Copy({"cdda:/dev/sr0/1"}).Errors,
-              "tarvane: the job will stop at 'cdda:/dev/sr0/1', which is a data track\n"
+              "The job will stop at data tracks:\n  cdda:/dev/sr0/1\n"
               "tarvane: Selected CD track is a data track, not audio.\nNothing copied.\n");
 }
 

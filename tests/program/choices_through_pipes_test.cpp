@@ -143,7 +143,10 @@ TEST_F(ChoicesThroughPipes, FailKeepsWhatStandsInADirectory) {
     const ProgramResult result = Tarvane(
         {"copy", "-T", "--on-conflict=fail", "--on-directory-conflict=merge", "from", "into"});
     EXPECT_EQ(result.Status, 1);
-    EXPECT_EQ(result.Errors.find("tarvane: "), 0U) << result.Errors;
+    EXPECT_TRUE(result.Errors.starts_with("Names at the destination are taken:\n  /"))
+        << result.Errors;
+    EXPECT_TRUE(result.Errors.ends_with("tarvane: nothing was touched: 5 names are in the way\n"))
+        << result.Errors;
     EXPECT_EQ(TreeOf(Root / "into"), before);
 }
 
@@ -218,21 +221,20 @@ TEST_F(ChoicesThroughPipes, JsonReportsEveryConflictWithItsAnswerAndTheResult) {
                           {"renamed", 0}}));
 }
 
-TEST_F(ChoicesThroughPipes, JsonReportsTheConflictThatEndsTheRun) {
+TEST_F(ChoicesThroughPipes, JsonReportsEveryNameThatKeepsTheRunFromBeginning) {
     const ProgramResult result = Tarvane({"copy", "-T", "--progress=json", "--on-conflict=fail",
                                           "--on-directory-conflict=merge", "from", "into"});
     EXPECT_EQ(result.Status, 1);
-    std::vector<std::string> answers;
+    std::vector<std::string> kinds;
     for (const Json& record : Records(result.Output)) {
-        if (record.at("event") == "conflict") {
-            answers.push_back(record.at("kind").get<std::string>() + " " +
-                              record.at("answer").get<std::string>() + ": " +
-                              record.at("outcome").get<std::string>());
+        if (record.at("event") == "preflight") {
+            kinds.push_back(record.at("kind"));
         }
     }
-    EXPECT_EQ(answers,
-              (std::vector<std::string>{"directory merge: merged", "file cancel: unfinished"}));
+    EXPECT_EQ(kinds, std::vector<std::string>(5, "taken-name"));
     EXPECT_EQ(Records(result.Output).back().at("result"), "failed");
+    EXPECT_EQ(Records(result.Output).back().at("status"),
+              "nothing was touched: 5 names are in the way");
 }
 
 TEST_F(ChoicesThroughPipes, JsonEndsWithTheCountsOfTheWholeJob) {
@@ -315,6 +317,30 @@ TEST_F(ChoicesThroughPipes, ADryRunTellsTheTotalsAndTouchesNothing) {
     EXPECT_EQ(result.Status, 0);
     EXPECT_EQ(result.Output, "Would copy 6 entries, 7 B (7 bytes).\n");
     EXPECT_EQ(result.Errors, "");
+    EXPECT_FALSE(fs::exists(Root / "elsewhere"));
+}
+
+TEST_F(ChoicesThroughPipes, ADryRunTellsWhatTheChoiceWouldDo) {
+    const ProgramResult skipped = Tarvane({"copy", "-T", "--dry-run", "-n", "from", "into"});
+    EXPECT_EQ(skipped.Status, 0);
+    EXPECT_EQ(skipped.Output, "Would copy 1 entry, 0 B (0 bytes); 5 skipped.\n");
+    const ProgramResult taken =
+        Tarvane({"copy", "-T", "--dry-run", "--on-conflict=fail", "from", "into"});
+    EXPECT_EQ(taken.Status, 1);
+    EXPECT_EQ(taken.Output, "Would copy 1 entry, 0 B (0 bytes); 5 in the way.\n");
+    const ProgramResult replaced = Tarvane({"copy", "-T", "--dry-run", "-f", "from", "into"});
+    EXPECT_EQ(replaced.Status, 0);
+    EXPECT_EQ(replaced.Output, "Would copy 6 entries, 7 B (7 bytes); 5 replaced.\n");
+}
+
+// The engine would create a file where the link points.
+TEST_F(ChoicesThroughPipes, NoPreflightGuardsALinkThatLeadsNowhere) {
+    fs::remove(Root / "into/older");
+    fs::create_symlink(Root / "elsewhere", Root / "into/older");
+    const ProgramResult result = Tarvane({"copy", "-T", "-f", "--no-preflight", "from", "into"});
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_EQ(result.Errors, "tarvane: not writing through dangling symlink '" +
+                                 (Root / "into/older").string() + "'\n");
     EXPECT_FALSE(fs::exists(Root / "elsewhere"));
 }
 

@@ -27,8 +27,8 @@ protected:
     }
 
     std::string Finding() const {
-        return "tarvane: the job will stop at the link '" + (Root / "from/dangling").string() +
-               "', which leads nowhere\n";
+        return "The job will stop at links that lead nowhere:\n  " +
+               (Root / "from/dangling").string() + "\n";
     }
 };
 

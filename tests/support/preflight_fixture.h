@@ -31,7 +31,8 @@ protected:
     void PlanToCopy(const Items& Given) { Plan = PlanOf(false, Given); }
     void PlanToMove(const Items& Given) { Plan = PlanOf(true, Given); }
 
-    PreflightResult Look() { return RunPreflight(Plan, Control); }
+    PreflightTask Task() const { return {Plan, Rules, Scope}; }
+    PreflightResult Look() { return RunPreflight(Task(), Control); }
 
     // The findings as "dangling-link from/link, stops", sorted.
     Strings Found() { return InWords(Look()); }
@@ -58,5 +59,7 @@ protected:
     const std::filesystem::path From = Room / "from";
     const std::filesystem::path To = Room / "to";
     TarvaneTransferPlan Plan;
+    ConflictRules Rules{.ForFiles = FileConflictChoice::Overwrite};
+    PreflightScope Scope = PreflightScope::Everything;
     PreflightControl Control;
 };

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstddef>
 #include <map>
 #include <optional>
 #include <system_error>
@@ -10,7 +9,6 @@
 
 #include <sys/stat.h>
 
-#include "conflict_policy.h"
 #include "full_path.h"
 #include "plan_sources.h"
 #include "quoted.h"
@@ -103,37 +101,6 @@ void FindTwoOnOneName(const std::vector<TarvaneTransferItemPlan>& Items,
     }
 }
 
-// Why the item must not take its destination's name; empty when it may, or when it can be asked.
-std::string WhyNameIsRefused(const TarvaneTransferItemPlan& Item, const ConflictPolicy& Policy) {
-    struct stat status;
-    if (stat(Item.DestinationPath.c_str(), &status) != 0) {
-        const bool bLink = errno == ENOENT && lstat(Item.DestinationPath.c_str(), &status) == 0;
-        return bLink
-                   ? "not writing through dangling symlink " + Quoted(Item.DestinationPath.native())
-                   : "";
-    }
-    TarvaneTransferConflict conflict;
-    conflict.Kind = Item.bDirectory ? TarvaneTransferConflictKind::Directory
-                                    : TarvaneTransferConflictKind::File;
-    conflict.SourcePath = Item.SourcePath.native();
-    conflict.DestinationPath = Item.DestinationPath.native();
-    conflict.bSourceDirectory = Item.bDirectory;
-    conflict.bDestinationDirectory = S_ISDIR(status.st_mode);
-    const TakenEntry entry = LookAtTakenEntry(Item.DestinationPath).value_or(TakenEntry());
-    return Policy.Decide(MakeTakenName(conflict, entry, Policy.FollowsLinks())).Sentence;
-}
-
-void FindRefusedNames(const TransferRequest& Request,
-                      const std::vector<TarvaneTransferItemPlan>& Items,
-                      PlanRefusal& InOutRefusal) {
-    const ConflictPolicy policy(RulesOf(Request));
-    for (const TarvaneTransferItemPlan& item : Items) {
-        if (std::string sentence = WhyNameIsRefused(item, policy); !sentence.empty()) {
-            InOutRefusal.Add(PlanRefusalKind::Failed, std::move(sentence));
-        }
-    }
-}
-
 fs::path CommonBeginning(const fs::path& First, const fs::path& Second) {
     fs::path common;
     auto other = Second.begin();
@@ -172,7 +139,6 @@ std::vector<TarvaneTransferItemPlan> MakeItems(const TransferRequest& Request,
         items.push_back(MakeItem(source, fullDestination, bIntoDirectory));
     }
     FindTwoOnOneName(items, InOutRefusal);
-    FindRefusedNames(Request, items, InOutRefusal);
     return items;
 }
 

@@ -2,13 +2,17 @@
 
 #include "full_path.h"
 
+#include <cerrno>
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <linux/magic.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
+#include <sys/syscall.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <array>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -18,8 +22,8 @@ namespace {
 constexpr std::uint64_t kMaxFatFileBytes = 0xFFFFFFFF;
 constexpr std::uint64_t kFixedAttributes = STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND;
 
-bool MayAccess(const fs::path& Path, int Access) {
-    return ::faccessat(AT_FDCWD, Path.c_str(), Access, AT_EACCESS) == 0;
+int WhyNoAccess(const fs::path& Path, int Access) {
+    return ::faccessat(AT_FDCWD, Path.c_str(), Access, AT_EACCESS) == 0 ? 0 : errno;
 }
 
 // The status of the entry itself when it is a link.
@@ -28,15 +32,24 @@ bool QueryEntry(const fs::path& Path, struct statx& OutStatus) {
                    &OutStatus) == 0;
 }
 
+FileIdentity IdentityIn(const struct statx& Status) {
+    return {makedev(Status.stx_dev_major, Status.stx_dev_minor), Status.stx_ino};
+}
+
+// Whether this process may do with the files of others what only their owners may.
+bool ActsForOwners() {
+    __user_cap_header_struct header{};
+    header.version = _LINUX_CAPABILITY_VERSION_3;
+    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets{};
+    return ::syscall(SYS_capget, &header, sets.data()) == 0 &&
+           (sets[CAP_TO_INDEX(CAP_FOWNER)].effective & CAP_TO_MASK(CAP_FOWNER)) != 0;
+}
+
 // In a directory that many share, entries belong to their owners.
-bool MayTakeFrom(const fs::path& Directory, const struct statx& Entry) {
-    struct stat directory {};
-    if (!MayChangeDirectory(Directory) || ::stat(Directory.c_str(), &directory) != 0) {
-        return false;
-    }
+bool MayTakeFrom(const SourceDirectoryFacts& Directory, const struct statx& Entry) {
     const uid_t user = ::geteuid();
-    const bool bShared = (directory.st_mode & S_ISVTX) != 0;
-    return !bShared || user == 0 || user == directory.st_uid || user == Entry.stx_uid;
+    return Directory.bWritable && (!Directory.bShared || user == Directory.Owner ||
+                                   user == Entry.stx_uid || ActsForOwners());
 }
 
 std::vector<FileIdentity> LineageOf(const fs::path& Directory) {
@@ -67,44 +80,66 @@ void AddFileSystemFacts(DestinationFacts& OutFacts) {
     if (fileSystem.f_type == MSDOS_SUPER_MAGIC) {
         OutFacts.MaxFileBytes = kMaxFatFileBytes;
     }
+    if (fileSystem.f_namelen > 0) {
+        OutFacts.MaxNameBytes = static_cast<std::uint64_t>(fileSystem.f_namelen);
+    }
     // An overlay copies directories of its lower layers on a rename, or refuses.
     OutFacts.bRenamesDirectories = fileSystem.f_type != OVERLAYFS_SUPER_MAGIC;
 }
 
 } // namespace
 
-DestinationFacts FactsOf(const fs::path& Directory) {
+DestinationFacts FactsOf(const fs::path& Wanted) {
     DestinationFacts facts;
-    facts.Directory = Directory;
-    facts.bWritable = MayChangeDirectory(Directory);
+    facts.Directory = NearestExistingDirectory(Wanted);
+    facts.bMissing = facts.Directory != Wanted;
+    facts.WriteError = WhyUnchangeable(facts.Directory);
     // The slash leads through a link to the directory.
     struct statx status {};
-    if (QueryEntry(Directory / "", status)) {
-        facts.Device = makedev(status.stx_dev_major, status.stx_dev_minor);
+    if (QueryEntry(facts.Directory / "", status)) {
+        facts.Device = IdentityIn(status).Device;
         facts.MountId = status.stx_mnt_id;
     }
     AddFileSystemFacts(facts);
-    facts.Lineage = LineageOf(Directory);
+    facts.Lineage = LineageOf(facts.Directory);
     return facts;
 }
 
-bool MayChangeDirectory(const fs::path& Directory) {
-    return MayAccess(Directory, W_OK | X_OK);
+SourceDirectoryFacts SourceDirectoryFactsOf(const fs::path& Directory) {
+    SourceDirectoryFacts facts;
+    struct statx status {};
+    if (QueryEntry(Directory / "", status)) {
+        facts.Identity = IdentityIn(status);
+        facts.bShared = (status.stx_mode & S_ISVTX) != 0;
+        facts.Owner = status.stx_uid;
+        const bool bAppendOnly = (status.stx_attributes & STATX_ATTR_APPEND) != 0;
+        facts.bWritable = !bAppendOnly && WhyUnchangeable(Directory) == 0;
+    }
+    return facts;
 }
 
-bool CanBeRenamed(const fs::path& Source, const DestinationFacts& Destination) {
+int WhyUnchangeable(const fs::path& Directory) {
+    return WhyNoAccess(Directory, W_OK | X_OK);
+}
+
+bool CanBeRenamed(const fs::path& Source, const SourceDirectoryFacts& SourceDirectory,
+                  const DestinationFacts& Destination) {
     struct statx status {};
     if (!QueryEntry(Source, status)) {
         return false;
     }
     const bool bSameMount =
-        makedev(status.stx_dev_major, status.stx_dev_minor) == Destination.Device &&
-        status.stx_mnt_id == Destination.MountId;
+        IdentityIn(status).Device == Destination.Device && status.stx_mnt_id == Destination.MountId;
     const bool bFixed = (status.stx_attributes & kFixedAttributes) != 0;
-    if (!bSameMount || bFixed || !Destination.bWritable || !MayTakeFrom(ParentOf(Source), status)) {
+    if (!bSameMount || bFixed || Destination.WriteError != 0 ||
+        !MayTakeFrom(SourceDirectory, status)) {
         return false;
     }
-    // A directory must be writable itself, for its link to the directory above.
-    return !S_ISDIR(status.stx_mode) ||
-           (Destination.bRenamesDirectories && MayAccess(Source, W_OK));
+    if (!S_ISDIR(status.stx_mode)) {
+        return true;
+    }
+    // A directory that gets another parent must be writable itself, for its link to that.
+    const bool bStaysInDirectory = !Destination.bMissing && !Destination.Lineage.empty() &&
+                                   SourceDirectory.Identity == Destination.Lineage.front();
+    return Destination.bRenamesDirectories && (bStaysInDirectory || WhyNoAccess(Source, W_OK) == 0);
 }

@@ -1,4 +1,4 @@
-// What is known of the directory that entries are to be put into.
+// What is known of the directories that entries are put into, or moved out of.
 
 #pragma once
 
@@ -7,12 +7,17 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
+#include <map>
 #include <optional>
 #include <vector>
 
 struct DestinationFacts {
+    // The nearest one that exists.
     std::filesystem::path Directory;
-    bool bWritable = false;
+    // The directory itself is not there yet.
+    bool bMissing = false;
+    // Why nothing can be created in Directory: an errno, or 0.
+    int WriteError = 0;
     std::uint64_t Device = 0;
     // Entries can be renamed within one mount only.
     std::uint64_t MountId = 0;
@@ -22,16 +27,46 @@ struct DestinationFacts {
     // For users without privileges; none when the file system does not tell.
     std::optional<std::uint64_t> FreeBytes;
     std::uint64_t MaxFileBytes = std::numeric_limits<std::uint64_t>::max();
-    // The directory and those above it, up to the root.
+    std::uint64_t MaxNameBytes = std::numeric_limits<std::uint64_t>::max();
+    // Directory and those above it, up to the root.
     std::vector<FileIdentity> Lineage;
 };
 
-// Requires: Directory exists.
-DestinationFacts FactsOf(const std::filesystem::path& Directory);
+DestinationFacts FactsOf(const std::filesystem::path& Wanted);
 
-// Whether entries can be created in a directory and removed from it.
-bool MayChangeDirectory(const std::filesystem::path& Directory);
+// The directory that an item is moved out of.
+struct SourceDirectoryFacts {
+    std::optional<FileIdentity> Identity;
+    // Entries can be removed from it.
+    bool bWritable = false;
+    // Many share it, so that each entry is only its owner's, and that of the directory's Owner.
+    bool bShared = false;
+    std::uint64_t Owner = 0;
+};
 
-// Whether a move of Source to a free name in a destination can be a rename. When in doubt it
-// cannot: then files are copied and removed one by one.
-bool CanBeRenamed(const std::filesystem::path& Source, const DestinationFacts& Destination);
+SourceDirectoryFacts SourceDirectoryFactsOf(const std::filesystem::path& Directory);
+
+// Looks at each directory only once.
+template <typename Facts, Facts (*Look)(const std::filesystem::path&)>
+class KnownDirectories {
+public:
+    // The reference stays good.
+    const Facts& At(const std::filesystem::path& Directory) {
+        const auto known = Known.find(Directory);
+        return known != Known.end() ? known->second
+                                    : Known.emplace(Directory, Look(Directory)).first->second;
+    }
+
+private:
+    std::map<std::filesystem::path, Facts> Known;
+};
+
+using KnownDestinations = KnownDirectories<DestinationFacts, FactsOf>;
+
+// 0 when entries can be created in a directory and removed from it, otherwise the errno.
+int WhyUnchangeable(const std::filesystem::path& Directory);
+
+// Whether a move of Source out of SourceDirectory to a free name in a destination can be a rename.
+// When in doubt it cannot: then files are copied and removed one by one.
+bool CanBeRenamed(const std::filesystem::path& Source, const SourceDirectoryFacts& SourceDirectory,
+                  const DestinationFacts& Destination);

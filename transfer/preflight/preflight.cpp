@@ -1,13 +1,11 @@
 #include "preflight.h"
 
-#include "destination_facts.h"
-#include "full_path.h"
 #include "preflight_tracks.h"
 #include "preflight_walk.h"
 #include "tarvanepane.h"
 
-#include <map>
-#include <optional>
+#include <fcntl.h>
+
 #include <set>
 #include <utility>
 
@@ -17,126 +15,80 @@ namespace {
 
 class Preflight {
 public:
-    Preflight(const TarvaneTransferPlan& PlanToLookAt, PreflightControl& ControlToUse,
-              const KnownDiscs& Discs)
-        : Plan(PlanToLookAt), Control(ControlToUse), Tracks(Result, Discs) {}
+    Preflight(const PreflightTask& Task, PreflightControl& ControlToUse)
+        : Plan(Task.Plan), Scope(Task.Scope), Control(ControlToUse), Names(Task.Rules, Result),
+          Sources({Result, Control, Destinations, Names, Demand}, Plan.bMove, Scope),
+          Tracks(Result, Task.Discs) {
+        Result.Findings = PreflightFindings(Scope);
+        Result.bComplete = Scope == PreflightScope::Everything;
+    }
 
     PreflightResult Run();
 
 private:
-    // What is going to be written to one file system.
-    struct Demand {
-        const DestinationFacts* Destination = nullptr;
-        std::uint64_t BlockBytes = 0;
-        // Nothing is there yet that would be skipped or overwritten.
-        bool bAllNew = true;
-    };
-
-    void LookAtItem(const TarvaneTransferItemPlan& Item);
-    WalkRules RulesFor(const TarvaneTransferItemPlan& Item, bool bNew,
-                       const DestinationFacts& Facts);
-    const DestinationFacts& FactsFor(const fs::path& Directory, bool bNew);
-    void CheckRemoval(const fs::path& Source);
-    void CheckSpace();
+    void LookAtParent(const fs::path& Destination);
+    void LookAtTrack(const std::string& Track, const fs::path& Destination);
 
     const TarvaneTransferPlan& Plan;
+    const PreflightScope Scope;
     PreflightControl& Control;
     PreflightResult Result;
-    SourceWalk Sources{Result, Control};
+    KnownDestinations Destinations;
+    SpaceDemand Demand;
+    TakenNames Names;
+    SourceWalk Sources;
     TrackLook Tracks;
-    // By the directory that is written to, which need not exist yet.
-    std::map<fs::path, DestinationFacts> KnownFacts;
-    std::set<fs::path> CheckedParents;
-    // By the device of the file system.
-    std::map<std::uint64_t, Demand> Demands;
+    std::set<fs::path> MadeDirectories;
 };
 
 PreflightResult Preflight::Run() {
     for (const TarvaneTransferItemPlan& item : Plan.Items) {
-        Result.bCanceled = Result.bCanceled || Control.bStopRequested;
-        if (Result.bCanceled) {
-            break;
+        LookAtParent(item.DestinationPath);
+        const std::string source = item.SourcePath.string();
+        if (TarvaneIsCddaPath(source)) {
+            LookAtTrack(source, item.DestinationPath);
+        } else {
+            Sources.Walk(item.SourcePath, item.DestinationPath);
         }
-        LookAtItem(item);
     }
     Result.bRemovesUnselected = Sources.RemovesUnselected();
-    CheckSpace();
+    Demand.Check(Result.Findings);
     return std::move(Result);
 }
 
-void Preflight::LookAtItem(const TarvaneTransferItemPlan& Item) {
-    struct stat status {};
-    const bool bNew = ::stat(Item.DestinationPath.c_str(), &status) != 0;
-    const bool bMerged = !bNew && S_ISDIR(status.st_mode);
-    const DestinationFacts& facts =
-        FactsFor(bMerged ? Item.DestinationPath : Item.DestinationPath.parent_path(), bNew);
-    Demand& demand = Demands[facts.Device];
-    demand.Destination = &facts;
-    demand.bAllNew = demand.bAllNew && bNew;
-    const std::string sourceText = Item.SourcePath.string();
-    if (TarvaneIsCddaPath(sourceText)) {
-        ++Control.EntriesSeen;
-        demand.BlockBytes += Tracks.LookAt(sourceText);
+void Preflight::LookAtParent(const fs::path& Destination) {
+    const fs::path parent = Destination.parent_path();
+    if (Destinations.At(parent).bMissing && MadeDirectories.insert(parent).second) {
+        Result.Findings.Add({.Kind = PreflightFindingKind::MadeDirectory, .Path = parent});
+    }
+}
+
+void Preflight::LookAtTrack(const std::string& Track, const fs::path& Destination) {
+    ++Control.EntriesSeen;
+    const DestinationEntry there = LookAtDestination(AT_FDCWD, Destination);
+    const NameFate fate = Names.Decide({.Path = Track}, Destination, there);
+    if (Scope == PreflightScope::GuardsOnly) {
         return;
     }
-    WalkRules rules = RulesFor(Item, bNew, facts);
-    if (!bNew) {
-        rules.Destination = IdentityOf(status);
+    const std::uint64_t entriesBefore = Result.CopiedEntries;
+    const std::uint64_t bytesBefore = Result.CopiedBytes;
+    const std::uint64_t wavBytes = Tracks.LookAt(Track);
+    if (fate == NameFate::Skipped || fate == NameFate::Refused) {
+        Result.SkippedEntries += Result.CopiedEntries - entriesBefore;
+        Result.SkippedBytes += Result.CopiedBytes - bytesBefore;
+        Result.CopiedEntries = entriesBefore;
+        Result.CopiedBytes = bytesBefore;
+        return;
     }
-    demand.BlockBytes += Sources.Walk(Item.SourcePath, rules);
-}
-
-WalkRules Preflight::RulesFor(const TarvaneTransferItemPlan& Item, bool bNew,
-                              const DestinationFacts& Facts) {
-    WalkRules rules;
-    rules.bRenamed = Plan.bMove && bNew && CanBeRenamed(Item.SourcePath, Facts);
-    rules.bRemoved = Plan.bMove && !rules.bRenamed;
-    rules.MaxFileBytes = Facts.MaxFileBytes;
-    rules.BlockBytes = Facts.BlockBytes;
-    rules.DestinationDevice = Facts.Device;
-    rules.DestinationLineage = Facts.Lineage;
-    if (rules.bRemoved) {
-        CheckRemoval(Item.SourcePath);
-    }
-    return rules;
-}
-
-// Looks at the same directory only once.
-const DestinationFacts& Preflight::FactsFor(const fs::path& Directory, bool bNew) {
-    const auto known = KnownFacts.find(Directory);
-    if (known != KnownFacts.end()) {
-        return known->second;
-    }
-    DestinationFacts& facts = KnownFacts[Directory] = FactsOf(NearestExistingDirectory(Directory));
-    if (bNew && !facts.bWritable) {
-        Result.Findings.AddStop(PreflightFindingKind::UnwritableDestination, facts.Directory);
-    }
-    return facts;
-}
-
-void Preflight::CheckRemoval(const fs::path& Source) {
-    const fs::path parent = ParentOf(Source);
-    if (CheckedParents.insert(parent).second && !MayChangeDirectory(parent)) {
-        Result.Findings.AddStop(PreflightFindingKind::UnwritableSourceDirectory, parent);
-    }
-}
-
-void Preflight::CheckSpace() {
-    for (const auto& [device, demand] : Demands) {
-        const std::optional<std::uint64_t> freeBytes = demand.Destination->FreeBytes;
-        if (freeBytes && demand.BlockBytes > *freeBytes) {
-            Result.Findings.Add({.Kind = PreflightFindingKind::TooLittleSpace,
-                                 .Path = demand.Destination->Directory,
-                                 .bStopsJob = demand.bAllNew,
-                                 .NeededBytes = demand.BlockBytes,
-                                 .AvailableBytes = *freeBytes});
-        }
-    }
+    const DestinationFacts& facts = Destinations.At(Destination.parent_path());
+    const std::uint64_t occupied = fate == NameFate::Renamed ? 0 : there.OccupiedBytes;
+    Demand.Add(facts, fate == NameFate::Asked
+                          ? SpaceDemand::PossibleNeedOf(wavBytes, occupied, facts)
+                          : SpaceDemand::NeedOf(wavBytes, occupied, facts));
 }
 
 } // namespace
 
-PreflightResult RunPreflight(const TarvaneTransferPlan& Plan, PreflightControl& Control,
-                             const KnownDiscs& Discs) {
-    return Preflight(Plan, Control, Discs).Run();
+PreflightResult RunPreflight(const PreflightTask& Task, PreflightControl& Control) {
+    return Preflight(Task, Control).Run();
 }

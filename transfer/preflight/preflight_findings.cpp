@@ -1,9 +1,5 @@
 #include "preflight_findings.h"
 
-#include "quoted.h"
-#include "size_text.h"
-
-#include <map>
 #include <numeric>
 #include <utility>
 
@@ -16,6 +12,9 @@ std::size_t IndexOf(PreflightFindingKind Kind) {
 } // namespace
 
 void PreflightFindings::Add(PreflightFinding Finding) {
+    if (Scope == PreflightScope::GuardsOnly && !IsGuard(Finding.Kind)) {
+        return;
+    }
     All.bAnyStopsJob = All.bAnyStopsJob || Finding.bStopsJob;
     if (All.Counts.at(IndexOf(Finding.Kind))++ < kKeptPerKind) {
         KeptFindings.push_back(std::move(Finding));
@@ -35,6 +34,14 @@ std::uint64_t PreflightFindings::Count() const {
     return std::accumulate(All.Counts.begin(), All.Counts.end(), std::uint64_t{0});
 }
 
+std::uint64_t PreflightFindings::CountIf(bool (*Belongs)(PreflightFindingKind)) const {
+    std::uint64_t count = 0;
+    for (std::size_t kind = 0; kind < kPreflightFindingKinds; ++kind) {
+        count += Belongs(static_cast<PreflightFindingKind>(kind)) ? All.Counts.at(kind) : 0;
+    }
+    return count;
+}
+
 std::string_view PreflightFindingName(PreflightFindingKind Kind) {
     switch (Kind) {
     case PreflightFindingKind::DanglingLink:
@@ -51,6 +58,8 @@ std::string_view PreflightFindingName(PreflightFindingKind Kind) {
         return "unreadable-file";
     case PreflightFindingKind::UnreadableDirectory:
         return "unreadable-directory";
+    case PreflightFindingKind::UnreadableDirectoryOnMove:
+        return "unreadable-directory-on-move";
     case PreflightFindingKind::UninspectableEntry:
         return "uninspectable-entry";
     case PreflightFindingKind::UnwritableSourceDirectory:
@@ -61,10 +70,18 @@ std::string_view PreflightFindingName(PreflightFindingKind Kind) {
         return "source-is-destination";
     case PreflightFindingKind::UnwritableDestination:
         return "unwritable-destination";
+    case PreflightFindingKind::UnwritableFile:
+        return "unwritable-file";
+    case PreflightFindingKind::MadeDirectory:
+        return "made-directory";
     case PreflightFindingKind::TooLittleSpace:
         return "too-little-space";
     case PreflightFindingKind::FileTooLarge:
         return "file-too-large";
+    case PreflightFindingKind::NameTooLong:
+        return "name-too-long";
+    case PreflightFindingKind::PathTooLong:
+        return "path-too-long";
     case PreflightFindingKind::MissingDrive:
         return "missing-drive";
     case PreflightFindingKind::MissingTrack:
@@ -73,74 +90,18 @@ std::string_view PreflightFindingName(PreflightFindingKind Kind) {
         return "empty-track";
     case PreflightFindingKind::DataTrack:
         return "data-track";
+    case PreflightFindingKind::TakenName:
+        return "taken-name";
+    case PreflightFindingKind::UnequalKinds:
+        return "unequal-kinds";
+    case PreflightFindingKind::DanglingDestination:
+        return "dangling-destination";
+    case PreflightFindingKind::LinkAtDestination:
+        return "link-at-destination";
+    case PreflightFindingKind::SpecialDestination:
+        return "special-destination";
+    case PreflightFindingKind::DestinationHoldsSource:
+        return "destination-holds-source";
     }
     return "";
-}
-
-std::string DescribeFinding(const PreflightFinding& Finding) {
-    const std::string path = Quoted(Finding.Path.native());
-    const std::string needed = SizeText(Finding.NeededBytes);
-    const std::string available = SizeText(Finding.AvailableBytes);
-    switch (Finding.Kind) {
-    case PreflightFindingKind::DanglingLink:
-        return "the job will stop at the link " + path + ", which leads nowhere";
-    case PreflightFindingKind::LinkToDirectory:
-        return "the directory that the link " + path + " leads to will be copied with its contents";
-    case PreflightFindingKind::LinkToDirectoryOnMove:
-        return "what is in the directory that the link " + path +
-               " leads to will be copied and removed there";
-    case PreflightFindingKind::LinkCycle:
-        return "the job will go round in circles and stop at the link " + path +
-               ", which leads back to a directory above it";
-    case PreflightFindingKind::SpecialEntry:
-        return "the job will stop at " + path + ", which is a pipe, a socket or a device";
-    case PreflightFindingKind::UnreadableFile:
-        return "the job will stop at the file " + path + ", which cannot be read";
-    case PreflightFindingKind::UnreadableDirectory:
-        return "the directory " + path +
-               " cannot be read: its copy will be empty, and a move will leave it behind";
-    case PreflightFindingKind::UninspectableEntry:
-        return "the job will stop at " + path + ": " + Finding.Reason;
-    case PreflightFindingKind::UnwritableSourceDirectory:
-        return "the move will stop at the directory " + path +
-               ", from which nothing can be removed";
-    case PreflightFindingKind::DestinationInsideSource:
-        return "the job will stop at the directory " + path +
-               ", because the destination is inside it";
-    case PreflightFindingKind::SourceIsDestination:
-        return "the job will stop at " + path + ", because the destination is the same";
-    case PreflightFindingKind::UnwritableDestination:
-        return "nothing can be created in the directory " + path;
-    case PreflightFindingKind::TooLittleSpace:
-        return needed + " are needed in " + path + ", where " + available + " are free" +
-               (Finding.bStopsJob ? "" : "; less when part of it is already there");
-    case PreflightFindingKind::FileTooLarge:
-        return "the job will stop at the file " + path + ": its " + needed +
-               " are more than the destination can hold in one file (" + available + ")";
-    case PreflightFindingKind::MissingDrive:
-        return "the job will stop at " + path + ": " + Finding.Reason;
-    case PreflightFindingKind::MissingTrack:
-        return "the job will stop at " + path + ", which is not on the disc";
-    case PreflightFindingKind::EmptyTrack:
-        return "the job will stop at " + path + ", which has no length";
-    case PreflightFindingKind::DataTrack:
-        return "the job will stop at " + path + ", which is a data track";
-    }
-    return "";
-}
-
-std::vector<std::string> DescribeFindings(const PreflightFindings& Findings,
-                                          std::uint64_t KeptPerKind) {
-    std::vector<std::string> sentences;
-    std::map<PreflightFindingKind, std::uint64_t> seen;
-    for (const PreflightFinding& finding : Findings.Kept()) {
-        if (seen[finding.Kind]++ < KeptPerKind) {
-            sentences.push_back(DescribeFinding(finding));
-        }
-    }
-    const std::uint64_t more = Findings.Count() - sentences.size();
-    if (more > 0) {
-        sentences.push_back("and " + std::to_string(more) + " more of these");
-    }
-    return sentences;
 }

@@ -11,6 +11,13 @@
 #include <utility>
 #include <vector>
 
+// What a look is to find out.
+enum class PreflightScope {
+    Everything,
+    // Only what keeps a run from removing or opening what nobody named.
+    GuardsOnly,
+};
+
 enum class PreflightFindingKind {
     // A link that leads nowhere.
     DanglingLink,
@@ -23,7 +30,10 @@ enum class PreflightFindingKind {
     // A named pipe, a socket or a device node.
     SpecialEntry,
     UnreadableFile,
+    // Its copy comes out empty.
     UnreadableDirectory,
+    // The same on a move, which leaves it behind.
+    UnreadableDirectoryOnMove,
     // Even its status cannot be found out; Reason says why.
     UninspectableEntry,
     // On a move that has to copy: nothing can be removed from the directory.
@@ -31,21 +41,59 @@ enum class PreflightFindingKind {
     // A directory that is to be copied into itself, by its own name or through a link.
     DestinationInsideSource,
     SourceIsDestination,
+    // Reason says why nothing can be created in the directory.
     UnwritableDestination,
+    // A file that is there already and cannot be overwritten; Reason says why.
+    UnwritableFile,
+    // A directory that is missing above the destination.
+    MadeDirectory,
     // Path is the destination directory; NeededBytes and AvailableBytes say how much.
     TooLittleSpace,
     // NeededBytes is the file's size, AvailableBytes the largest that can be stored.
     FileTooLarge,
+    // Its name is longer than AvailableBytes, which the destination can hold.
+    NameTooLong,
+    // Its path, or that of its copy, is longer than the system takes.
+    PathTooLong,
     // No disc can be read in a track's drive; Reason says why.
     MissingDrive,
     MissingTrack,
     // It is on the disc, but the next one begins where it does.
     EmptyTrack,
     DataTrack,
+
+    // From here on the path is a taken name at the destination that the choices must not answer, so
+    // that the run does not begin; Reason is the whole sentence.
+    TakenName,
+    // A file for a directory, or a directory for a file.
+    UnequalKinds,
+    // A link that leads nowhere; something would be created where it points.
+    DanglingDestination,
+    // A link to a directory, which would be entered.
+    LinkAtDestination,
+    // A device, a pipe or a socket.
+    SpecialDestination,
+    // A directory that holds what would take its place.
+    DestinationHoldsSource,
 };
 
 inline constexpr std::size_t kPreflightFindingKinds =
-    static_cast<std::size_t>(PreflightFindingKind::DataTrack) + 1;
+    static_cast<std::size_t>(PreflightFindingKind::DestinationHoldsSource) + 1;
+
+constexpr bool IsRefusal(PreflightFindingKind Kind) {
+    return Kind >= PreflightFindingKind::TakenName;
+}
+
+// One that comes out empty.
+constexpr bool IsUnreadDirectory(PreflightFindingKind Kind) {
+    return Kind == PreflightFindingKind::UnreadableDirectory ||
+           Kind == PreflightFindingKind::UnreadableDirectoryOnMove;
+}
+
+// Whether something would be lost without the finding, which is therefore made in every look.
+constexpr bool IsGuard(PreflightFindingKind Kind) {
+    return IsRefusal(Kind) || Kind == PreflightFindingKind::LinkToDirectoryOnMove;
+}
 
 struct PreflightFinding {
     PreflightFindingKind Kind = PreflightFindingKind::DanglingLink;
@@ -69,6 +117,8 @@ public:
     };
 
     PreflightFindings() = default;
+    // Takes only guards when told so.
+    explicit PreflightFindings(PreflightScope Wanted) : Scope(Wanted) {}
     PreflightFindings(const Tally& CountedFindings, std::vector<PreflightFinding> FirstFindings)
         : KeptFindings(std::move(FirstFindings)), All(CountedFindings) {}
 
@@ -82,11 +132,28 @@ public:
     const Tally& Counted() const { return All; }
     std::uint64_t Count(PreflightFindingKind Kind) const;
     std::uint64_t Count() const;
+    // Of the kinds that Belongs says.
+    std::uint64_t CountIf(bool (*Belongs)(PreflightFindingKind)) const;
+    std::uint64_t CountRefusals() const { return CountIf(IsRefusal); }
     bool AnyStopsJob() const { return All.bAnyStopsJob; }
 
 private:
+    PreflightScope Scope = PreflightScope::Everything;
     std::vector<PreflightFinding> KeptFindings;
     Tally All;
+};
+
+// All findings of one kind, for one paragraph.
+struct FindingGroup {
+    PreflightFindingKind Kind = PreflightFindingKind::DanglingLink;
+    // Without a period or a line end.
+    std::string Sentence;
+    // What Sentence is about: a path with its bytes as they are, and what is to be said of it.
+    std::vector<std::string> Lines;
+    // How many more there are.
+    std::uint64_t More = 0;
+
+    bool operator==(const FindingGroup&) const = default;
 };
 
 // The kind in lower case with hyphens: "dangling-link".
@@ -96,6 +163,7 @@ std::string_view PreflightFindingName(PreflightFindingKind Kind);
 // as they are, so it is not fit for a screen before it is cleaned.
 std::string DescribeFinding(const PreflightFinding& Finding);
 
-// The sentences of at most KeptPerKind findings of each kind, and how many more there are.
-std::vector<std::string> DescribeFindings(const PreflightFindings& Findings,
-                                          std::uint64_t KeptPerKind);
+// What removes files comes first, then what keeps the run from beginning, then the rest as it was
+// found; each with at most LinesPerGroup lines.
+std::vector<FindingGroup> GroupFindings(const PreflightFindings& Findings,
+                                        std::size_t LinesPerGroup);

@@ -84,12 +84,17 @@ void PassFindings(Direction& Reply, PreflightFindings& Findings) {
 template <typename Direction>
 void PassEnd(Direction& Reply, PreflightEnd& End) {
     PassFindings(Reply, End.Result.Findings);
+    Reply.Pass(End.Result.Taken);
     Reply.Pass(End.Result.Entries);
     Reply.Pass(End.Result.Bytes);
+    Reply.Pass(End.Result.SkippedEntries);
+    Reply.Pass(End.Result.SkippedBytes);
+    Reply.Pass(End.Result.FollowedEntries);
+    Reply.Pass(End.Result.FollowedBytes);
     Reply.Pass(End.Result.CopiedEntries);
     Reply.Pass(End.Result.CopiedBytes);
     Reply.Pass(End.Result.bRemovesUnselected);
-    Reply.Pass(End.Result.bCanceled);
+    Reply.Pass(End.Result.bComplete);
     Reply.Pass(End.Failure);
 }
 

@@ -7,24 +7,42 @@
 #include <atomic>
 #include <cstdint>
 
-// How the interface follows a look that runs elsewhere, and ends it early. It may lie in memory
-// that processes share.
+// How the interface follows a look that runs elsewhere. It may lie in memory that processes share.
 struct PreflightControl {
-    std::atomic<bool> bStopRequested{false};
     std::atomic<std::uint64_t> EntriesSeen{0};
+};
+
+// So many taken names, by what the choices will do about them.
+struct TakenNameCounts {
+    std::uint64_t Replaced = 0;
+    std::uint64_t Skipped = 0;
+    std::uint64_t Renamed = 0;
+    // Replaced or skipped, as the contents are.
+    std::uint64_t Compared = 0;
+    // Somebody will be asked.
+    std::uint64_t Asked = 0;
+    // The run must not begin.
+    std::uint64_t Refused = 0;
 };
 
 struct PreflightResult {
     PreflightFindings Findings;
+    TakenNameCounts Taken;
     // The totals that the engine will count.
     std::uint64_t Entries = 0;
     std::uint64_t Bytes = 0;
-    // What will really be copied: links to directories followed, entries that are only renamed
-    // left out. Neither counts what a link cycle would repeat.
+    // What is in them and stays where it is.
+    std::uint64_t SkippedEntries = 0;
+    std::uint64_t SkippedBytes = 0;
+    // What the job will count beyond them, because links lead to it; what is skipped there too.
+    std::uint64_t FollowedEntries = 0;
+    std::uint64_t FollowedBytes = 0;
+    // What will really be copied: links to directories followed, entries that are only renamed or
+    // are skipped left out. Neither counts what a link cycle would repeat.
     std::uint64_t CopiedEntries = 0;
     std::uint64_t CopiedBytes = 0;
     // The move removes entries that nobody selected, through a link to a directory.
     bool bRemovesUnselected = false;
-    // It was stopped early; the other members hold what was seen until then.
-    bool bCanceled = false;
+    // Everything was looked at, so the totals hold.
+    bool bComplete = true;
 };

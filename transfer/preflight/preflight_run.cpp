@@ -1,7 +1,5 @@
 #include "preflight_run.h"
 
-#include "preflight.h"
-
 #include <exception>
 #include <new>
 #include <string_view>
@@ -11,7 +9,6 @@
 namespace {
 
 PreflightControl* MapShared() {
-    static_assert(decltype(PreflightControl::bStopRequested)::is_always_lock_free);
     static_assert(decltype(PreflightControl::EntriesSeen)::is_always_lock_free);
     void* memory = mmap(nullptr, sizeof(PreflightControl), PROT_READ | PROT_WRITE,
                         MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -25,10 +22,9 @@ void Unmap(PreflightControl* Mapped) {
     munmap(Mapped, sizeof(PreflightControl));
 }
 
-PreflightEnd Look(const TarvaneTransferPlan& Plan, const KnownDiscs& Discs,
-                  PreflightControl& Control) {
+PreflightEnd Look(const PreflightTask& Task, PreflightControl& Control) {
     try {
-        return {RunPreflight(Plan, Control, Discs), {}};
+        return {RunPreflight(Task, Control), {}};
     } catch (const std::exception& error) {
         return {{}, error.what()};
     }
@@ -36,11 +32,10 @@ PreflightEnd Look(const TarvaneTransferPlan& Plan, const KnownDiscs& Discs,
 
 } // namespace
 
-PreflightRun::PreflightRun(const TarvaneTransferPlan& Plan, const KnownDiscs& Discs)
-    : Control(MapShared(), Unmap) {
+PreflightRun::PreflightRun(const PreflightTask& Task) : Control(MapShared(), Unmap) {
     try {
-        Process.emplace([&Plan, &Discs, &control = *Control, reply = std::string()]() mutable {
-            reply = ReplyFrom(Look(Plan, Discs, control));
+        Process.emplace([&Task, &control = *Control, reply = std::string()]() mutable {
+            reply = ReplyFrom(Look(Task, control));
             return std::string_view(reply);
         });
     } catch (const std::system_error& error) {

@@ -2,9 +2,8 @@
 
 #pragma once
 
+#include "preflight.h"
 #include "preflight_reply.h"
-#include "tarvanetransfer.h"
-#include "track_list.h"
 #include "worker_process.h"
 
 #include <memory>
@@ -18,9 +17,8 @@
 // Threads: one thread makes, uses and destroys it; others may run.
 class PreflightRun {
 public:
-    explicit PreflightRun(const TarvaneTransferPlan& Plan, const KnownDiscs& Discs = {});
+    explicit PreflightRun(const PreflightTask& Task);
 
-    void RequestStop() { Control->bStopRequested = true; }
     std::uint64_t EntriesSeen() const { return Control->EntriesSeen; }
     bool IsOver();
     // Becomes readable when IsOver has something to do; for poll. It is -1, which poll ignores,

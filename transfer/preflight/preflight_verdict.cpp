@@ -2,7 +2,9 @@
 
 #include "size_text.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace {
 
@@ -11,27 +13,64 @@ std::string CountText(std::uint64_t Entries, std::uint64_t Bytes) {
            SizeTextWithBytes(Bytes);
 }
 
+// "; 3 replaced, 2 skipped", without what there is none of.
+std::string TakenText(const TakenNameCounts& Taken) {
+    std::string text;
+    const auto add = [&text](std::uint64_t Count, const char* What) {
+        if (Count > 0) {
+            text += (text.empty() ? "; " : ", ") + std::to_string(Count) + What;
+        }
+    };
+    add(Taken.Replaced, " replaced");
+    add(Taken.Skipped, " skipped");
+    add(Taken.Renamed, " renamed");
+    add(Taken.Compared, " compared");
+    add(Taken.Asked, " to be asked about");
+    add(Taken.Refused, " in the way");
+    return text;
+}
+
+// Whether the run would not succeed; that of an unreadable directory lacks its contents.
+bool WouldFail(const PreflightFindings& Findings) {
+    return Findings.AnyStopsJob() || Findings.CountIf(IsUnreadDirectory) > 0;
+}
+
 RunOutcome DryRunOutcome(const TransferRequest& Request, const PreflightResult& Result,
                          bool bRefused) {
+    const std::uint64_t entries = Result.Entries - Result.SkippedEntries;
+    const std::uint64_t bytes = Result.Bytes - Result.SkippedBytes;
     std::string text = std::string("Would ") + (Request.bMove ? "move " : "copy ") +
-                       CountText(Result.Entries, Result.Bytes) + ".";
-    if (Result.CopiedEntries != Result.Entries || Result.CopiedBytes != Result.Bytes) {
+                       CountText(entries, bytes) + TakenText(Result.Taken) + ".";
+    if (Result.CopiedEntries != entries || Result.CopiedBytes != bytes) {
         text +=
             " Really to be copied: " + CountText(Result.CopiedEntries, Result.CopiedBytes) + ".";
     }
-    if (Result.bCanceled) {
-        text += " There is more: the look was ended early.";
-    }
-    const bool bFails = bRefused || Result.Findings.AnyStopsJob();
+    const bool bFails = bRefused || WouldFail(Result.Findings);
     return {.Result = bFails ? RunResult::Failed : RunResult::Succeeded, .Text = text};
 }
 
-// Findings that the request has allowed beforehand.
-std::uint64_t AllowedFindings(const TransferRequest& Request, const PreflightFindings& Findings) {
-    if (!Request.bFollowLinks) {
-        return 0;
+// Why a run does not begin, in the one sentence that there is or in a count of all.
+std::string RefusalText(const PreflightFindings& Findings) {
+    const std::uint64_t count = Findings.CountRefusals();
+    if (count > 1) {
+        return "nothing was touched: " + std::to_string(count) + " names are in the way";
     }
-    return Findings.Count(PreflightFindingKind::LinkToDirectory) +
+    const auto refusal = std::ranges::find_if(Findings.Kept(), IsRefusal, &PreflightFinding::Kind);
+    return refusal == Findings.Kept().end() ? std::string() : DescribeFinding(*refusal);
+}
+
+RunOutcome Failed(std::string Text) {
+    return {.Result = RunResult::Failed, .Text = std::move(Text)};
+}
+
+// Findings that nobody has to be asked about: what was named is made, and links may be allowed
+// beforehand.
+std::uint64_t AllowedFindings(const TransferRequest& Request, const PreflightFindings& Findings) {
+    const std::uint64_t made = Findings.Count(PreflightFindingKind::MadeDirectory);
+    if (!Request.bFollowLinks) {
+        return made;
+    }
+    return made + Findings.Count(PreflightFindingKind::LinkToDirectory) +
            Findings.Count(PreflightFindingKind::LinkToDirectoryOnMove);
 }
 
@@ -44,6 +83,10 @@ PreflightVerdict JudgePreflight(const TransferRequest& Request, const PreflightR
         return {.Decision = PreflightVerdict::Kind::Stop,
                 .Outcome = DryRunOutcome(Request, Result, bRefused)};
     }
+    if (Result.Findings.CountRefusals() > 0) {
+        return {.Decision = PreflightVerdict::Kind::Stop,
+                .Outcome = Failed(RefusalText(Result.Findings))};
+    }
     if (bCanAsk && Result.Findings.Count() > AllowedFindings(Request, Result.Findings)) {
         return {.Decision = PreflightVerdict::Kind::Ask,
                 .Question =
@@ -51,9 +94,8 @@ PreflightVerdict JudgePreflight(const TransferRequest& Request, const PreflightR
     }
     if (bRefused) {
         return {.Decision = PreflightVerdict::Kind::Stop,
-                .Outcome = {.Result = RunResult::Failed,
-                            .Text = "the move would remove entries that were not selected; pass "
-                                    "--follow-links to allow it"}};
+                .Outcome = Failed("the move would remove entries that were not selected; pass "
+                                  "--follow-links to allow it")};
     }
     return {};
 }

@@ -21,8 +21,9 @@ struct PreflightVerdict {
     RunOutcome Outcome = {};
 };
 
-// Somebody who can be asked decides about whatever was found; otherwise only a move that would
-// remove entries that were not selected stops, unless the request allows it. A dry run always stops
-// here, and fails where the job would.
+// A taken name that the choices refuse stops the run, whoever could be asked. Somebody who can be
+// asked decides about whatever else was found; otherwise only a move that would remove entries that
+// were not selected stops, unless the request allows it. A dry run always stops here, and fails
+// where the run would.
 PreflightVerdict JudgePreflight(const TransferRequest& Request, const PreflightResult& Result,
                                 bool bCanAsk);

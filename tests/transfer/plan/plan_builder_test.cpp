@@ -226,15 +226,6 @@ TEST_F(PlanBuilder, ADestinationThatCannotBeReachedIsAFailure) {
               Names({"failed", "failed to access 'loop': Too many levels of symbolic links"}));
 }
 
-TEST_F(PlanBuilder, ADanglingLinkIsNoDestination) {
-    fs::create_symlink("nowhere", "link");
-    EXPECT_EQ(Refusal(Copy({"a.txt", "link"})),
-              Names({"failed", "not writing through dangling symlink 'link'"}));
-    fs::create_symlink("nowhere", "dest/a.txt");
-    EXPECT_EQ(Refusal(Copy({"a.txt", "dest"})),
-              Names({"failed", "not writing through dangling symlink 'dest/a.txt'"}));
-}
-
 TEST_F(PlanBuilder, TwoSourcesCannotLandOnOneName) {
     WriteFile(Directory / "tree/a.txt", "other");
     EXPECT_EQ(Refusal(Copy({"a.txt", "tree/a.txt", "dest"})),

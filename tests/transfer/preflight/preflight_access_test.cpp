@@ -155,7 +155,7 @@ TEST_F(PreflightAccess, FindsThatTheDestinationsParentCannotBeMade) {
     SetMode(To, 0755);
     PlanToCopy({{File, To / "new/dir/file"}});
     const ActingAsNobody nobody;
-    EXPECT_EQ(Found(), Strings{"unwritable-destination to, stops"});
+    EXPECT_EQ(Found(), (Strings{"made-directory to/new/dir", "unwritable-destination to, stops"}));
     EXPECT_EQ(TransferMessage(), "Failed to create destination directory: Permission denied");
 }
 
@@ -181,7 +181,7 @@ TEST_F(PreflightAccessOfMove, FindsADirectoryThatStaysBehind) {
     SetMode(Tree, 0733);
     PlanToMove({{Tree, Away.Path() / "tree"}});
     const ActingAsNobody nobody;
-    EXPECT_EQ(Found(), Strings{"unreadable-directory from/tree"});
+    EXPECT_EQ(Found(), Strings{"unreadable-directory-on-move from/tree"});
     EXPECT_EQ(TransferMessage(), "Moved 1 item(s).");
     EXPECT_TRUE(fs::exists(Tree));
 }

@@ -4,7 +4,6 @@
 #include "preflight_fixture.h"
 
 #include <dirent.h>
-#include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,15 +15,11 @@ constexpr uid_t kNobody = 65534;
 
 int gStatusQueries = 0;
 int gAccessQueries = 0;
-std::function<void()> gAfterQuery;
 // File systems may leave it to the caller to find out what an entry is.
 bool gbHideTypes = false;
 
 void CountQuery() {
     ++gStatusQueries;
-    if (gAfterQuery) {
-        gAfterQuery();
-    }
 }
 
 } // namespace
@@ -36,6 +31,8 @@ int __real_fstat(int, struct stat*);
 int __wrap_fstat(int, struct stat*);
 int __real_fstatat(int, const char*, struct stat*, int);
 int __wrap_fstatat(int, const char*, struct stat*, int);
+int __real_statx(int, const char*, int, unsigned, struct statx*);
+int __wrap_statx(int, const char*, int, unsigned, struct statx*);
 int __real_faccessat(int, const char*, int, int);
 int __wrap_faccessat(int, const char*, int, int);
 ssize_t __real_getdents64(int, void*, size_t);
@@ -55,6 +52,11 @@ int __wrap_fstat(int Descriptor, struct stat* Out) {
 int __wrap_fstatat(int Directory, const char* Name, struct stat* Out, int Flags) {
     CountQuery();
     return __real_fstatat(Directory, Name, Out, Flags);
+}
+
+int __wrap_statx(int Directory, const char* Name, int Flags, unsigned Mask, struct statx* Out) {
+    CountQuery();
+    return __real_statx(Directory, Name, Flags, Mask, Out);
 }
 
 int __wrap_faccessat(int Directory, const char* Name, int Access, int Flags) {
@@ -90,10 +92,7 @@ protected:
         PlanToCopy({{From / "tree", To / "tree"}});
         gStatusQueries = 0;
     }
-    ~PreflightCost() override {
-        gAfterQuery = nullptr;
-        gbHideTypes = false;
-    }
+    ~PreflightCost() override { gbHideTypes = false; }
 
     // Of the destination and the directories above it.
     int DestinationQueries() {
@@ -110,7 +109,7 @@ protected:
     }
 };
 
-TEST_F(PreflightCost, IsOneStatusQueryForEachEntryAtMost) {
+TEST_F(PreflightCost, IsOneStatusQueryForEachEntryThatIsNew) {
     const int ofDestination = DestinationQueries();
     const PreflightResult result = Look();
     EXPECT_EQ(result.Entries, 153U);
@@ -144,16 +143,44 @@ TEST_F(PreflightCost, IsNoAccessQueryForRoot) {
     EXPECT_EQ(gAccessQueries, kOfTheDestination);
 }
 
-TEST_F(PreflightCost, EndsWhenItIsToStop) {
+// The second one asks for what stands at the destination.
+TEST_F(PreflightCost, IsTwoStatusQueriesForEachEntryThatIsMerged) {
+    fs::remove(From / "tree/to-directory");
+    fs::copy(From / "tree", To / "tree",
+             fs::copy_options::recursive | fs::copy_options::copy_symlinks);
     const int ofDestination = DestinationQueries();
-    gAfterQuery = [this, ofDestination] {
-        Control.bStopRequested = gStatusQueries == ofDestination + 20;
-    };
     const PreflightResult result = Look();
-    EXPECT_TRUE(result.bCanceled);
-    EXPECT_LE(gStatusQueries, ofDestination + 20);
-    EXPECT_LT(result.Entries, 153U);
-    EXPECT_GT(result.Entries, 10U);
+    EXPECT_EQ(result.Entries, 152U);
+    EXPECT_EQ(result.Taken.Replaced, 100U);
+    // That of the item is among those of the destination.
+    constexpr int kOfDestinationEntries = 151;
+    EXPECT_EQ(gStatusQueries - ofDestination, 152 + kOfDestinationEntries);
+}
+
+TEST_F(PreflightCost, IsNothingMoreWhereADestinationHoldsOtherNames) {
+    fs::create_directory(To / "tree");
+    for (int number = 0; number < 1000; ++number) {
+        WriteFile(To / "tree" / ("other" + std::to_string(number)), "x");
+    }
+    const int ofDestination = DestinationQueries();
+    Look();
+    EXPECT_EQ(gStatusQueries - ofDestination, 153);
+}
+
+TEST_F(PreflightCost, IsTwoStatusQueriesForEachItemThatIsRenamed) {
+    std::vector<std::pair<fs::path, fs::path>> items;
+    for (int number = 0; number < 50; ++number) {
+        const std::string name = std::to_string(number);
+        items.emplace_back(From / "tree/files" / name, To / name);
+    }
+    PlanToMove({items.front()});
+    gStatusQueries = 0;
+    Look();
+    const int ofOne = gStatusQueries;
+    PlanToMove(items);
+    gStatusQueries = 0;
+    EXPECT_EQ(Look().CopiedEntries, 0U);
+    EXPECT_EQ(gStatusQueries - ofOne, 49 * 2);
 }
 
 } // namespace

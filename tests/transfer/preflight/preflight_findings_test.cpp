@@ -43,14 +43,18 @@ TEST(PreflightFinding, OfAccessSaysWhatIsNotAllowed) {
     EXPECT_EQ(Describe(PreflightFindingKind::UnreadableFile),
               "the job will stop at the file '/x', which cannot be read");
     EXPECT_EQ(Describe(PreflightFindingKind::UnreadableDirectory),
-              "the directory '/x' cannot be read: its copy will be empty, and a move will leave it "
-              "behind");
+              "the directory '/x' cannot be read: its copy will be empty");
+    EXPECT_EQ(Describe(PreflightFindingKind::UnreadableDirectoryOnMove),
+              "the directory '/x' cannot be read: its copy will be empty, and the move will leave "
+              "it behind");
     EXPECT_EQ(Describe(PreflightFindingKind::UninspectableEntry),
               "the job will stop at '/x': Reason");
     EXPECT_EQ(Describe(PreflightFindingKind::UnwritableSourceDirectory),
               "the move will stop at the directory '/x', from which nothing can be removed");
     EXPECT_EQ(Describe(PreflightFindingKind::UnwritableDestination),
-              "nothing can be created in the directory '/x'");
+              "nothing can be created in the directory '/x': Reason");
+    EXPECT_EQ(Describe(PreflightFindingKind::UnwritableFile),
+              "the file '/x' cannot be overwritten: Reason");
 }
 
 TEST(PreflightFinding, OfEntriesSaysWhatTheyAre) {
@@ -67,11 +71,42 @@ TEST(PreflightFinding, OfSpaceSaysHowMuchThereIs) {
               "5.0 GB are needed in '/x', where 1.0 KB are free");
     constexpr bool bStopsJob = false;
     EXPECT_EQ(Describe(PreflightFindingKind::TooLittleSpace, bStopsJob),
-              "5.0 GB are needed in '/x', where 1.0 KB are free; less when part of it is already "
-              "there");
+              "at most 5.0 GB are needed in '/x', where 1.0 KB are free");
     EXPECT_EQ(Describe(PreflightFindingKind::FileTooLarge),
               "the job will stop at the file '/x': its 5.0 GB are more than the destination can "
               "hold in one file (1.0 KB)");
+}
+
+// The largest file of a FAT is one byte smaller than 4 GiB.
+TEST(PreflightFinding, OfSizesThatReadTheSameSaysThemInBytes) {
+    const PreflightFinding finding{.Kind = PreflightFindingKind::FileTooLarge,
+                                   .Path = "/x",
+                                   .bStopsJob = true,
+                                   .NeededBytes = 4294967296,
+                                   .AvailableBytes = 4294967295};
+    EXPECT_EQ(DescribeFinding(finding),
+              "the job will stop at the file '/x': its 4.0 GB (4294967296 bytes) are more than the "
+              "destination can hold in one file (4.0 GB (4294967295 bytes))");
+}
+
+TEST(PreflightFinding, OfLengthsSaysHowMuchIsAllowed) {
+    EXPECT_EQ(Describe(PreflightFindingKind::NameTooLong),
+              "the job will stop at '/x': the destination can hold names of at most 1024 bytes");
+    EXPECT_EQ(Describe(PreflightFindingKind::PathTooLong),
+              "the job will stop at '/x': its path or that of its copy has more than 4095 bytes");
+}
+
+TEST(PreflightFinding, OfAMissingDirectorySaysThatItIsMade) {
+    EXPECT_EQ(Describe(PreflightFindingKind::MadeDirectory),
+              "the job makes the directory '/x', which does not exist");
+}
+
+TEST(PreflightFinding, OfARefusedNameIsItsReason) {
+    for (std::size_t kind = 0; kind < kPreflightFindingKinds; ++kind) {
+        if (IsRefusal(static_cast<PreflightFindingKind>(kind))) {
+            EXPECT_EQ(Describe(static_cast<PreflightFindingKind>(kind)), "Reason");
+        }
+    }
 }
 
 TEST(PreflightFinding, OfTracksSaysWhyTheyCannotBeCopied) {
@@ -90,6 +125,95 @@ TEST(PreflightFinding, KeepsTheBytesOfThePath) {
     finding.Path = "/a\nb\xff\x1b[2J";
     EXPECT_EQ(DescribeFinding(finding),
               "the job will stop at '/a\nb\xff\x1b[2J', which is a pipe, a socket or a device");
+}
+
+using Kind = PreflightFindingKind;
+using Groups = std::vector<FindingGroup>;
+
+PreflightFindings Findings(const std::vector<PreflightFinding>& Found) {
+    PreflightFindings findings;
+    for (const PreflightFinding& finding : Found) {
+        findings.Add(finding);
+    }
+    return findings;
+}
+
+TEST(FindingGroups, SayTheSentenceOnceAndCountWhatIsNotListed) {
+    const PreflightFindings findings = Findings({{.Kind = Kind::DanglingLink, .Path = "/a"},
+                                                 {.Kind = Kind::SpecialEntry, .Path = "/pipe"},
+                                                 {.Kind = Kind::DanglingLink, .Path = "/b"},
+                                                 {.Kind = Kind::DanglingLink, .Path = "/c"}});
+    EXPECT_EQ(
+        GroupFindings(findings, 2),
+        (Groups{
+            {Kind::DanglingLink, "The job will stop at links that lead nowhere", {"/a", "/b"}, 1},
+            {Kind::SpecialEntry,
+             "The job will stop at pipes, sockets and devices",
+             {"/pipe"},
+             0}}));
+    EXPECT_EQ(GroupFindings(PreflightFindings(), 2), Groups());
+}
+
+TEST(FindingGroups, CountWhatWasNotEvenKept) {
+    PreflightFindings findings;
+    for (std::size_t i = 0; i < PreflightFindings::kKeptPerKind + 7; ++i) {
+        findings.Add({.Kind = Kind::DanglingLink, .Path = "/a"});
+    }
+    const Groups groups = GroupFindings(findings, 10);
+    ASSERT_EQ(groups.size(), 1U);
+    EXPECT_EQ(groups.front().Lines.size(), 10U);
+    EXPECT_EQ(groups.front().More, PreflightFindings::kKeptPerKind - 3);
+}
+
+TEST(FindingGroups, BeginWithWhatRemovesFilesAndThenWithRefusedNames) {
+    const PreflightFindings findings =
+        Findings({{.Kind = Kind::UnreadableFile, .Path = "/a"},
+                  {.Kind = Kind::UnequalKinds, .Path = "/to/a", .Reason = "a sentence"},
+                  {.Kind = Kind::LinkToDirectoryOnMove, .Path = "/link"}});
+    std::vector<Kind> kinds;
+    for (const FindingGroup& group : GroupFindings(findings, 10)) {
+        kinds.push_back(group.Kind);
+    }
+    EXPECT_EQ(kinds, (std::vector<Kind>{Kind::LinkToDirectoryOnMove, Kind::UnequalKinds,
+                                        Kind::UnreadableFile}));
+}
+
+TEST(FindingGroups, AddToAPathWhatIsItsOwn) {
+    const PreflightFindings findings = Findings({
+        {.Kind = Kind::TooLittleSpace,
+         .Path = "/to",
+         .bStopsJob = false,
+         .NeededBytes = 2048,
+         .AvailableBytes = 1024},
+        {.Kind = Kind::FileTooLarge, .Path = "/big", .NeededBytes = 2048, .AvailableBytes = 1024},
+        {.Kind = Kind::UninspectableEntry, .Path = "/locked", .Reason = "Permission denied"},
+        {.Kind = Kind::TakenName, .Path = "/to/a", .Reason = "cannot create '/to/a': File exists"},
+    });
+    std::vector<std::string> lines;
+    for (const FindingGroup& group : GroupFindings(findings, 10)) {
+        lines.push_back(group.Lines.front());
+    }
+    EXPECT_EQ(lines, (std::vector<std::string>{
+                         "/to/a", "/to: at most 2.0 KB are needed, 1.0 KB are free",
+                         "/big: 2.0 KB of at most 1.0 KB", "/locked: Permission denied"}));
+}
+
+TEST(FindingGroups, HaveASentenceForEveryKind) {
+    for (std::size_t kind = 0; kind < kPreflightFindingKinds; ++kind) {
+        const PreflightFindings findings =
+            Findings({{.Kind = static_cast<Kind>(kind), .Path = "/a"}});
+        EXPECT_NE(GroupFindings(findings, 1).front().Sentence, "") << kind;
+    }
+}
+
+TEST(PreflightFindings, OfALookForGuardsAreGuardsOnly) {
+    PreflightFindings findings(PreflightScope::GuardsOnly);
+    for (std::size_t kind = 0; kind < kPreflightFindingKinds; ++kind) {
+        findings.AddStop(static_cast<Kind>(kind), "/a");
+    }
+    EXPECT_EQ(findings.Count(), 7U);
+    EXPECT_EQ(findings.CountRefusals(), 6U);
+    EXPECT_EQ(findings.Count(Kind::LinkToDirectoryOnMove), 1U);
 }
 
 } // namespace

@@ -14,6 +14,12 @@ PreflightEnd SomeEnd() {
     end.Result.Bytes = 2;
     end.Result.CopiedEntries = 3;
     end.Result.CopiedBytes = 4;
+    end.Result.SkippedEntries = 7;
+    end.Result.SkippedBytes = 8;
+    end.Result.FollowedEntries = 9;
+    end.Result.FollowedBytes = 10;
+    end.Result.Taken.Replaced = 11;
+    end.Result.Taken.Refused = 12;
     end.Result.bRemovesUnselected = true;
     end.Result.Findings.Add({.Kind = PreflightFindingKind::TooLittleSpace,
                              .Path = "/to\xFF\n",
@@ -32,8 +38,14 @@ TEST(PreflightReply, KeepsTheResult) {
     EXPECT_EQ(end.Result.Bytes, 2U);
     EXPECT_EQ(end.Result.CopiedEntries, 3U);
     EXPECT_EQ(end.Result.CopiedBytes, 4U);
+    EXPECT_EQ(end.Result.SkippedEntries, 7U);
+    EXPECT_EQ(end.Result.SkippedBytes, 8U);
+    EXPECT_EQ(end.Result.FollowedEntries, 9U);
+    EXPECT_EQ(end.Result.FollowedBytes, 10U);
+    EXPECT_EQ(end.Result.Taken.Replaced, 11U);
+    EXPECT_EQ(end.Result.Taken.Refused, 12U);
     EXPECT_TRUE(end.Result.bRemovesUnselected);
-    EXPECT_FALSE(end.Result.bCanceled);
+    EXPECT_TRUE(end.Result.bComplete);
 }
 
 TEST(PreflightReply, KeepsTheFindings) {
@@ -61,13 +73,13 @@ TEST(PreflightReply, KeepsTheCountOfFindingsThatAreNotKept) {
     EXPECT_FALSE(findings.AnyStopsJob());
 }
 
-TEST(PreflightReply, KeepsAFailureAndACancel) {
+TEST(PreflightReply, KeepsAFailureAndThatItIsIncomplete) {
     PreflightEnd end;
     end.Failure = "no memory";
-    end.Result.bCanceled = true;
+    end.Result.bComplete = false;
     const PreflightEnd received = EndFrom(ReplyFrom(end));
     EXPECT_EQ(received.Failure, "no memory");
-    EXPECT_TRUE(received.Result.bCanceled);
+    EXPECT_FALSE(received.Result.bComplete);
 }
 
 TEST(PreflightReply, ThatIsNotWholeIsAnInterruptedLook) {

@@ -15,15 +15,18 @@ const Strings kNothing;
 constexpr std::size_t kMegabyte = 1048576;
 constexpr std::uintmax_t kLargestFatFile = 4294967295;
 
-// While set, every file system says that it is a FAT, or that its blocks have no size.
+// While set, every file system says that it is a FAT, that its blocks have no size, or that names
+// are short.
 bool gbPretendFat = false;
 bool gbHideBlockSize = false;
+bool gbShortenNames = false;
 
 class PreflightSpace : public PreflightTest {
 protected:
     ~PreflightSpace() override {
         gbPretendFat = false;
         gbHideBlockSize = false;
+        gbShortenNames = false;
     }
 
     const OwnMountNamespace Namespace;
@@ -42,6 +45,9 @@ int __wrap_statfs(const char* Path, struct statfs* OutStatus) {
     }
     if (gbHideBlockSize) {
         OutStatus->f_frsize = 0;
+    }
+    if (gbShortenNames) {
+        OutStatus->f_namelen = 14;
     }
     return result;
 }
@@ -76,7 +82,7 @@ TEST_F(PreflightSpace, IsTakenByAllItemsTogether) {
     WriteFile(From / "one", std::string(kMegabyte * 3 / 4, 'x'));
     WriteFile(From / "two", std::string(kMegabyte * 3 / 4, 'x'));
     PlanToCopy({{From / "one", Small.Path() / "one"}, {From / "two", Small.Path() / "new/two"}});
-    EXPECT_EQ(Found(), Strings{"too-little-space small, stops"});
+    EXPECT_EQ(Found(), (Strings{"made-directory small/new", "too-little-space small, stops"}));
     EXPECT_FALSE(Transfer().bSucceeded);
 }
 
@@ -97,15 +103,78 @@ TEST_F(PreflightSpace, IsTakenByWhatLinksLeadTo) {
     EXPECT_FALSE(Transfer().bSucceeded);
 }
 
-// What is there already may be skipped or overwritten.
-TEST_F(PreflightSpace, MayBeEnoughForAMerge) {
+TEST_F(PreflightSpace, IsNotTakenAgainByWhatIsThereAlready) {
     WriteFile(From / "tree/file", std::string(kMegabyte, 'x'));
     WriteFile(Small.Path() / "tree/file", std::string(kMegabyte, 'y'));
     PlanToCopy({{From / "tree", Small.Path() / "tree"}});
-    const PreflightResult result = Look();
-    EXPECT_EQ(InWords(result), Strings{"too-little-space small/tree"});
-    EXPECT_FALSE(result.Findings.AnyStopsJob());
+    for (const FileConflictChoice choice : {FileConflictChoice::Overwrite, FileConflictChoice::Skip,
+                                            FileConflictChoice::Compare, FileConflictChoice::Ask}) {
+        Rules.ForFiles = choice;
+        EXPECT_EQ(Found(), kNothing);
+    }
     EXPECT_EQ(TransferMessage(), "Copied 1 item(s).");
+}
+
+TEST_F(PreflightSpace, IsTakenByTheGrowthOfWhatIsReplaced) {
+    WriteFile(From / "tree/file", std::string(kMegabyte * 5 / 4, 'x'));
+    WriteFile(Small.Path() / "tree/file", std::string(kMegabyte / 2, 'y'));
+    PlanToCopy({{From / "tree", Small.Path() / "tree"}});
+    const PreflightResult result = Look();
+    ASSERT_EQ(InWords(result), Strings{"too-little-space small, stops"});
+    EXPECT_EQ(result.Findings.Kept().front().NeededBytes, kMegabyte * 3 / 4);
+    EXPECT_EQ(result.Findings.Kept().front().AvailableBytes, kMegabyte / 2);
+    EXPECT_FALSE(Transfer().bSucceeded);
+}
+
+// Whether it fits depends on what the answers, or the contents, will say.
+TEST_F(PreflightSpace, MayBeTakenByWhatIsAskedAboutOrCompared) {
+    WriteFile(From / "tree/file", std::string(kMegabyte * 5 / 4, 'x'));
+    WriteFile(Small.Path() / "tree/file", std::string(kMegabyte / 2, 'y'));
+    PlanToCopy({{From / "tree", Small.Path() / "tree"}});
+    for (const FileConflictChoice choice : {FileConflictChoice::Compare, FileConflictChoice::Ask}) {
+        Rules.ForFiles = choice;
+        EXPECT_EQ(Found(), Strings{"too-little-space small"});
+    }
+}
+
+// The large one has to be replaced first.
+TEST_F(PreflightSpace, MayBeMadeByWhatIsReplacedBySomethingSmaller) {
+    WriteFile(From / "tree/a", std::string(kMegabyte * 3 / 4, 'x'));
+    WriteFile(From / "tree/b", "x");
+    WriteFile(Small.Path() / "tree/b", std::string(kMegabyte * 3 / 4, 'y'));
+    PlanToCopy({{From / "tree", Small.Path() / "tree"}});
+    EXPECT_EQ(Found(), Strings{"too-little-space small"});
+}
+
+TEST_F(PreflightSpace, IsTakenByASecondCopyThatIsKeptBesideTheFirst) {
+    WriteFile(From / "file", std::string(kMegabyte * 3 / 4, 'x'));
+    WriteFile(Small.Path() / "file", std::string(kMegabyte * 3 / 4, 'y'));
+    PlanToCopy({{From / "file", Small.Path() / "file"}});
+    Rules.ForFiles = FileConflictChoice::KeepBoth;
+    EXPECT_EQ(Found(), Strings{"too-little-space small, stops"});
+    Rules.ForFiles = FileConflictChoice::Skip;
+    EXPECT_EQ(Found(), kNothing);
+}
+
+TEST_F(PreflightSpace, IsNotTakenByADirectoryThatIsSkipped) {
+    WriteFile(From / "tree/file", std::string(2 * kMegabyte, 'x'));
+    fs::create_directory(Small.Path() / "tree");
+    PlanToCopy({{From / "tree", Small.Path() / "tree"}});
+    Rules.ForDirectories = DirectoryConflictChoice::Skip;
+    const PreflightResult result = Look();
+    EXPECT_EQ(InWords(result), kNothing);
+    EXPECT_EQ(result.SkippedEntries, 2U);
+    EXPECT_EQ(result.SkippedBytes, 2 * kMegabyte);
+}
+
+// A disk that is mounted inside the destination has its own room.
+TEST_F(PreflightSpace, IsTakenWhereTheMergedDirectoryIs) {
+    WriteFile(From / "tree/sub/file", std::string(2 * kMegabyte, 'x'));
+    const ScopedMount inside = MountTmpfs(To / "tree/sub", "size=1m");
+    PlanToCopy({{From / "tree", To / "tree"}});
+    const PreflightResult result = Look();
+    EXPECT_EQ(InWords(result), Strings{"too-little-space to/tree/sub, stops"});
+    EXPECT_FALSE(Transfer().bSucceeded);
 }
 
 TEST_F(PreflightSpace, IsNotTakenByAMoveWithinTheFileSystem) {
@@ -146,6 +215,18 @@ TEST_F(PreflightSpace, OfAFatHasNoRoomForALargerFile) {
     ASSERT_EQ(InWords(result), Strings{"file-too-large from/larger, stops"});
     EXPECT_EQ(result.Findings.Kept().front().NeededBytes, kLargestFatFile + 1);
     EXPECT_EQ(result.Findings.Kept().front().AvailableBytes, kLargestFatFile);
+}
+
+TEST_F(PreflightSpace, OfANameEndsSomewhere) {
+    WriteFile(From / "tree/12345678901234", "x");
+    WriteFile(From / "tree/123456789012345", "x");
+    fs::create_directory(From / "tree/directory123456");
+    PlanToCopy({{From / "tree", Small.Path() / "tree"}});
+    EXPECT_EQ(Found(), kNothing);
+    gbShortenNames = true;
+    EXPECT_EQ(Found(), (Strings{"name-too-long from/tree/123456789012345, stops",
+                                "name-too-long from/tree/directory123456, stops"}));
+    EXPECT_EQ(Look().Findings.Kept().front().AvailableBytes, 14U);
 }
 
 } // namespace

@@ -50,7 +50,8 @@ TEST_F(PreflightTracks, OfAKnownDiscAreNotReadAgain) {
     ScopedDrive drive(AudioDisc({150, 200}, 300));
     PlanToCopy({{PathOf(1), To / "1.wav"}, {PathOf(2), To / "2.wav"}});
     const TrackList known{kFakeDevice, {{1, false, 150, 151}, {2, true, 151, 300}}};
-    const PreflightResult result = RunPreflight(Plan, Control, {{kFakeDevice, known}});
+    const PreflightResult result =
+        RunPreflight({Plan, Rules, Scope, {{kFakeDevice, known}}}, Control);
     EXPECT_EQ(drive.Calls, kNothing);
     EXPECT_EQ(result.Bytes, std::uint64_t{kFakeFrameBytes});
     EXPECT_EQ(result.Findings.Count(PreflightFindingKind::DataTrack), 1U);

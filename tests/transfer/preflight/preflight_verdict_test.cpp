@@ -139,30 +139,45 @@ TEST(PreflightVerdict, SaysWhatIsReallyCopiedWhereThatDiffers) {
                                   "entry, 20 B (20 bytes).");
 }
 
-TEST(PreflightVerdict, SaysThatThereIsMoreBehindALookThatWasEndedEarly) {
-    PreflightResult result = Counted(1, 10);
-    result.bCanceled = true;
-    EXPECT_EQ(DryRunText(result),
-              "Would copy 1 entry, 10 B (10 bytes). There is more: the look was ended early.");
+TEST(PreflightVerdict, LeavesWhatIsSkippedOutOfTheTotals) {
+    PreflightResult result = Counted(5, 50);
+    result.SkippedEntries = 3;
+    result.SkippedBytes = 30;
+    result.CopiedEntries = 2;
+    result.CopiedBytes = 20;
+    result.Taken.Skipped = 2;
+    EXPECT_EQ(DryRunText(result), "Would copy 2 entries, 20 B (20 bytes); 2 skipped.");
 }
 
-TEST(FindingSentences, KeepSoManyOfEachKindAndCountTheRest) {
-    const std::string link =
-        "the directory that the link '/a' leads to will be copied with its contents";
-    const std::string stop = "the job will stop at the link '/b', which leads nowhere";
-    const PreflightResult result = Found({kLink, kLink, kStop, kLink, kStop});
-    EXPECT_EQ(DescribeFindings(result.Findings, 2),
-              (Texts{link, link, stop, stop, "and 1 more of these"}));
-    EXPECT_EQ(DescribeFindings(result.Findings, 3), (Texts{link, link, stop, link, stop}));
-    EXPECT_EQ(DescribeFindings(PreflightFindings(), 3), Texts());
+TEST(PreflightVerdict, SaysWhatTheChoicesWouldDo) {
+    PreflightResult result = Counted(9, 10);
+    result.Taken = {
+        .Replaced = 1, .Skipped = 2, .Renamed = 3, .Compared = 4, .Asked = 5, .Refused = 6};
+    EXPECT_EQ(DryRunText(result), "Would copy 9 entries, 10 B (10 bytes); 1 replaced, 2 skipped, 3 "
+                                  "renamed, 4 compared, 5 to be asked about, 6 in the way.");
 }
 
-TEST(FindingSentences, CountWhatWasNotEvenKept) {
-    PreflightFindings findings;
-    for (std::size_t i = 0; i < PreflightFindings::kKeptPerKind + 7; ++i) {
-        findings.Add(kStop);
+TEST(PreflightVerdict, FailsADryRunOfADirectoryThatComesOutEmpty) {
+    for (const PreflightFindingKind kind : {PreflightFindingKind::UnreadableDirectory,
+                                            PreflightFindingKind::UnreadableDirectoryOnMove}) {
+        const PreflightResult result = Found({{.Kind = kind, .Path = "/a"}});
+        EXPECT_EQ(WithNobody(DryRun(Copy()), result).Outcome.Result, RunResult::Failed);
     }
-    const Texts sentences = DescribeFindings(findings, PreflightFindings::kKeptPerKind);
-    EXPECT_EQ(sentences.size(), PreflightFindings::kKeptPerKind + 1);
-    EXPECT_EQ(sentences.back(), "and 7 more of these");
+}
+
+TEST(PreflightVerdict, StopsAtARefusedNameWhoeverCouldBeAsked) {
+    const PreflightFinding refused{.Kind = PreflightFindingKind::TakenName,
+                                   .Path = "/to/a",
+                                   .bStopsJob = true,
+                                   .Reason = "cannot create '/to/a': File exists"};
+    for (const PreflightVerdict& verdict :
+         {WithSomebody(Copy(), Found({kLink, refused})),
+          WithNobody(FollowingLinks(Move()), Found({kStop, refused}))}) {
+        EXPECT_EQ(verdict.Decision, Kind::Stop);
+        EXPECT_EQ(verdict.Outcome.Result, RunResult::Failed);
+        EXPECT_EQ(verdict.Outcome.Text, "cannot create '/to/a': File exists");
+    }
+    EXPECT_EQ(WithNobody(Copy(), Found({refused, refused})).Outcome.Text,
+              "nothing was touched: 2 names are in the way");
+    EXPECT_EQ(WithSomebody(DryRun(Copy()), Found({refused})).Outcome.Result, RunResult::Failed);
 }

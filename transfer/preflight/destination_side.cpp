@@ -1,0 +1,76 @@
+#include "destination_side.h"
+
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <fcntl.h>
+#include <limits>
+#include <string_view>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::uint64_t kStatusBlockBytes = 512;
+
+TakenEntry::Kind KindOf(mode_t Mode) {
+    if (S_ISDIR(Mode)) {
+        return TakenEntry::Kind::Directory;
+    }
+    return S_ISREG(Mode) ? TakenEntry::Kind::File : TakenEntry::Kind::Special;
+}
+
+void AddStatus(DestinationEntry& OutEntry, const struct statx& Status) {
+    OutEntry.Taken->LeadsTo = KindOf(Status.stx_mode);
+    OutEntry.Identity = {makedev(Status.stx_dev_major, Status.stx_dev_minor), Status.stx_ino};
+    OutEntry.MountId = Status.stx_mnt_id;
+    OutEntry.bAppendOnly = (Status.stx_attributes & STATX_ATTR_APPEND) != 0;
+    if (S_ISREG(Status.stx_mode)) {
+        OutEntry.SizeBytes = Status.stx_size;
+        OutEntry.OccupiedBytes = Status.stx_blocks * kStatusBlockBytes;
+    }
+    OutEntry.ModifiedTicks = TicksOf(Status.stx_mtime.tv_sec, Status.stx_mtime.tv_nsec);
+}
+
+} // namespace
+
+DestinationEntry LookAtDestination(int Parent, const std::string& Name) {
+    char target[PATH_MAX];
+    const ssize_t length = ::readlinkat(Parent, Name.c_str(), target, sizeof(target));
+    if (length < 0 && errno != EINVAL) {
+        return {.Error = errno == ENOENT ? 0 : errno};
+    }
+    DestinationEntry entry;
+    entry.Taken.emplace();
+    if (length >= 0) {
+        entry.Taken->bLink = true;
+        entry.Taken->LinkTarget = std::string_view(target, static_cast<std::size_t>(length));
+    }
+    struct statx status {};
+    if (::statx(Parent, Name.c_str(), 0, STATX_BASIC_STATS | STATX_MNT_ID, &status) == 0) {
+        AddStatus(entry, status);
+    } else if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP) {
+        return {.Error = errno};
+    } else if (!entry.Taken->bLink) {
+        return {};
+    }
+    return entry;
+}
+
+OwnedDescriptor DestinationPlace::Open() const {
+    return OwnedDescriptor(bExists ? ::open(Path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC) : -1);
+}
+
+std::optional<std::int64_t> TicksOf(std::int64_t Seconds, std::int64_t Nanoseconds) {
+    using std::chrono::nanoseconds;
+    // Of the clock of the file system library, which begins in the year 2174.
+    constexpr std::int64_t kClockStart = 6437664000;
+    constexpr std::int64_t kLongestSeconds =
+        std::chrono::floor<std::chrono::seconds>(nanoseconds::max()).count() - 1;
+    const std::int64_t seconds = Seconds - kClockStart;
+    if (seconds < -kLongestSeconds || seconds > kLongestSeconds) {
+        return std::nullopt;
+    }
+    return nanoseconds(std::chrono::seconds(seconds)).count() + Nanoseconds;
+}

@@ -1,0 +1,52 @@
+// What stands at the names of a destination directory, asked for one by one.
+
+#pragma once
+
+#include "destination_facts.h"
+#include "owned_descriptor.h"
+#include "taken_name.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+// What one name of the destination is at the moment.
+struct DestinationEntry {
+    // Why that cannot be found out: an errno, or 0.
+    int Error = 0;
+    // Nothing when the name is free.
+    std::optional<TakenEntry> Taken = {};
+
+    // The members below follow links.
+    std::optional<FileIdentity> Identity = {};
+    std::uint64_t MountId = 0;
+    bool bAppendOnly = false;
+    // Of a regular file.
+    std::optional<std::uint64_t> SizeBytes = {};
+    std::uint64_t OccupiedBytes = 0;
+    std::optional<std::int64_t> ModifiedTicks = {};
+
+    bool IsFree() const { return Error == 0 && !Taken; }
+    bool IsDangling() const { return Taken && !Taken->LeadsTo; }
+    bool IsDirectory() const { return Taken && Taken->LeadsTo == TakenEntry::Kind::Directory; }
+};
+
+// Name is relative to the open directory Parent. At most one status query, and none where nothing
+// stands there: the system is asked by name, so that it decides which names are equal, and so that
+// nothing has to be kept of a directory of any size.
+DestinationEntry LookAtDestination(int Parent, const std::string& Name);
+
+// A directory at the destination that the contents of a source directory go into.
+struct DestinationPlace {
+    std::string Path;
+    const DestinationFacts* Facts = nullptr;
+    // Otherwise it is made, and every name in it is free.
+    bool bExists = false;
+    std::optional<FileIdentity> Identity = {};
+
+    // For LookAtDestination; -1 when it cannot be opened.
+    OwnedDescriptor Open() const;
+};
+
+// A time as the engine's records have it; nothing when that cannot express it.
+std::optional<std::int64_t> TicksOf(std::int64_t Seconds, std::int64_t Nanoseconds);

@@ -1,0 +1,55 @@
+// What the copy of one file, or of anything else that is no directory, comes to.
+
+#pragma once
+
+#include "access_rights.h"
+#include "preflight_result.h"
+#include "space_demand.h"
+#include "taken_names.h"
+#include "walk_listing.h"
+
+#include <set>
+#include <string>
+
+#include <sys/stat.h>
+
+class FileLook {
+public:
+    // Adds to the findings and totals of Result and to Demand, which must outlive it.
+    FileLook(PreflightResult& ResultToFill, TakenNames& NamesToAsk, SpaceDemand& DemandToFill,
+             bool bMoveSources)
+        : Result(ResultToFill), Names(NamesToAsk), Demand(DemandToFill), bMove(bMoveSources) {}
+
+    // Name is in Directory, with a link to it followed in Status; There stands at its destination.
+    void LookAt(WalkListing& Directory, const std::string& Name, const struct stat& Status,
+                bool bLink, const DestinationEntry& There);
+
+    // The same for a pipe, a socket or a device at a free name.
+    void AddSpecial(WalkListing& Directory, const std::string& Name);
+
+    // Counts an entry that is copied, one that is left out, or one that has no bytes and goes the
+    // way of its directory.
+    void CountCopied(WalkListing& Directory, std::uint64_t Bytes);
+    void CountSkipped(const WalkListing& Directory, std::uint64_t Bytes);
+    void Count(WalkListing& Directory);
+
+    // Whether an entry, the copy of which has a name of its own, can have it at all. Otherwise that
+    // is a finding.
+    bool FitsItsNames(const WalkListing& Directory, const std::string& Name);
+    // Finds that nothing can be created in a directory; once for each.
+    void CheckCreation(const WalkListing& Directory);
+
+private:
+    struct File;
+
+    void LookAtCopy(const File& Source, NameFate Fate);
+    void CheckOverwriting(const File& Source, NameFate Fate);
+    void AddSpace(const File& Source, NameFate Fate);
+
+    PreflightResult& Result;
+    TakenNames& Names;
+    SpaceDemand& Demand;
+    const bool bMove;
+    const AccessRights Rights;
+    std::set<std::string> UnwritableDirectories;
+};

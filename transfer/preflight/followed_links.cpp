@@ -1,0 +1,49 @@
+#include "followed_links.h"
+
+#include <algorithm>
+
+void FollowedLinks::AddSelected(const FileIdentity& Directory) {
+    if (bMove) {
+        Selected.insert(Directory);
+    }
+}
+
+void FollowedLinks::AddLink(const std::string& Path, const FileIdentity& Target) {
+    Result.Findings.Add({.Kind = bMove ? PreflightFindingKind::LinkToDirectoryOnMove
+                                       : PreflightFindingKind::LinkToDirectory,
+                         .Path = Path});
+    if (bMove) {
+        Targets.insert(Target);
+    }
+}
+
+bool FollowedLinks::AddKnown(const FileIdentity& Target, const DestinationFacts& Destination) {
+    const auto known = Known.find(Target);
+    if (known == Known.end()) {
+        return false;
+    }
+    const Totals& totals = known->second;
+    Result.CopiedEntries += totals.Entries;
+    Result.CopiedBytes += totals.Bytes;
+    Result.FollowedEntries += totals.Entries;
+    Result.FollowedBytes += totals.Bytes;
+    Demand.Add(Destination, totals.Space);
+    return true;
+}
+
+FollowedLinks::Totals FollowedLinks::Copied(const DestinationFacts& Destination) const {
+    return {Result.CopiedEntries, Result.CopiedBytes, Demand.Of(Destination)};
+}
+
+void FollowedLinks::Remember(const FileIdentity& Target, const DestinationFacts& Destination,
+                             const Totals& Before) {
+    const Totals after = Copied(Destination);
+    Known[Target] = {after.Entries - Before.Entries,
+                     after.Bytes - Before.Bytes,
+                     {after.Space.MostBytes - Before.Space.MostBytes,
+                      after.Space.LeastBytes - Before.Space.LeastBytes}};
+}
+
+bool FollowedLinks::RemovesUnselected() const {
+    return !std::includes(Selected.begin(), Selected.end(), Targets.begin(), Targets.end());
+}

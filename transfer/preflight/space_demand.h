@@ -1,0 +1,43 @@
+// How much room a transfer needs on each file system that it writes to.
+
+#pragma once
+
+#include "destination_facts.h"
+#include "preflight_findings.h"
+
+#include <cstdint>
+#include <map>
+
+struct SpaceNeed {
+    // What everything together takes at most.
+    std::uint64_t MostBytes = 0;
+    // What it takes in any case; less than nothing where old files give room.
+    std::int64_t LeastBytes = 0;
+};
+
+class SpaceDemand {
+public:
+    // Of a file that is new, or takes the place of one that occupies so many bytes.
+    static SpaceNeed NeedOf(std::uint64_t FileBytes, std::uint64_t OccupiedBytes,
+                            const DestinationFacts& Destination);
+    // The same when the file may stay away in the end.
+    static SpaceNeed PossibleNeedOf(std::uint64_t FileBytes, std::uint64_t OccupiedBytes,
+                                    const DestinationFacts& Destination);
+
+    // Destination must outlive this.
+    void Add(const DestinationFacts& Destination, const SpaceNeed& Need);
+    // What is needed on the destination's file system so far.
+    SpaceNeed Of(const DestinationFacts& Destination) const;
+
+    // Adds a finding for each file system that has not enough.
+    void Check(PreflightFindings& OutFindings) const;
+
+private:
+    struct Demand {
+        const DestinationFacts* Destination = nullptr;
+        SpaceNeed Need;
+    };
+
+    // By the device of the file system.
+    std::map<std::uint64_t, Demand> Demands;
+};

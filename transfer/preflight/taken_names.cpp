@@ -1,0 +1,156 @@
+#include "taken_names.h"
+
+#include "quoted.h"
+
+#include <utility>
+
+namespace {
+
+using Kind = PreflightFindingKind;
+
+NameFate FateOf(const ConflictDecision& Decision) {
+    switch (Decision.Outcome) {
+    case ConflictDecision::Verdict::AskUser:
+        return NameFate::Asked;
+    case ConflictDecision::Verdict::Fail:
+        return NameFate::Refused;
+    case ConflictDecision::Verdict::Answer:
+        break;
+    }
+    switch (Decision.Action) {
+    case TarvaneTransferConflictAction::Merge:
+    case TarvaneTransferConflictAction::MergeAll:
+        return NameFate::Merged;
+    case TarvaneTransferConflictAction::Skip:
+    case TarvaneTransferConflictAction::SkipAll:
+        return NameFate::Skipped;
+    case TarvaneTransferConflictAction::Rename:
+        return NameFate::Renamed;
+    case TarvaneTransferConflictAction::CompareByContent:
+        return NameFate::Compared;
+    case TarvaneTransferConflictAction::Overwrite:
+    case TarvaneTransferConflictAction::OverwriteAll:
+    case TarvaneTransferConflictAction::OverwriteAllOlder:
+        return Decision.bReplacesLink ? NameFate::LinkReplaced : NameFate::Replaced;
+    case TarvaneTransferConflictAction::Cancel:
+        break;
+    }
+    return NameFate::Refused;
+}
+
+// Which of the reasons for a refusal it is; a choice that refuses every taken name needs none.
+Kind KindOfRefusal(const TakenName& Name, bool bRefusesAll) {
+    if (!Name.Entry.LeadsTo) {
+        return Kind::DanglingDestination;
+    }
+    if (bRefusesAll) {
+        return Kind::TakenName;
+    }
+    if (Name.bHoldsSource) {
+        return Kind::DestinationHoldsSource;
+    }
+    if (IsSpecialInTheWay(Name)) {
+        return Kind::SpecialDestination;
+    }
+    const bool bDirectory = Name.Conflict.Kind == TarvaneTransferConflictKind::Directory;
+    return bDirectory == IsDirectory(Name.Entry) ? Kind::LinkAtDestination : Kind::UnequalKinds;
+}
+
+TarvaneTransferConflict RecordOf(const SourceSide& Source, const std::string& DestinationPath,
+                                 const DestinationEntry& There) {
+    TarvaneTransferConflict record;
+    record.Kind = Source.bDirectory ? TarvaneTransferConflictKind::Directory
+                                    : TarvaneTransferConflictKind::File;
+    record.SourcePath = Source.Path;
+    record.DestinationPath = DestinationPath;
+    record.bSourceDirectory = Source.bDirectory;
+    record.bDestinationDirectory = There.IsDirectory();
+    record.bSourceHasSize = Source.SizeBytes.has_value();
+    record.SourceSizeBytes = Source.SizeBytes.value_or(0);
+    record.bDestinationHasSize = There.SizeBytes.has_value();
+    record.DestinationSizeBytes = There.SizeBytes.value_or(0);
+    record.bSourceHasModifiedTime = Source.ModifiedTicks.has_value();
+    record.SourceModifiedTicks = Source.ModifiedTicks.value_or(0);
+    record.bDestinationHasModifiedTime = There.ModifiedTicks.has_value();
+    record.DestinationModifiedTicks = There.ModifiedTicks.value_or(0);
+    return record;
+}
+
+} // namespace
+
+SourceSide SourceSideOf(std::string Path, const struct stat& Status) {
+    SourceSide side{.Path = std::move(Path), .bDirectory = S_ISDIR(Status.st_mode)};
+    if (S_ISREG(Status.st_mode)) {
+        side.SizeBytes = static_cast<std::uint64_t>(Status.st_size);
+    }
+    side.ModifiedTicks = TicksOf(Status.st_mtim.tv_sec, Status.st_mtim.tv_nsec);
+    return side;
+}
+
+NameFate TakenNames::Decide(const SourceSide& Source, const std::string& DestinationPath,
+                            const DestinationEntry& There) {
+    if (There.IsFree()) {
+        return NameFate::Free;
+    }
+    const NameFate fate = There.IsDangling() && Rules.bFollowLinks
+                              ? DecideThroughDangling(Source, DestinationPath)
+                              : DecideTaken(Source, DestinationPath, There);
+    Count(fate);
+    return fate;
+}
+
+// The engine takes the name for free, but no directory can be made through a link.
+NameFate TakenNames::DecideThroughDangling(const SourceSide& Source,
+                                           const std::string& DestinationPath) {
+    if (!Source.bDirectory) {
+        return NameFate::Free;
+    }
+    Result.Findings.AddStop(Kind::DanglingDestination, DestinationPath,
+                            "cannot create directory " + Quoted(DestinationPath) +
+                                " through dangling symlink");
+    return NameFate::Refused;
+}
+
+NameFate TakenNames::DecideTaken(const SourceSide& Source, const std::string& DestinationPath,
+                                 const DestinationEntry& There) {
+    const TakenName name =
+        MakeTakenName(RecordOf(Source, DestinationPath, There), *There.Taken, Rules.bFollowLinks);
+    const ConflictDecision decision = Policy.Decide(name);
+    const NameFate fate = FateOf(decision);
+    if (fate == NameFate::Refused) {
+        const bool bRefusesAll = Source.bDirectory
+                                     ? Rules.ForDirectories == DirectoryConflictChoice::Fail
+                                     : Rules.ForFiles == FileConflictChoice::Fail;
+        Result.Findings.AddStop(KindOfRefusal(name, bRefusesAll), DestinationPath,
+                                decision.Sentence);
+    }
+    return fate;
+}
+
+void TakenNames::Count(NameFate Fate) {
+    TakenNameCounts& counts = Result.Taken;
+    switch (Fate) {
+    case NameFate::Free:
+    case NameFate::Merged:
+        break;
+    case NameFate::Replaced:
+    case NameFate::LinkReplaced:
+        ++counts.Replaced;
+        break;
+    case NameFate::Skipped:
+        ++counts.Skipped;
+        break;
+    case NameFate::Renamed:
+        ++counts.Renamed;
+        break;
+    case NameFate::Compared:
+        ++counts.Compared;
+        break;
+    case NameFate::Asked:
+        ++counts.Asked;
+        break;
+    case NameFate::Refused:
+        ++counts.Refused;
+        break;
+    }
+}

@@ -1,0 +1,65 @@
+// What the choices about taken names will do, foretold for one name after the other.
+
+#pragma once
+
+#include "conflict_policy.h"
+#include "destination_side.h"
+#include "preflight_result.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include <sys/stat.h>
+
+enum class NameFate {
+    // Nothing stands there.
+    Free,
+    // A directory, whose contents are decided about one by one.
+    Merged,
+    Replaced,
+    // A link gives its place to the file.
+    LinkReplaced,
+    Skipped,
+    // The source gets another name.
+    Renamed,
+    // Replaced or skipped, as the contents are.
+    Compared,
+    // Somebody will be asked.
+    Asked,
+    // The run must not begin.
+    Refused,
+};
+
+// One side of a taken name, as the engine's record would have it.
+struct SourceSide {
+    std::string Path;
+    bool bDirectory = false;
+    // Of a regular file.
+    std::optional<std::uint64_t> SizeBytes = {};
+    std::optional<std::int64_t> ModifiedTicks = {};
+};
+
+SourceSide SourceSideOf(std::string Path, const struct stat& Status);
+
+class TakenNames {
+public:
+    // Adds to the counts and findings of Result, which must outlive it.
+    TakenNames(ConflictRules ChosenRules, PreflightResult& ResultToFill)
+        : Rules(std::move(ChosenRules)), Policy(Rules), Result(ResultToFill) {}
+
+    // What becomes of Source at DestinationPath, where There was seen. Counts it; a refused name is
+    // a finding.
+    NameFate Decide(const SourceSide& Source, const std::string& DestinationPath,
+                    const DestinationEntry& There);
+
+private:
+    NameFate DecideThroughDangling(const SourceSide& Source, const std::string& DestinationPath);
+    NameFate DecideTaken(const SourceSide& Source, const std::string& DestinationPath,
+                         const DestinationEntry& There);
+    void Count(NameFate Fate);
+
+    const ConflictRules Rules;
+    const ConflictPolicy Policy;
+    PreflightResult& Result;
+};

@@ -1,0 +1,61 @@
+// One source directory on the way of a walk, with the directory that its entries go into.
+
+#pragma once
+
+#include "destination_side.h"
+#include "file_identity.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+// What is going to happen to entries. Only those that are copied, or removed after that, can end
+// the job in another way than its count.
+enum class Treatment {
+    Copied,
+    // With the whole item.
+    Renamed,
+    Skipped,
+};
+
+// What is known of a source directory.
+struct DirectoryStatus {
+    FileIdentity Identity;
+    // Whether entries can be removed from it; only looked at when they are going to be.
+    bool bWritable = true;
+};
+
+struct Subdirectory {
+    std::string Name;
+    // Known when it had to be queried to be recognised as a directory.
+    std::optional<DirectoryStatus> Status = {};
+    bool bLink = false;
+    // Known when it was looked at before.
+    std::optional<DestinationEntry> There = {};
+};
+
+struct WalkListing {
+    // Empty above an item, the name of which is its full path then.
+    std::string Path;
+    DestinationPlace Destination;
+    // The full destination of an item.
+    std::string ItemDestination = {};
+    // Reached without following a link.
+    bool bSelected = true;
+    Treatment Fate = Treatment::Copied;
+
+    // Both open while the entries are listed.
+    int Descriptor = -1;
+    int DestinationDescriptor = -1;
+
+    // Entries that are copied, and then removed on a move.
+    std::uint64_t Copied = 0;
+    std::vector<Subdirectory> Subdirectories = {};
+
+    bool IsAboveItem() const { return Path.empty(); }
+    std::string PathOf(const std::string& Name) const;
+    std::string DestinationPathOf(const std::string& Name) const;
+    // What the copy of an entry would meet; nothing that is skipped or renamed meets anything.
+    DestinationEntry LookThere(const std::string& Name) const;
+};
