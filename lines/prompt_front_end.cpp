@@ -25,10 +25,6 @@
 
 namespace {
 
-bool CanRedrawProgress(const Terminal& Screen) {
-    return Screen.IsOutputTerminal() && Screen.CanRedraw();
-}
-
 // One run from the request to its last line.
 class PromptFrontEnd {
 public:
@@ -36,13 +32,12 @@ public:
                    ExitStatusFunction ExitStatusForOutcome)
         : Request(UserRequest), Transfer(Request.Transfer), ExitStatusOf(ExitStatusForOutcome),
           Screen(TerminalToUse), Shown(Screen, ExitStatusOf), Loop(Screen, Shown),
-          Report(MakeReporter()), Results(STDOUT_FILENO) {}
+          Report(MakeReporter(Request, Screen, Shown)), Results(STDOUT_FILENO) {}
 
     RunOutcome Run();
 
 private:
     bool IsJson() const { return Request.Progress == ProgressStyle::Json; }
-    std::unique_ptr<Reporter> MakeReporter();
     bool IsVerbose() const { return Request.bVerbose && !IsJson(); }
     PromptContext Context() {
         return {Screen, Shown, Loop, *Report, IsVerbose() ? &Results : nullptr};
@@ -84,23 +79,6 @@ RunOutcome PromptFrontEnd::Run() {
     SayEnd(outcome);
     FinishOutputs(outcome);
     return outcome;
-}
-
-std::unique_ptr<Reporter> PromptFrontEnd::MakeReporter() {
-    const ProgressStyle style = Request.Progress;
-    if (IsJson()) {
-        return MakeJsonReporter(Screen, Request.IntervalSeconds);
-    }
-    if (Request.bQuiet || style == ProgressStyle::None) {
-        return std::make_unique<Reporter>();
-    }
-    if (style != ProgressStyle::Lines && CanRedrawProgress(Screen)) {
-        return MakeLiveReporter(Screen, Shown);
-    }
-    if (style == ProgressStyle::Lines || Screen.IsOutputTerminal()) {
-        return MakeLinesReporter(Screen, Shown, Request.IntervalSeconds);
-    }
-    return std::make_unique<Reporter>();
 }
 
 BuiltPlan PromptFrontEnd::Plan() {

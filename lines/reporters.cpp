@@ -175,3 +175,25 @@ std::unique_ptr<Reporter> MakeLinesReporter(Terminal& Screen, Prompt& Shown,
 std::unique_ptr<Reporter> MakeJsonReporter(Terminal& Screen, double IntervalSeconds) {
     return std::make_unique<JsonReporter>(Screen, IntervalSeconds);
 }
+
+bool CanRedrawProgress(const Terminal& Screen) {
+    return Screen.IsOutputTerminal() && Screen.CanRedraw();
+}
+
+std::unique_ptr<Reporter> MakeReporter(const PromptRequest& Request, Terminal& Screen,
+                                       Prompt& Shown) {
+    const ProgressStyle style = Request.Progress;
+    if (style == ProgressStyle::Json) {
+        return MakeJsonReporter(Screen, Request.IntervalSeconds);
+    }
+    if (Request.bQuiet || style == ProgressStyle::None) {
+        return std::make_unique<Reporter>();
+    }
+    if (style != ProgressStyle::Lines && CanRedrawProgress(Screen)) {
+        return MakeLiveReporter(Screen, Shown);
+    }
+    if (style == ProgressStyle::Lines || Screen.IsOutputTerminal()) {
+        return MakeLinesReporter(Screen, Shown, Request.IntervalSeconds);
+    }
+    return std::make_unique<Reporter>();
+}

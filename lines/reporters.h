@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "prompt.h"
+#include "prompt_request.h"
 #include "reporter.h"
 #include "terminal.h"
 
@@ -15,3 +16,8 @@ std::unique_ptr<Reporter> MakeLinesReporter(Terminal& Screen, Prompt& Shown,
                                             double IntervalSeconds);
 // Records on standard output, one after every interval.
 std::unique_ptr<Reporter> MakeJsonReporter(Terminal& Screen, double IntervalSeconds);
+
+bool CanRedrawProgress(const Terminal& Screen);
+// Reports in the style that is asked for or suits the terminal.
+std::unique_ptr<Reporter> MakeReporter(const PromptRequest& Request, Terminal& Screen,
+                                       Prompt& Shown);
