@@ -196,7 +196,11 @@ TEST_F(DirectoryCopier, EndsAtALinkThatLeadsBackUp) {
     fs::create_directory(Directory / "from");
     fs::create_directory_symlink(".", Directory / "from/again");
     EXPECT_EQ(Run("from", "to"), Result::Failed);
-    EXPECT_TRUE(Message.starts_with("Source does not exist: ")) << Message;
+    // The system counts links twice where it has to begin a lookup again, so the path may be too
+    // deep for the listing although it was found.
+    const std::string tooDeep =
+        std::make_error_code(std::errc::too_many_symbolic_link_levels).message();
+    EXPECT_TRUE(Message.starts_with("Source does not exist: ") || Message == tooDeep) << Message;
 }
 
 TEST_F(DirectoryCopier, KeepsSkippedEntriesOfAMoveInTheSource) {
