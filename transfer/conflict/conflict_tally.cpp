@@ -42,6 +42,7 @@ std::optional<SettledConflict> ConflictTally::Settle(const ItemCounters& Now) {
     const TarvaneTransferConflict& conflict = Last->Conflict;
     ReplacedNames += outcome == ConflictOutcome::Replaced ? 1 : 0;
     RenamedNames += outcome == ConflictOutcome::Renamed ? 1 : 0;
+    MergedNames += outcome == ConflictOutcome::Merged ? 1 : 0;
     if (outcome == ConflictOutcome::Skipped) {
         if (conflict.Kind == Kind::Directory) {
             SkippedTrees.push_back(conflict.SourcePath);

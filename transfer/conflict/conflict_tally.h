@@ -37,6 +37,7 @@ public:
 
     std::uint64_t Replaced() const { return ReplacedNames; }
     std::uint64_t Renamed() const { return RenamedNames; }
+    std::uint64_t Merged() const { return MergedNames; }
     // The sources of the names that were skipped with all below them.
     const std::vector<std::string>& SkippedDirectories() const { return SkippedTrees; }
     // The names of files with a size that were skipped. The engine counts of them, and of nothing
@@ -49,6 +50,7 @@ private:
     std::optional<AnsweredConflict> Last;
     std::uint64_t ReplacedNames = 0;
     std::uint64_t RenamedNames = 0;
+    std::uint64_t MergedNames = 0;
     std::uint64_t SkippedSizedNames = 0;
     std::vector<std::string> SkippedTrees;
 };

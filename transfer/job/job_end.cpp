@@ -26,7 +26,9 @@ std::uint64_t Less(std::uint64_t From, std::uint64_t Amount) {
 
 TransferCounts CountsOf(const EndedJob& Ended, const TarvaneTransferUiSnapshot& Last) {
     const std::uint64_t bytes = Less(Last.DoneBytes, Ended.Job.GetSkippedBytes());
-    return {.Entries = Less(Last.DoneItems, Ended.Job.GetSkippedItems()),
+    // A directory that was there already is done, but neither copied nor moved.
+    const std::uint64_t notCopied = Ended.Job.GetSkippedItems() + Ended.Names.Merged();
+    return {.Entries = Less(Last.DoneItems, notCopied),
             .Bytes = Less(bytes, BytesRemovedAgain(Last)),
             .Seconds = Last.ElapsedSeconds,
             .Skipped = Ended.Job.GetSkippedItems(),

@@ -16,7 +16,8 @@ enum class RunResult {
 
 // What a job has done until its end, in numbers.
 struct TransferCounts {
-    // Without what was skipped, and without a file that was begun and removed again.
+    // Without what was skipped, directories that were there already, and a file that was begun and
+    // removed again.
     std::uint64_t Entries = 0;
     std::uint64_t Bytes = 0;
     double Seconds = 0.0;

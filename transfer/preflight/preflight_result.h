@@ -15,6 +15,8 @@ struct PreflightControl {
 // So many taken names, by what the choices will do about them.
 struct TakenNameCounts {
     std::uint64_t Replaced = 0;
+    // Directories that stay, and get what is in their namesakes.
+    std::uint64_t Merged = 0;
     std::uint64_t Skipped = 0;
     std::uint64_t Renamed = 0;
     // Replaced or skipped, as the contents are.

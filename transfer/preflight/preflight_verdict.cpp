@@ -9,6 +9,9 @@
 namespace {
 
 std::string CountText(std::uint64_t Entries, std::uint64_t Bytes) {
+    if (Entries == 0) {
+        return "nothing";
+    }
     return std::to_string(Entries) + (Entries == 1 ? " entry, " : " entries, ") +
            SizeTextWithBytes(Bytes);
 }
@@ -37,13 +40,17 @@ bool WouldFail(const PreflightFindings& Findings) {
 
 RunOutcome DryRunOutcome(const TransferRequest& Request, const PreflightResult& Result,
                          bool bRefused) {
-    const std::uint64_t entries = Result.Entries - Result.SkippedEntries;
+    // Directories that are there already are not copied. Those behind links are in no total.
+    const auto withoutMerged = [&Result](std::uint64_t Entries) {
+        return Entries - std::min(Entries, Result.Taken.Merged);
+    };
+    const std::uint64_t entries = withoutMerged(Result.Entries - Result.SkippedEntries);
     const std::uint64_t bytes = Result.Bytes - Result.SkippedBytes;
+    const std::uint64_t copied = withoutMerged(Result.CopiedEntries);
     std::string text = std::string("Would ") + (Request.bMove ? "move " : "copy ") +
                        CountText(entries, bytes) + TakenText(Result.Taken) + ".";
-    if (Result.CopiedEntries != entries || Result.CopiedBytes != bytes) {
-        text +=
-            " Really to be copied: " + CountText(Result.CopiedEntries, Result.CopiedBytes) + ".";
+    if (copied != entries || Result.CopiedBytes != bytes) {
+        text += " Really to be copied: " + CountText(copied, Result.CopiedBytes) + ".";
     }
     const bool bFails = bRefused || WouldFail(Result.Findings);
     return {.Result = bFails ? RunResult::Failed : RunResult::Succeeded, .Text = text};

@@ -131,7 +131,9 @@ void TakenNames::Count(NameFate Fate) {
     TakenNameCounts& counts = Result.Taken;
     switch (Fate) {
     case NameFate::Free:
+        break;
     case NameFate::Merged:
+        ++counts.Merged;
         break;
     case NameFate::Replaced:
     case NameFate::LinkReplaced:
