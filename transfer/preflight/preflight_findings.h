@@ -90,9 +90,11 @@ constexpr bool IsUnreadDirectory(PreflightFindingKind Kind) {
            Kind == PreflightFindingKind::UnreadableDirectoryOnMove;
 }
 
-// Whether something would be lost without the finding, which is therefore made in every look.
+// Whether something would be lost, or be missing in silence, without the finding, which is
+// therefore made in every look.
 constexpr bool IsGuard(PreflightFindingKind Kind) {
-    return IsRefusal(Kind) || Kind == PreflightFindingKind::LinkToDirectoryOnMove;
+    return IsRefusal(Kind) || IsUnreadDirectory(Kind) ||
+           Kind == PreflightFindingKind::LinkToDirectoryOnMove;
 }
 
 struct PreflightFinding {

@@ -70,14 +70,17 @@ RunOutcome Failed(std::string Text) {
     return {.Result = RunResult::Failed, .Text = std::move(Text)};
 }
 
-// Findings that nobody has to be asked about: what was named is made, and links may be allowed
-// beforehand.
+// Findings that nobody has to be asked about: what was named is made, links may be allowed
+// beforehand, and who wants no look does not want to hear before the end what cannot be read.
 std::uint64_t AllowedFindings(const TransferRequest& Request, const PreflightFindings& Findings) {
-    const std::uint64_t made = Findings.Count(PreflightFindingKind::MadeDirectory);
-    if (!Request.bFollowLinks) {
-        return made;
+    std::uint64_t allowed = Findings.Count(PreflightFindingKind::MadeDirectory);
+    if (!Request.bPreflight) {
+        allowed += Findings.CountIf(IsUnreadDirectory);
     }
-    return made + Findings.Count(PreflightFindingKind::LinkToDirectory) +
+    if (!Request.bFollowLinks) {
+        return allowed;
+    }
+    return allowed + Findings.Count(PreflightFindingKind::LinkToDirectory) +
            Findings.Count(PreflightFindingKind::LinkToDirectoryOnMove);
 }
 

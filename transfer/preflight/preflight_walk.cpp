@@ -51,10 +51,11 @@ void SourceWalk::CheckRemoval(const std::filesystem::path& Source) {
     }
 }
 
-// There is nothing to guard where all names are free and nothing is removed.
+// There is nothing to guard where all names are free, nothing is removed and all can be read.
 bool SourceWalk::IsWorthALook(const WalkListing& Directory) const {
     return Scope == PreflightScope::Everything ||
-           (Directory.Fate == Treatment::Copied && (bMove || Directory.Destination.bExists));
+           (Directory.Fate == Treatment::Copied &&
+            (bMove || Directory.Destination.bExists || !Rights.MayDoEverything()));
 }
 
 void SourceWalk::WalkSubdirectories(WalkListing& Directory) {

@@ -211,8 +211,9 @@ TEST(PreflightFindings, OfALookForGuardsAreGuardsOnly) {
     for (std::size_t kind = 0; kind < kPreflightFindingKinds; ++kind) {
         findings.AddStop(static_cast<Kind>(kind), "/a");
     }
-    EXPECT_EQ(findings.Count(), 7U);
+    EXPECT_EQ(findings.Count(), 9U);
     EXPECT_EQ(findings.CountRefusals(), 6U);
+    EXPECT_EQ(findings.CountIf(IsUnreadDirectory), 2U);
     EXPECT_EQ(findings.Count(Kind::LinkToDirectoryOnMove), 1U);
 }
 
