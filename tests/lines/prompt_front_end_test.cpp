@@ -253,6 +253,8 @@ TEST_F(HeldDiscAtPrompt, SaysThatTracksStayWhenTheyAreMoved) {
     Hold("never");
     Ask({kTrack});
     Request.Transfer.OnConflict = FileConflictChoice::Overwrite;
+    // Or it would say that it waits for the drive.
+    Screen.StopClockUntil([] { return false; });
     Run();
     ExpectEnd(RunResult::Succeeded, "Copied 1 entry, 1.9 MB.\n");
     Request.Transfer.bMove = true;
