@@ -56,24 +56,21 @@ const char* AnswerName(TarvaneTransferConflictAction Action) {
     switch (Action) {
     case TarvaneTransferConflictAction::Merge:
         return "merge";
-    case TarvaneTransferConflictAction::MergeAll:
-        return "merge-all";
     case TarvaneTransferConflictAction::Skip:
         return "skip";
-    case TarvaneTransferConflictAction::SkipAll:
-        return "skip-all";
     case TarvaneTransferConflictAction::Overwrite:
         return "overwrite";
     case TarvaneTransferConflictAction::Rename:
         return "rename";
-    case TarvaneTransferConflictAction::OverwriteAll:
-        return "overwrite-all";
     case TarvaneTransferConflictAction::CompareByContent:
         return "compare";
+    // The desk answers each name by itself.
+    case TarvaneTransferConflictAction::MergeAll:
+    case TarvaneTransferConflictAction::SkipAll:
+    case TarvaneTransferConflictAction::OverwriteAll:
     case TarvaneTransferConflictAction::OverwriteAllOlder:
-        return "overwrite-all-older";
     case TarvaneTransferConflictAction::Cancel:
-        return "cancel";
+        break;
     }
     return "cancel";
 }

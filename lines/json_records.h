@@ -29,8 +29,7 @@
 //     source_size, destination_size    bytes, null when unknown or a directory
 //     source_date, destination_date    local time, "2024-03-07 14:05:09", null when unknown
 //     destination_is_directory
-//     answer      "merge", "merge-all", "skip", "skip-all", "overwrite", "overwrite-all",
-//                 "overwrite-all-older", "compare", "rename" or "cancel"
+//     answer      "merge", "skip", "overwrite", "compare", "rename" or "cancel"
 //     rename_path with "rename", otherwise null
 //     by          "user" or "choice"
 //     outcome     "replaced", "merged", "renamed", "skipped", or "unfinished" where the job has

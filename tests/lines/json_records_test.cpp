@@ -142,14 +142,10 @@ TEST_F(JsonProgress, HasANameForEveryAnswer) {
     using Action = TarvaneTransferConflictAction;
     const std::pair<Action, std::string> names[] = {
         {Action::Merge, "merge"},
-        {Action::MergeAll, "merge-all"},
         {Action::Skip, "skip"},
-        {Action::SkipAll, "skip-all"},
         {Action::Overwrite, "overwrite"},
         {Action::Rename, "rename"},
-        {Action::OverwriteAll, "overwrite-all"},
         {Action::CompareByContent, "compare"},
-        {Action::OverwriteAllOlder, "overwrite-all-older"},
         {Action::Cancel, "cancel"},
     };
     for (const auto& [action, name] : names) {

@@ -19,19 +19,20 @@ NameFate FateOf(const ConflictDecision& Decision) {
     }
     switch (Decision.Action) {
     case TarvaneTransferConflictAction::Merge:
-    case TarvaneTransferConflictAction::MergeAll:
         return NameFate::Merged;
     case TarvaneTransferConflictAction::Skip:
-    case TarvaneTransferConflictAction::SkipAll:
         return NameFate::Skipped;
     case TarvaneTransferConflictAction::Rename:
         return NameFate::Renamed;
     case TarvaneTransferConflictAction::CompareByContent:
         return NameFate::Compared;
     case TarvaneTransferConflictAction::Overwrite:
+        return Decision.bReplacesLink ? NameFate::LinkReplaced : NameFate::Replaced;
+    // The policy answers each name by itself.
+    case TarvaneTransferConflictAction::MergeAll:
+    case TarvaneTransferConflictAction::SkipAll:
     case TarvaneTransferConflictAction::OverwriteAll:
     case TarvaneTransferConflictAction::OverwriteAllOlder:
-        return Decision.bReplacesLink ? NameFate::LinkReplaced : NameFate::Replaced;
     case TarvaneTransferConflictAction::Cancel:
         break;
     }
