@@ -6,6 +6,7 @@
 
 #include "block_layout.h"
 #include "key_guard.h"
+#include "number_text.h"
 #include "preflight_run.h"
 #include "preflight_verdict.h"
 #include "progress_texts.h"
@@ -134,7 +135,7 @@ std::vector<std::string> LinesOf(const FindingGroup& Group, const Terminal& Scre
         lines.push_back("  " + line);
     }
     if (Group.More > 0) {
-        lines.push_back("  and " + std::to_string(Group.More) + " more");
+        lines.push_back("  and " + NumberText(Group.More) + " more");
     }
     return lines;
 }

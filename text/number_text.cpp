@@ -16,6 +16,13 @@ std::string EntriesText(std::uint64_t Entries) {
     return NumberText(Entries) + (Entries == 1 ? " entry" : " entries");
 }
 
+void AppendCount(std::string& InOutList, std::uint64_t Count, std::string_view What) {
+    if (Count > 0) {
+        InOutList += (InOutList.empty() ? "; " : ", ") + NumberText(Count) + " ";
+        InOutList += What;
+    }
+}
+
 std::string DurationText(double Seconds) {
     const std::int64_t all = std::llround(Seconds);
     const std::int64_t hours = all / 3600;

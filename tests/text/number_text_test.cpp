@@ -19,6 +19,15 @@ TEST(NumberText, CountsEntries) {
     EXPECT_EQ(EntriesText(12345), "12,345 entries");
 }
 
+TEST(NumberText, ListsCountsThatAreNotZero) {
+    std::string list;
+    AppendCount(list, 0, "skipped");
+    EXPECT_EQ(list, "");
+    AppendCount(list, 1234, "replaced");
+    AppendCount(list, 2, "in the way");
+    EXPECT_EQ(list, "; 1,234 replaced, 2 in the way");
+}
+
 TEST(NumberText, GivesHoursOnlyToALongTime) {
     EXPECT_EQ(DurationText(0.4), "00:00");
     EXPECT_EQ(DurationText(192.4), "03:12");

@@ -1,5 +1,6 @@
 #include "flush_texts.h"
 
+#include "number_text.h"
 #include "plan_sources.h"
 #include "quoted.h"
 
@@ -31,7 +32,7 @@ std::string DestinationsOf(const TarvaneTransferPlan& Plan) {
         list += i == 0 ? "" : bLast ? " and " : ", ";
         list += Quoted(Plan.Items[i].DestinationPath.native());
     }
-    return more == 0 ? list : list + " and " + std::to_string(more) + " more";
+    return more == 0 ? list : list + " and " + NumberText(more) + " more";
 }
 
 std::string WhatIsWritten(const TarvaneTransferPlan& Plan, const RunOutcome& Outcome) {
@@ -40,9 +41,8 @@ std::string WhatIsWritten(const TarvaneTransferPlan& Plan, const RunOutcome& Out
     }
     const std::string done = RemovesSources(Plan) ? "moved before; " : "copied before; ";
     const std::uint64_t entries = EntriesOf(Outcome);
-    return entries == 1
-               ? "1 entry was " + done + "it is written now"
-               : std::to_string(entries) + " entries were " + done + "they are written now";
+    return EntriesText(entries) + (entries == 1 ? " was " + done + "it is written now"
+                                                : " were " + done + "they are written now");
 }
 
 } // namespace

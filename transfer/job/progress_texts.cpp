@@ -11,12 +11,6 @@ void AppendField(std::string& Line, const std::string& Field) {
     }
 }
 
-void AppendCount(std::string& List, std::uint64_t Count, const std::string& What) {
-    if (Count > 0) {
-        List += (List.empty() ? "; " : ", ") + NumberText(Count) + What;
-    }
-}
-
 // ", 6.7 GB, in 03:12 (35.7 MB/s)".
 std::string SizeAndTime(const TransferCounts& Counts) {
     const bool bHasRate = Counts.Seconds >= 1.0 && Counts.Bytes > 0;
@@ -35,9 +29,9 @@ std::string SizeAndTime(const TransferCounts& Counts) {
 
 std::string CountsText(const TransferCounts& Counts, bool bMove) {
     std::string names;
-    AppendCount(names, Counts.Skipped, " skipped");
-    AppendCount(names, Counts.Replaced, " replaced");
-    AppendCount(names, Counts.Renamed, " renamed");
+    AppendCount(names, Counts.Skipped, "skipped");
+    AppendCount(names, Counts.Replaced, "replaced");
+    AppendCount(names, Counts.Renamed, "renamed");
     if (Counts.Entries == 0) {
         return std::string("Nothing ") + (bMove ? "moved" : "copied") + names + ".";
     }
@@ -79,8 +73,7 @@ std::string WrongTotalsText(const ProgressClaims& Claims) {
 }
 
 std::string PreflightText(std::uint64_t EntriesSeen) {
-    return "Looking through the sources: " + std::to_string(EntriesSeen) +
-           (EntriesSeen == 1 ? " entry." : " entries.");
+    return "Looking through the sources: " + EntriesText(EntriesSeen) + ".";
 }
 
 std::string FlushText(const FlushProgress& Progress) {

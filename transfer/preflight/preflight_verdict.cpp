@@ -1,5 +1,6 @@
 #include "preflight_verdict.h"
 
+#include "number_text.h"
 #include "size_text.h"
 
 #include <algorithm>
@@ -12,24 +13,18 @@ std::string CountText(std::uint64_t Entries, std::uint64_t Bytes) {
     if (Entries == 0) {
         return "nothing";
     }
-    return std::to_string(Entries) + (Entries == 1 ? " entry, " : " entries, ") +
-           SizeTextWithBytes(Bytes);
+    return EntriesText(Entries) + ", " + SizeTextWithBytes(Bytes);
 }
 
 // "; 3 replaced, 2 skipped", without what there is none of.
 std::string TakenText(const TakenNameCounts& Taken) {
     std::string text;
-    const auto add = [&text](std::uint64_t Count, const char* What) {
-        if (Count > 0) {
-            text += (text.empty() ? "; " : ", ") + std::to_string(Count) + What;
-        }
-    };
-    add(Taken.Replaced, " replaced");
-    add(Taken.Skipped, " skipped");
-    add(Taken.Renamed, " renamed");
-    add(Taken.Compared, " compared");
-    add(Taken.Asked, " to be asked about");
-    add(Taken.Refused, " in the way");
+    AppendCount(text, Taken.Replaced, "replaced");
+    AppendCount(text, Taken.Skipped, "skipped");
+    AppendCount(text, Taken.Renamed, "renamed");
+    AppendCount(text, Taken.Compared, "compared");
+    AppendCount(text, Taken.Asked, "to be asked about");
+    AppendCount(text, Taken.Refused, "in the way");
     return text;
 }
 
@@ -60,7 +55,7 @@ RunOutcome DryRunOutcome(const TransferRequest& Request, const PreflightResult& 
 std::string RefusalText(const PreflightFindings& Findings) {
     const std::uint64_t count = Findings.CountRefusals();
     if (count > 1) {
-        return "nothing was touched: " + std::to_string(count) + " names are in the way";
+        return "nothing was touched: " + NumberText(count) + " names are in the way";
     }
     const auto refusal = std::ranges::find_if(Findings.Kept(), IsRefusal, &PreflightFinding::Kind);
     return refusal == Findings.Kept().end() ? std::string() : DescribeFinding(*refusal);

@@ -30,8 +30,9 @@ TEST(WrittenText, CallsNothingElseSafe) {
 }
 
 TEST(WrittenText, CountsWhatWasDoneBeforeTheEnd) {
-    EXPECT_EQ(WrittenText(FlushReach::Device, kMovePlan, Ended(RunResult::Failed, 3)),
-              "3 entries were moved before; they are written now. It is safe to unplug the disk.");
+    EXPECT_EQ(
+        WrittenText(FlushReach::Device, kMovePlan, Ended(RunResult::Failed, 12345)),
+        "12,345 entries were moved before; they are written now. It is safe to unplug the disk.");
     EXPECT_EQ(WrittenText(FlushReach::Device, kCopyPlan, Ended(RunResult::Canceled, 1)),
               "1 entry was copied before; it is written now. It is safe to unplug the disk.");
     EXPECT_EQ(WrittenText(FlushReach::Server, kMovePlan, Ended(RunResult::Canceled, 3)),

@@ -61,7 +61,7 @@ TEST_F(ProgressLineTest, HoldsTheHintOnceACancelIsRequested) {
 TEST(PreflightText, CountsEntriesInWords) {
     EXPECT_EQ(PreflightText(0), "Looking through the sources: 0 entries.");
     EXPECT_EQ(PreflightText(1), "Looking through the sources: 1 entry.");
-    EXPECT_EQ(PreflightText(2), "Looking through the sources: 2 entries.");
+    EXPECT_EQ(PreflightText(12345), "Looking through the sources: 12,345 entries.");
 }
 
 TEST(CountsText, LeavesOutWhatIsNothing) {

@@ -150,11 +150,12 @@ TEST(PreflightVerdict, LeavesWhatIsSkippedOutOfTheTotals) {
 }
 
 TEST(PreflightVerdict, SaysWhatTheChoicesWouldDo) {
-    PreflightResult result = Counted(9, 10);
+    PreflightResult result = Counted(12345, 10);
     result.Taken = {
-        .Replaced = 1, .Skipped = 2, .Renamed = 3, .Compared = 4, .Asked = 5, .Refused = 6};
-    EXPECT_EQ(DryRunText(result), "Would copy 9 entries, 10 B (10 bytes); 1 replaced, 2 skipped, 3 "
-                                  "renamed, 4 compared, 5 to be asked about, 6 in the way.");
+        .Replaced = 1000, .Skipped = 2, .Renamed = 3, .Compared = 4, .Asked = 5, .Refused = 6};
+    EXPECT_EQ(DryRunText(result),
+              "Would copy 12,345 entries, 10 B (10 bytes); 1,000 replaced, 2 skipped, "
+              "3 renamed, 4 compared, 5 to be asked about, 6 in the way.");
 }
 
 TEST(PreflightVerdict, FailsADryRunOfADirectoryThatComesOutEmpty) {
