@@ -161,10 +161,5 @@ void FileLook::AddSpace(const File& Source, NameFate Fate) {
     if (bMove && !Source.bLink && Source.Status.st_dev == facts.Device) {
         return;
     }
-    const bool bInItsPlace =
-        Fate == NameFate::Replaced || Fate == NameFate::Compared || Fate == NameFate::Asked;
-    const std::uint64_t occupied = bInItsPlace ? Source.There.OccupiedBytes : 0;
-    const bool bCertain = Fate != NameFate::Compared && Fate != NameFate::Asked;
-    Demand.Add(facts, bCertain ? SpaceDemand::NeedOf(Source.SizeBytes(), occupied, facts)
-                               : SpaceDemand::PossibleNeedOf(Source.SizeBytes(), occupied, facts));
+    Demand.Add(facts, SpaceDemand::NeedOf(Source.SizeBytes(), Fate, Source.There, facts));
 }

@@ -81,10 +81,7 @@ void Preflight::LookAtTrack(const std::string& Track, const fs::path& Destinatio
         return;
     }
     const DestinationFacts& facts = Destinations.At(Destination.parent_path());
-    const std::uint64_t occupied = fate == NameFate::Renamed ? 0 : there.OccupiedBytes;
-    Demand.Add(facts, fate == NameFate::Asked
-                          ? SpaceDemand::PossibleNeedOf(wavBytes, occupied, facts)
-                          : SpaceDemand::NeedOf(wavBytes, occupied, facts));
+    Demand.Add(facts, SpaceDemand::NeedOf(wavBytes, fate, there, facts));
 }
 
 } // namespace

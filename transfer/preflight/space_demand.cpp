@@ -11,19 +11,16 @@ std::uint64_t RoundUp(std::uint64_t Bytes, std::uint64_t BlockBytes) {
 
 } // namespace
 
-SpaceNeed SpaceDemand::NeedOf(std::uint64_t FileBytes, std::uint64_t OccupiedBytes,
+SpaceNeed SpaceDemand::NeedOf(std::uint64_t FileBytes, NameFate Fate, const DestinationEntry& There,
                               const DestinationFacts& Destination) {
+    const bool bMayStayAway = Fate == NameFate::Compared || Fate == NameFate::Asked;
+    const bool bInItsPlace = Fate == NameFate::Replaced || bMayStayAway;
     const std::uint64_t taken = RoundUp(FileBytes, Destination.BlockBytes);
-    return {.MostBytes = taken - std::min(taken, OccupiedBytes),
-            .LeastBytes =
-                static_cast<std::int64_t>(taken) - static_cast<std::int64_t>(OccupiedBytes)};
-}
-
-SpaceNeed SpaceDemand::PossibleNeedOf(std::uint64_t FileBytes, std::uint64_t OccupiedBytes,
-                                      const DestinationFacts& Destination) {
-    SpaceNeed need = NeedOf(FileBytes, OccupiedBytes, Destination);
-    need.LeastBytes = std::min<std::int64_t>(need.LeastBytes, 0);
-    return need;
+    const std::uint64_t occupied = bInItsPlace ? There.OccupiedBytes : 0;
+    const std::int64_t least =
+        static_cast<std::int64_t>(taken) - static_cast<std::int64_t>(occupied);
+    return {.MostBytes = taken - std::min(taken, occupied),
+            .LeastBytes = bMayStayAway ? std::min<std::int64_t>(least, 0) : least};
 }
 
 void SpaceDemand::Add(const DestinationFacts& Destination, const SpaceNeed& Need) {

@@ -4,6 +4,7 @@
 
 #include "destination_facts.h"
 #include "preflight_findings.h"
+#include "taken_names.h"
 
 #include <cstdint>
 #include <map>
@@ -17,12 +18,9 @@ struct SpaceNeed {
 
 class SpaceDemand {
 public:
-    // Of a file that is new, or takes the place of one that occupies so many bytes.
-    static SpaceNeed NeedOf(std::uint64_t FileBytes, std::uint64_t OccupiedBytes,
+    // Of a file that is copied to where There was seen.
+    static SpaceNeed NeedOf(std::uint64_t FileBytes, NameFate Fate, const DestinationEntry& There,
                             const DestinationFacts& Destination);
-    // The same when the file may stay away in the end.
-    static SpaceNeed PossibleNeedOf(std::uint64_t FileBytes, std::uint64_t OccupiedBytes,
-                                    const DestinationFacts& Destination);
 
     // Destination must outlive this.
     void Add(const DestinationFacts& Destination, const SpaceNeed& Need);

@@ -1,6 +1,7 @@
-// Audio-CD tracks among the sources.
+// Audio-CD tracks among the sources. Needs root for a mount.
 
 #include "fake_drive.h"
+#include "own_mount_namespace.h"
 #include "preflight_fixture.h"
 
 #include <cerrno>
@@ -55,6 +56,20 @@ TEST_F(PreflightTracks, OfAKnownDiscAreNotReadAgain) {
     EXPECT_EQ(drive.Calls, kNothing);
     EXPECT_EQ(result.Bytes, std::uint64_t{kFakeFrameBytes});
     EXPECT_EQ(result.Findings.Count(PreflightFindingKind::DataTrack), 1U);
+}
+
+// What the link leads to stays.
+TEST_F(PreflightTracks, GetNoRoomFromALinkThatTheyReplace) {
+    constexpr std::size_t kHalfAMegabyte = 524288;
+    ScopedDrive drive(AudioDisc({150}, 400));
+    const OwnMountNamespace inside;
+    const ScopedMount small{MountTmpfs(Room / "small", "size=1m")};
+    WriteFile(small.Path() / "old", std::string(kHalfAMegabyte, 'y'));
+    std::filesystem::create_symlink("old", small.Path() / "track.wav");
+    PlanToCopy({{PathOf(1), small.Path() / "track.wav"}});
+    EXPECT_EQ(Found(), Strings{"too-little-space small, stops"});
+    Rules.bFollowLinks = true;
+    EXPECT_EQ(Found(), kNothing);
 }
 
 TEST_F(PreflightTracks, OfDataAreFound) {
