@@ -106,6 +106,6 @@ private:
     std::uint64_t AllAnswers = 0;
     std::string WhyFailed;
 
-    static constexpr std::chrono::microseconds kShortestPause{200};
+    static constexpr std::chrono::microseconds kShortestPause{10};
     static constexpr std::chrono::microseconds kLongestPause{20000};
 };

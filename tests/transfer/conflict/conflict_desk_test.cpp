@@ -248,9 +248,9 @@ TEST_F(ConflictDeskTest, CancelsTheJobWhereAChoiceFails) {
 
 TEST_F(ConflictDeskTest, LooksOftenAfterAnAnswerAndThenLessAndLess) {
     ConflictDesk desk = DeskWith(FileConflictChoice::Skip);
-    EXPECT_EQ(desk.Pause(), microseconds(200));
+    EXPECT_EQ(desk.Pause(), microseconds(10));
     desk.Attend();
-    EXPECT_EQ(desk.Pause(), microseconds(400));
+    EXPECT_EQ(desk.Pause(), microseconds(20));
     for (int looks = 0; looks < 20; ++looks) {
         desk.Attend();
     }
@@ -258,7 +258,7 @@ TEST_F(ConflictDeskTest, LooksOftenAfterAnAnswerAndThenLessAndLess) {
     WorkOn({ConflictAbout("a")});
     WaitUntilPending();
     desk.Attend();
-    EXPECT_EQ(desk.Pause(), microseconds(200));
+    EXPECT_EQ(desk.Pause(), microseconds(10));
     Worker.join();
 }
 
@@ -273,7 +273,7 @@ TEST_F(ConflictDeskTest, LooksLessAndLessWhileAQuestionWaits) {
     ASSERT_TRUE(desk.OpenQuestion());
     EXPECT_EQ(desk.Pause(), microseconds(20000));
     desk.Answer(desk.OpenQuestion()->Id, {.Action = Action::Skip});
-    EXPECT_EQ(desk.Pause(), microseconds(200));
+    EXPECT_EQ(desk.Pause(), microseconds(10));
 }
 
 TEST_F(ConflictDeskTest, KeepsTheLatestAnswersAndCountsAll) {
