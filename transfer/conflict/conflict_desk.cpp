@@ -28,6 +28,11 @@ int RemoveLink(const std::string& Path) {
     return unlink(Path.c_str()) == 0 || errno == ENOENT ? 0 : errno;
 }
 
+// Whether the answer does something to what stands there.
+bool TouchesEntry(Action Answer) {
+    return Answer != Action::Skip && Answer != Action::Rename && Answer != Action::Cancel;
+}
+
 } // namespace
 
 ItemCounters CountersOf(const TarvaneTransferJob& Job) {
@@ -66,10 +71,15 @@ const AnsweredConflict* ConflictDesk::Decide(const TarvaneTransferConflict& Conf
     return CarryOut(decision, std::move(answer));
 }
 
-// What stands there may have changed since the question.
 const AnsweredConflict* ConflictDesk::Answer(std::uint64_t QuestionId,
                                              const ConflictAnswer& Given) {
     if (!Open || Open->Id != QuestionId) {
+        return nullptr;
+    }
+    const TakenName asked = std::exchange(Open, std::nullopt)->Name;
+    TakenName name = LookAt(asked.Conflict, Policy.FollowsLinks());
+    if (TouchesEntry(Given.Action) && name.Entry != asked.Entry) {
+        Open = Question{++LastId, std::move(name)};
         return nullptr;
     }
     if (Given.ForAllFiles) {
@@ -78,10 +88,8 @@ const AnsweredConflict* ConflictDesk::Answer(std::uint64_t QuestionId,
     if (Given.ForAllDirectories) {
         Policy.RememberForAll(*Given.ForAllDirectories);
     }
-    const TarvaneTransferConflict conflict = std::exchange(Open, std::nullopt)->Name.Conflict;
-    const TakenName name = LookAt(conflict, Policy.FollowsLinks());
     return CarryOut(ConflictPolicy::CarryOut(name, Given.Action),
-                    {.Conflict = conflict, .RenamePath = Given.RenamePath, .bByUser = true});
+                    {.Conflict = asked.Conflict, .RenamePath = Given.RenamePath, .bByUser = true});
 }
 
 const AnsweredConflict* ConflictDesk::CarryOut(const ConflictDecision& Decision,

@@ -79,7 +79,8 @@ public:
 
     // Answers the question with this Id and remembers what is for all. Returns as Attend does:
     // nothing when that question is not open any more, because somebody else was faster or the job
-    // was canceled.
+    // was canceled. Nor is anything done when the answer touches what stands there and that is
+    // not what the question has shown: another question about it is open then.
     const AnsweredConflict* Answer(std::uint64_t QuestionId, const ConflictAnswer& Given);
 
     // The latest kKeptAnswers of what was asked and answered, the oldest first, and the number of

@@ -210,6 +210,27 @@ TEST_F(ConflictDeskTest, AnAnswerThatComesTooLateDoesNotHitTheNextQuestion) {
     EXPECT_EQ(AllHeard(), (std::vector<Told>{{true, Action::Skip, ""}, {true, Action::Skip, ""}}));
 }
 
+// The file has made way for a directory while the person thought.
+TEST_F(ConflictDeskTest, AsksAgainWhereSomethingElseStandsThanTheQuestionHasShown) {
+    const TemporaryDirectory directory;
+    WriteFile(directory / "a", "old");
+    TarvaneTransferConflict conflict = ConflictAbout("a");
+    conflict.DestinationPath = (directory / "a").native();
+    ConflictDesk desk = DeskWith(FileConflictChoice::Ask);
+    WorkOn({conflict});
+    OpenOne(desk);
+    const std::uint64_t first = desk.OpenQuestion()->Id;
+    std::filesystem::remove(directory / "a");
+    std::filesystem::create_directory(directory / "a");
+    const ConflictAnswer overwrite{.Action = Action::Overwrite, .RenamePath = ""};
+    EXPECT_EQ(desk.Answer(first, overwrite), nullptr);
+    ASSERT_TRUE(desk.OpenQuestion().has_value());
+    EXPECT_NE(desk.OpenQuestion()->Id, first);
+    EXPECT_TRUE(IsDirectory(desk.OpenQuestion()->Name.Entry));
+    EXPECT_NE(desk.Answer(desk.OpenQuestion()->Id, overwrite), nullptr);
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{{true, Action::Overwrite, ""}}));
+}
+
 TEST_F(ConflictDeskTest, ALateAnswerForAllIsNotRemembered) {
     ConflictDesk desk = DeskWith(FileConflictChoice::Ask);
     WorkOn({ConflictAbout("a"), ConflictAbout("b")});
