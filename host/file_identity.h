@@ -5,6 +5,7 @@
 #include <compare>
 
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/types.h>
 
 struct FileIdentity {
@@ -16,4 +17,8 @@ struct FileIdentity {
 
 inline FileIdentity IdentityOf(const struct stat& Status) {
     return {Status.st_dev, Status.st_ino};
+}
+
+inline FileIdentity IdentityOf(const struct statx& Status) {
+    return {makedev(Status.stx_dev_major, Status.stx_dev_minor), Status.stx_ino};
 }

@@ -9,16 +9,12 @@
 
 namespace fs = std::filesystem;
 
-namespace {
-
-TakenEntry::Kind KindOf(mode_t Mode) {
+TakenEntry::Kind KindByMode(mode_t Mode) {
     if (S_ISDIR(Mode)) {
         return TakenEntry::Kind::Directory;
     }
     return S_ISREG(Mode) ? TakenEntry::Kind::File : TakenEntry::Kind::Special;
 }
-
-} // namespace
 
 std::optional<TakenEntry> LookAtTakenEntry(const fs::path& Path) {
     struct stat status;
@@ -28,13 +24,13 @@ std::optional<TakenEntry> LookAtTakenEntry(const fs::path& Path) {
     TakenEntry entry;
     entry.bLink = S_ISLNK(status.st_mode);
     if (!entry.bLink) {
-        entry.LeadsTo = KindOf(status.st_mode);
+        entry.LeadsTo = KindByMode(status.st_mode);
         return entry;
     }
     std::error_code ec;
     entry.LinkTarget = fs::read_symlink(Path, ec).native();
     if (stat(Path.c_str(), &status) == 0) {
-        entry.LeadsTo = KindOf(status.st_mode);
+        entry.LeadsTo = KindByMode(status.st_mode);
     }
     return entry;
 }

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <sys/types.h>
 
 #include "tarvanetransfer.h"
 
@@ -23,6 +24,9 @@ struct TakenEntry {
 
     bool operator==(const TakenEntry&) const = default;
 };
+
+// Mode is that of a status for which links were followed.
+TakenEntry::Kind KindByMode(mode_t Mode);
 
 // Nothing when the name is free, or cannot be looked at. Asks the system once, and twice more about
 // a link.

@@ -9,7 +9,6 @@
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/syscall.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <array>
@@ -30,10 +29,6 @@ int WhyNoAccess(const fs::path& Path, int Access) {
 bool QueryEntry(const fs::path& Path, struct statx& OutStatus) {
     return ::statx(AT_FDCWD, Path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS | STATX_MNT_ID,
                    &OutStatus) == 0;
-}
-
-FileIdentity IdentityIn(const struct statx& Status) {
-    return {makedev(Status.stx_dev_major, Status.stx_dev_minor), Status.stx_ino};
 }
 
 // Whether this process may do with the files of others what only their owners may.
@@ -97,7 +92,7 @@ DestinationFacts FactsOf(const fs::path& Wanted) {
     // The slash leads through a link to the directory.
     struct statx status {};
     if (QueryEntry(facts.Directory / "", status)) {
-        facts.Device = IdentityIn(status).Device;
+        facts.Device = IdentityOf(status).Device;
         facts.MountId = status.stx_mnt_id;
     }
     AddFileSystemFacts(facts);
@@ -109,7 +104,7 @@ SourceDirectoryFacts SourceDirectoryFactsOf(const fs::path& Directory) {
     SourceDirectoryFacts facts;
     struct statx status {};
     if (QueryEntry(Directory / "", status)) {
-        facts.Identity = IdentityIn(status);
+        facts.Identity = IdentityOf(status);
         facts.bShared = (status.stx_mode & S_ISVTX) != 0;
         facts.Owner = status.stx_uid;
         const bool bAppendOnly = (status.stx_attributes & STATX_ATTR_APPEND) != 0;
@@ -129,7 +124,7 @@ bool CanBeRenamed(const fs::path& Source, const SourceDirectoryFacts& SourceDire
         return false;
     }
     const bool bSameMount =
-        IdentityIn(status).Device == Destination.Device && status.stx_mnt_id == Destination.MountId;
+        IdentityOf(status).Device == Destination.Device && status.stx_mnt_id == Destination.MountId;
     const bool bFixed = (status.stx_attributes & kFixedAttributes) != 0;
     if (!bSameMount || bFixed || Destination.WriteError != 0 ||
         !MayTakeFrom(SourceDirectory, status)) {

@@ -4,26 +4,17 @@
 #include <chrono>
 #include <climits>
 #include <fcntl.h>
-#include <limits>
 #include <string_view>
 #include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr std::uint64_t kStatusBlockBytes = 512;
 
-TakenEntry::Kind KindOf(mode_t Mode) {
-    if (S_ISDIR(Mode)) {
-        return TakenEntry::Kind::Directory;
-    }
-    return S_ISREG(Mode) ? TakenEntry::Kind::File : TakenEntry::Kind::Special;
-}
-
 void AddStatus(DestinationEntry& OutEntry, const struct statx& Status) {
-    OutEntry.Taken->LeadsTo = KindOf(Status.stx_mode);
-    OutEntry.Identity = {makedev(Status.stx_dev_major, Status.stx_dev_minor), Status.stx_ino};
+    OutEntry.Taken->LeadsTo = KindByMode(Status.stx_mode);
+    OutEntry.Identity = IdentityOf(Status);
     OutEntry.MountId = Status.stx_mnt_id;
     OutEntry.bAppendOnly = (Status.stx_attributes & STATX_ATTR_APPEND) != 0;
     if (S_ISREG(Status.stx_mode)) {

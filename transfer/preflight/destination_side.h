@@ -28,7 +28,7 @@ struct DestinationEntry {
 
     bool IsFree() const { return Error == 0 && !Taken; }
     bool IsDangling() const { return Taken && !Taken->LeadsTo; }
-    bool IsDirectory() const { return Taken && Taken->LeadsTo == TakenEntry::Kind::Directory; }
+    bool IsDirectory() const { return Taken && ::IsDirectory(*Taken); }
 };
 
 // Name is relative to the open directory Parent. At most one status query, and none where nothing
