@@ -40,19 +40,20 @@ BlockPart InStyle(BlockPart Part, TextStyle Style) {
     return Part;
 }
 
+std::size_t RowsOf(const std::vector<BlockPart>& Parts) {
+    std::size_t rows = 0;
+    for (const BlockPart& part : Parts) {
+        rows += part.Lines.size();
+    }
+    return rows;
+}
+
 std::vector<ScreenLine> FitToRows(std::vector<BlockPart> Parts, int Rows) {
-    const auto rowsOfAll = [&Parts] {
-        std::size_t rows = 0;
-        for (const BlockPart& part : Parts) {
-            rows += part.Lines.size();
-        }
-        return rows;
-    };
     const auto lessImportant = [](const BlockPart& First, const BlockPart& Second) {
         return First.Importance < Second.Importance;
     };
     const auto limit = static_cast<std::size_t>(std::max(1, Rows));
-    while (Parts.size() > 1 && rowsOfAll() > limit) {
+    while (Parts.size() > 1 && RowsOf(Parts) > limit) {
         Parts.erase(std::min_element(Parts.begin(), Parts.end(), lessImportant));
     }
     std::vector<ScreenLine> lines;

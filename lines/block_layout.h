@@ -41,6 +41,9 @@ BlockPart PathPart(int Importance, const std::string& Text, int Width);
 // The part with all its lines in one style.
 BlockPart InStyle(BlockPart Part, TextStyle Style);
 
+// The rows that all parts take.
+std::size_t RowsOf(const std::vector<BlockPart>& Parts);
+
 // The lines of all parts in their order, without the least important parts that do not fit into
 // Rows. The most important part stays, cut where it alone is too long.
 std::vector<ScreenLine> FitToRows(std::vector<BlockPart> Parts, int Rows);

@@ -94,14 +94,6 @@ BlockPart LossPart(const TakenName& Name, int Width) {
                : WordsPart(kOldFileNotePart, loss.Sentence, Width);
 }
 
-std::size_t RowsOf(const std::vector<BlockPart>& Parts) {
-    std::size_t rows = 0;
-    for (const BlockPart& part : Parts) {
-        rows += part.Lines.size();
-    }
-    return rows;
-}
-
 std::vector<BlockPart> PartsAbove(const ConflictQuestion& Question, int Width, int PathRows) {
     const std::vector<Side> sides = SidesOf(Question.Asked());
     std::vector<BlockPart> parts = SidesInLines(sides, Width);
