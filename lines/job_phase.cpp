@@ -1,6 +1,5 @@
 #include "job_phase.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <optional>
@@ -11,6 +10,7 @@
 #include "conflict_question.h"
 #include "conflict_tally.h"
 #include "free_name.h"
+#include "full_path.h"
 #include "key_guard.h"
 #include "line_queue.h"
 #include "progress_texts.h"
@@ -25,13 +25,11 @@
 namespace {
 
 // Where the copy of a source, or of what lies in one, is put.
-std::filesystem::path DirectoryForCopyOf(const std::string& Source,
+std::filesystem::path DirectoryForCopyOf(const std::filesystem::path& Source,
                                          const TarvaneTransferPlan& Plan) {
     for (const TarvaneTransferItemPlan& item : Plan.Items) {
-        const std::string& source = item.SourcePath.native();
-        if (Source == source || Source.starts_with(source + "/")) {
-            const std::string below = Source.substr(source.size());
-            return std::filesystem::path(item.DestinationPath.native() + below).parent_path();
+        if (IsWithin(Source, item.SourcePath)) {
+            return Rebased(Source, item.SourcePath, item.DestinationPath).parent_path();
         }
     }
     return {};

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <optional>
 #include <system_error>
 #include <vector>
 
 #include <sys/stat.h>
 
 #include "file_reason.h"
+#include "full_path.h"
 
 namespace fs = std::filesystem;
 
@@ -24,10 +24,6 @@ bool IsOneOf(const std::string& Sentence, const std::vector<std::string>& Senten
     return std::ranges::find(Sentences, Sentence) != Sentences.end();
 }
 
-bool IsBelow(const fs::path& Path, const fs::path& Tree) {
-    return Path == Tree || Path.native().starts_with(Tree.native() + "/");
-}
-
 // Where the current entry goes; nothing when two operands hold it.
 fs::path CurrentDestination(const FailedJob& Failed) {
     const AnsweredConflict* answer = Failed.LastAnswer;
@@ -35,16 +31,14 @@ fs::path CurrentDestination(const FailedJob& Failed) {
         return answer->RenamePath.empty() ? answer->Conflict.DestinationPath : answer->RenamePath;
     }
     const auto holds = [&Failed](const TarvaneTransferItemPlan& Item) {
-        return IsBelow(Failed.CurrentPath, Item.SourcePath);
+        return IsWithin(Failed.CurrentPath, Item.SourcePath);
     };
     const auto& items = Failed.Plan.Items;
     const auto found = std::ranges::find_if(items, holds);
     if (found == items.end() || std::ranges::count_if(items, holds) > 1) {
         return {};
     }
-    return Failed.CurrentPath == found->SourcePath
-               ? found->DestinationPath
-               : found->DestinationPath / Failed.CurrentPath.lexically_relative(found->SourcePath);
+    return Rebased(Failed.CurrentPath, found->SourcePath, found->DestinationPath);
 }
 
 Addition AboutUnopenedDestination(const FailedJob& Failed) {

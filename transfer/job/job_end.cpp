@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "failure_reason.h"
+#include "full_path.h"
 #include "number_text.h"
 #include "progress_texts.h"
 #include "quoted.h"
@@ -41,7 +42,7 @@ UnreadDirectories NotSkipped(const EndedJob& Ended) {
     UnreadDirectories unread = Ended.Unread;
     const auto isSkipped = [&](const std::filesystem::path& Directory) {
         return std::ranges::any_of(Ended.Names.SkippedDirectories(), [&](const std::string& Tree) {
-            return Directory == Tree || Directory.native().starts_with(Tree + "/");
+            return IsWithin(Directory, Tree);
         });
     };
     unread.Count -= std::erase_if(unread.First, isSkipped);

@@ -33,6 +33,15 @@ fs::path ParentOf(const fs::path& Path) {
     return entry.has_parent_path() ? entry.parent_path() : fs::path(".");
 }
 
+bool IsWithin(const fs::path& Path, const fs::path& Tree) {
+    const std::string& tree = Tree.native();
+    return Path == Tree || Path.native().starts_with(tree.ends_with('/') ? tree : tree + "/");
+}
+
+fs::path Rebased(const fs::path& Path, const fs::path& From, const fs::path& To) {
+    return Path == From ? To : To / Path.lexically_relative(From);
+}
+
 fs::path NearestExistingDirectory(const fs::path& Path) {
     std::error_code ec;
     fs::path directory = fs::absolute(Path, ec);

@@ -18,5 +18,12 @@ bool EndsInComponent(const std::filesystem::path& Given, std::string_view Name);
 // The directory that holds an entry, also when its path ends with a slash.
 std::filesystem::path ParentOf(const std::filesystem::path& Path);
 
+// Whether Path is Tree or lies below it, as both are written.
+bool IsWithin(const std::filesystem::path& Path, const std::filesystem::path& Tree);
+
+// What Path, which is within From, is called within To.
+std::filesystem::path Rebased(const std::filesystem::path& Path, const std::filesystem::path& From,
+                              const std::filesystem::path& To);
+
 // Path itself when it is a directory, otherwise the closest one above it, absolute.
 std::filesystem::path NearestExistingDirectory(const std::filesystem::path& Path);
