@@ -1,7 +1,6 @@
 #include "progress_bar.h"
 
 #include <algorithm>
-#include <cstddef>
 
 namespace {
 
@@ -47,8 +46,8 @@ ScreenLine BarLine(const ProgressBar& Bar, BarCells Cells, int Width) {
     }
     const int eighths = FilledEighths(Bar, cells);
     const int full = eighths / kEighths;
-    const int partial = Cells == BarCells::Blocks ? eighths % kEighths : 0;
     const bool bBlocks = Cells == BarCells::Blocks;
+    const int partial = bBlocks ? eighths % kEighths : 0;
     const std::string filled = Repeated(bBlocks ? PartialBlock(kEighths) : "#", full) +
                                (partial > 0 ? PartialBlock(partial) : "");
     const int rest = cells - full - (partial > 0 ? 1 : 0);

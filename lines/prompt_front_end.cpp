@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 #include <unistd.h>
-#include <utility>
 #include <variant>
 
 #include "completion_bell.h"

@@ -1,6 +1,5 @@
 #include "conflict_policy.h"
 
-#include <optional>
 #include <utility>
 
 #include "conflict_choices.h"

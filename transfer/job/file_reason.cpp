@@ -1,7 +1,6 @@
 #include "file_reason.h"
 
 #include <cerrno>
-#include <optional>
 #include <system_error>
 
 #include <fcntl.h>

@@ -8,7 +8,6 @@
 #include "file_look.h"
 #include "followed_links.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <set>

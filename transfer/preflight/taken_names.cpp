@@ -2,8 +2,6 @@
 
 #include "quoted.h"
 
-#include <utility>
-
 namespace {
 
 using Kind = PreflightFindingKind;

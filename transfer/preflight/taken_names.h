@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -31,7 +32,7 @@ enum class NameFate {
     Refused,
 };
 
-// One side of a taken name, as the engine's record would have it.
+// What is to take a name, as the engine's record would have it.
 struct SourceSide {
     std::string Path;
     bool bDirectory = false;
