@@ -12,11 +12,11 @@
 #include "transfer_request.h"
 
 // Looks through the sources beside the loop, says so, and tells what it found. Esc cancels the run.
-// A request that leaves the look out gets what guards all the same; without it, nothing goes on.
-// Whether the run goes on is the preflight verdict's; this asks where that says so.
+// A request that leaves the look out gets the guards all the same. Whether the run goes on is the
+// preflight verdict's; this asks where that says so.
 //
-// Returns how the run has ended, or nothing when it goes on, with OutUnread. A dry run
-// always ends here.
+// Returns how the run has ended, or nothing when it goes on, with OutUnread. A dry run always ends
+// here.
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
                                             const PromptContext& Context, const KnownDiscs& Discs,

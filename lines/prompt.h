@@ -29,7 +29,7 @@ public:
     // Shows Lines, laid out for LaidOutFor, in place of the ones before, if that can be done now.
     void Show(const std::vector<ScreenLine>& Lines, TerminalSize LaidOutFor,
               const std::optional<BlockCursor>& Cursor = std::nullopt);
-    // Shows Parts as far as there is room, the cursor behind the last line when it is a question.
+    // Shows Parts as far as there is room.
     void ShowParts(std::vector<BlockPart> Parts);
 
     // Prints one line that stays, above the block, after cleaning it.

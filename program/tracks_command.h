@@ -18,8 +18,8 @@
 #include "run_outcome.h"
 
 struct TracksRequest {
-    // A path as it was given, which may be that of a track. Empty for the first
-    // drive with an audio CD.
+    // A path as it was given, which may be that of a track. Empty for the first drive with an audio
+    // CD.
     std::string Device;
     bool bJson = false;
 };

@@ -9,7 +9,7 @@
 
 // The graver ones come later.
 enum class PlanRefusalKind {
-    // Something that the request names is missing, taken or cannot be read.
+    // Something that the request names is missing or cannot be looked at.
     Failed,
     // The request contradicts itself or what is on the disk.
     WrongUsage,

@@ -28,7 +28,8 @@ struct TransferRequest {
     FlushChoice Flush = FlushChoice::Auto;
     bool bPreflight = true;
     bool bDryRun = false;
-    // Lets a move go on that removes files through a link to a directory.
+    // Lets a move go on that removes files through a link to a directory, and follows links at the
+    // destination.
     bool bFollowLinks = false;
 };
 
