@@ -2,6 +2,7 @@
 
 #include "conflict_question.h"
 
+#include <algorithm>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -141,6 +142,18 @@ TEST_F(QuestionLayout, ShowsALinkAsOne) {
     EXPECT_EQ(shown[1], "             46.0 KB (47110 bytes)  2023-12-24 18:00:00  is a link to");
     EXPECT_EQ(shown[2], "             ../old.jpg");
     EXPECT_EQ(shown[5], "Overwriting replaces the link itself, not what it leads to.");
+}
+
+TEST_F(QuestionLayout, SaysWhatBecomesOfOtherNames) {
+    TakenName shared = At(FileConflict(), {.LeadsTo = TakenEntry::Kind::File});
+    shared.Entry.bHasOtherNames = true;
+    const Texts shown = Shown(Ask(shared));
+    EXPECT_EQ(shown[0], "File exists: /media/usb0/Backup/cover.jpg");
+    EXPECT_NE(std::ranges::find(shown, "Overwriting leaves the old file its other names."),
+              shown.end());
+    EXPECT_EQ(Warnings(Ask(shared)), Texts{});
+    shared.bFollowLinks = true;
+    EXPECT_EQ(Warnings(Ask(shared)), Texts{"Overwriting changes the file under its other names."});
 }
 
 TEST_F(QuestionLayout, CleansWhereALinkLeads) {

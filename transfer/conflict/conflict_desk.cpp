@@ -100,8 +100,8 @@ const AnsweredConflict* ConflictDesk::CarryOut(const ConflictDecision& Decision,
     const std::string& destination = Answer.Conflict.DestinationPath;
     const bool bRemoves = Decision.bReplacesLink && !Job.IsCancelRequested();
     if (const int error = bRemoves ? RemoveLink(destination) : 0; error != 0) {
-        std::string sentence = "cannot remove symlink " + Quoted(destination) + ": " +
-                               std::generic_category().message(error);
+        std::string sentence =
+            "cannot remove " + Quoted(destination) + ": " + std::generic_category().message(error);
         return GiveUp(std::move(sentence), std::move(Answer));
     }
     Answer.Action = Decision.Action;

@@ -53,6 +53,13 @@ ConflictLoss LossByDirectory(const TakenEntry& Entry) {
 }
 
 ConflictLoss LossByFile(const TakenName& Name) {
+    if (Name.Entry.bHasOtherNames) {
+        return Name.bFollowLinks
+                   ? ConflictLoss{.Sentence = "Overwriting changes the file under its other names.",
+                                  .bWarning = true}
+                   : ConflictLoss{.Sentence = "Overwriting leaves the old file its other names.",
+                                  .bWarning = false};
+    }
     if (ReplacesLink(Name)) {
         return {.Sentence = "Overwriting replaces the link itself, not what it leads to.",
                 .bWarning = false};

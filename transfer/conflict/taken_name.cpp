@@ -25,6 +25,7 @@ std::optional<TakenEntry> LookAtTakenEntry(const fs::path& Path) {
     entry.bLink = S_ISLNK(status.st_mode);
     if (!entry.bLink) {
         entry.LeadsTo = KindByMode(status.st_mode);
+        entry.bHasOtherNames = S_ISREG(status.st_mode) && status.st_nlink > 1;
         return entry;
     }
     std::error_code ec;

@@ -21,6 +21,8 @@ struct TakenEntry {
     bool bLink = false;
     // As the link says; empty when it is none.
     std::string LinkTarget = {};
+    // A file that is no link and has hard links elsewhere, perhaps among the sources.
+    bool bHasOtherNames = false;
 
     bool operator==(const TakenEntry&) const = default;
 };
@@ -46,9 +48,13 @@ inline bool IsDirectory(const TakenEntry& Entry) {
     return Entry.LeadsTo == TakenEntry::Kind::Directory;
 }
 
-// Whether overwriting removes the link itself, and nothing of what it leads to. One that is
-// followed to a directory is removed too: there is nothing to write through it.
+// Whether overwriting removes the link itself, symbolic or hard, and nothing of what it leads to. A
+// symbolic one that is followed to a directory is removed too: there is nothing to write through
+// it.
 inline bool ReplacesLink(const TakenName& Name) {
+    if (Name.Entry.bHasOtherNames) {
+        return !Name.bFollowLinks;
+    }
     return Name.Entry.bLink && (!Name.bFollowLinks || IsDirectory(Name.Entry));
 }
 

@@ -18,6 +18,7 @@ void AddStatus(DestinationEntry& OutEntry, const struct statx& Status) {
     OutEntry.MountId = Status.stx_mnt_id;
     OutEntry.bAppendOnly = (Status.stx_attributes & STATX_ATTR_APPEND) != 0;
     if (S_ISREG(Status.stx_mode)) {
+        OutEntry.Taken->bHasOtherNames = !OutEntry.Taken->bLink && Status.stx_nlink > 1;
         OutEntry.SizeBytes = Status.stx_size;
         OutEntry.OccupiedBytes = Status.stx_blocks * kStatusBlockBytes;
     }

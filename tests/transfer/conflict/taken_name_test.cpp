@@ -36,6 +36,16 @@ TEST_F(TakenNameTest, NothingStandsAtAFreeName) {
     EXPECT_EQ(Look("free"), std::nullopt);
 }
 
+TEST_F(TakenNameTest, TellsAFileThatHasOtherNames) {
+    WriteFile(Root / "file", "bytes");
+    fs::create_hard_link(Root / "file", Root / "other");
+    LinkTo("file");
+    EXPECT_TRUE(Look("file")->bHasOtherNames);
+    EXPECT_FALSE(Look("link")->bHasOtherNames);
+    fs::remove(Root / "other");
+    EXPECT_FALSE(Look("file")->bHasOtherNames);
+}
+
 TEST_F(TakenNameTest, TellsTheKindOfWhatIsNoLink) {
     WriteFile(Root / "file", "bytes");
     fs::create_directory(Root / "directory");

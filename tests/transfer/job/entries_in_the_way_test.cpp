@@ -84,6 +84,25 @@ TEST_F(EntriesInTheWay, ChoicesReplaceALinkToAFileAndNotTheFile) {
     }
 }
 
+// Also one of another source, which would be lost.
+TEST_F(EntriesInTheWay, ChoicesReplaceAHardLinkAndNotTheFile) {
+    for (const EntryChoice choice : {EntryChoice::Overwrite, EntryChoice::Older,
+                                     EntryChoice::Compare, EntryChoice::SizeDiffers}) {
+        fs::remove(InTheWay());
+        fs::create_hard_link(Directory / "elsewhere/precious", InTheWay());
+        EXPECT_EQ(CopyTree(choice).Message, kCopied);
+        EXPECT_EQ(AtTheName(), "file new");
+        EXPECT_EQ(Precious(), "precious");
+    }
+}
+
+TEST_F(EntriesInTheWay, AFollowedHardLinkIsWrittenThrough) {
+    fs::create_hard_link(Directory / "elsewhere/precious", InTheWay());
+    EXPECT_EQ(OverwriteThroughLinks().Message, kCopied);
+    EXPECT_EQ(AtTheName(), "file new");
+    EXPECT_EQ(Precious(), "new");
+}
+
 TEST_F(EntriesInTheWay, ChoicesThatDoNotReplaceLeaveTheLink) {
     LinkToPrecious();
     EXPECT_EQ(CopyTree(EntryChoice::Larger).Message, kCopied);
@@ -148,8 +167,7 @@ TEST_F(EntriesInTheWay, ALinkThatCannotBeRemovedEndsTheJobWithTheReason) {
         const ActingAsNobody nobody;
         run = CopyTree(EntryChoice::Overwrite);
     }
-    EXPECT_EQ(run.Sentence,
-              "cannot remove symlink '" + InTheWay().native() + "': Permission denied");
+    EXPECT_EQ(run.Sentence, "cannot remove '" + InTheWay().native() + "': Permission denied");
     EXPECT_EQ(run.Message, kCanceled);
     EXPECT_EQ(AtTheName(), "link " + (Directory / "elsewhere/precious").native());
 }

@@ -126,6 +126,14 @@ TEST_F(PreflightSpace, IsTakenByTheGrowthOfWhatIsReplaced) {
     EXPECT_FALSE(Transfer().bSucceeded);
 }
 
+TEST_F(PreflightSpace, IsNotFreedByAFileThatHasOtherNames) {
+    WriteFile(From / "tree/file", std::string(kMegabyte * 3 / 4, 'x'));
+    WriteFile(Small.Path() / "tree/file", std::string(kMegabyte / 2, 'y'));
+    std::filesystem::create_hard_link(Small.Path() / "tree/file", Small.Path() / "other");
+    PlanToCopy({{From / "tree", Small.Path() / "tree"}});
+    EXPECT_EQ(Found(), Strings{"too-little-space small, stops"});
+}
+
 // Whether it fits depends on what the answers, or the contents, will say.
 TEST_F(PreflightSpace, MayBeTakenByWhatIsAskedAboutOrCompared) {
     WriteFile(From / "tree/file", std::string(kMegabyte * 5 / 4, 'x'));
