@@ -9,6 +9,7 @@
 
 #include "file_reason.h"
 #include "full_path.h"
+#include "tarvaneops.h"
 
 namespace fs = std::filesystem;
 
@@ -75,6 +76,22 @@ Addition AboutMissingOperand(const FailedJob& Failed) {
     return {};
 }
 
+// The first operand that is refused for where it goes. Not beyond a directory, which may hold the
+// entry that was meant.
+Addition AboutRefusedOperand(const FailedJob& Failed,
+                             bool (*IsRefused)(const fs::path&, const fs::path&)) {
+    std::error_code ec;
+    for (const TarvaneTransferItemPlan& item : Failed.Plan.Items) {
+        if (IsRefused(item.SourcePath, item.DestinationPath)) {
+            return {item.SourcePath};
+        }
+        if (fs::is_directory(item.SourcePath, ec)) {
+            break;
+        }
+    }
+    return {};
+}
+
 // The system's text alone, if looking at the current entry still gives the same.
 Addition AboutCurrentEntry(const std::string& Sentence, const FailedJob& Failed) {
     const bool bSame =
@@ -109,6 +126,12 @@ Addition AdditionTo(const std::string& Sentence, const FailedJob& Failed) {
     }
     if (Sentence == "Source does not exist.") {
         return AboutMissingOperand(Failed);
+    }
+    if (Sentence == "Source and destination are the same path.") {
+        return AboutRefusedOperand(Failed, TarvanePathsEquivalentOrSame);
+    }
+    if (Sentence == "Destination cannot be inside the source directory.") {
+        return AboutRefusedOperand(Failed, TarvanePathIsInside);
     }
     return AboutCurrentEntry(Sentence, Failed);
 }

@@ -5,6 +5,8 @@
 #include "file_tree.h"
 #include "temporary_directory.h"
 
+#include <utility>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -97,6 +99,20 @@ TEST_F(FailureReason, NamesTheDirectoryThatIsMissing) {
 TEST_F(FailureReason, NamesTheOperandThatCannotBeFound) {
     fs::remove(Root / "from/b");
     EXPECT_EQ(Text("Source does not exist.", ""), PathOf("from/b") + ": Source does not exist.");
+}
+
+TEST_F(FailureReason, NamesTheOperandThatIsRefused) {
+    const std::string same = "Source and destination are the same path.";
+    const std::string inside = "Destination cannot be inside the source directory.";
+    EXPECT_EQ(Text(same), same);
+    Plan.Items[1].DestinationPath = Root / "from/b";
+    EXPECT_EQ(Text(same), same);
+    std::swap(Plan.Items[0], Plan.Items[1]);
+    EXPECT_EQ(Text(same), PathOf("from/b") + ": " + same);
+    EXPECT_EQ(Text(inside), inside);
+    Plan.Items = {Plan.Items[1]};
+    Plan.Items[0].DestinationPath = Root / "from/tree/sub/new";
+    EXPECT_EQ(Text(inside), PathOf("from/tree") + ": " + inside);
 }
 
 TEST_F(FailureReason, NamesTheEntryThatASystemTextIsAbout) {
