@@ -117,6 +117,12 @@ int WhyUnchangeable(const fs::path& Directory) {
     return WhyNoAccess(Directory, W_OK | X_OK);
 }
 
+bool CanBeRemoved(const fs::path& Source, const SourceDirectoryFacts& SourceDirectory) {
+    struct statx status {};
+    return !QueryEntry(Source, status) || ((status.stx_attributes & kFixedAttributes) == 0 &&
+                                           MayTakeFrom(SourceDirectory, status));
+}
+
 bool CanBeRenamed(const fs::path& Source, const SourceDirectoryFacts& SourceDirectory,
                   const DestinationFacts& Destination) {
     struct statx status {};

@@ -66,6 +66,9 @@ using KnownDestinations = KnownDirectories<DestinationFacts, FactsOf>;
 // 0 when entries can be created in a directory and removed from it, otherwise the errno.
 int WhyUnchangeable(const std::filesystem::path& Directory);
 
+// Whether Source can be removed from its directory; an operand that has gone meanwhile can.
+bool CanBeRemoved(const std::filesystem::path& Source, const SourceDirectoryFacts& SourceDirectory);
+
 // Whether a move of Source out of SourceDirectory to a free name in a destination can be a rename.
 // When in doubt it cannot: then files are copied and removed one by one.
 bool CanBeRenamed(const std::filesystem::path& Source, const SourceDirectoryFacts& SourceDirectory,

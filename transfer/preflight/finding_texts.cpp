@@ -58,6 +58,8 @@ constexpr KindTexts kTexts[] = {
      "The job will stop at entries that cannot be looked at"},
     {Kind::UnwritableSourceDirectory, "unwritable-source-directory",
      "The move will stop at directories from which nothing can be removed"},
+    {Kind::UnremovableEntry, "unremovable-entry",
+     "The move will stop at entries that cannot be removed"},
     {Kind::DestinationInsideSource, "destination-inside-source",
      "The job will stop at directories that hold the destination"},
     {Kind::SourceIsDestination, "source-is-destination",
@@ -178,6 +180,8 @@ std::string DescribeFinding(const PreflightFinding& Finding) {
     case Kind::UnwritableSourceDirectory:
         return "the move will stop at the directory " + path +
                ", from which nothing can be removed";
+    case Kind::UnremovableEntry:
+        return "the move will stop at " + path + ", which cannot be removed";
     case Kind::DestinationInsideSource:
         return "the job will stop at the directory " + path +
                ", because the destination is inside it";

@@ -38,6 +38,9 @@ enum class PreflightFindingKind {
     UninspectableEntry,
     // On a move that has to copy: nothing can be removed from the directory.
     UnwritableSourceDirectory,
+    // On the same: an operand that somebody else owns in a directory that many share, or that must
+    // not be changed at all.
+    UnremovableEntry,
     // A directory that is to be copied into itself, by its own name or through a link.
     DestinationInsideSource,
     SourceIsDestination,

@@ -46,8 +46,13 @@ void SourceWalk::Walk(const std::filesystem::path& Source,
 
 void SourceWalk::CheckRemoval(const std::filesystem::path& Source) {
     const std::filesystem::path parent = ParentOf(Source);
-    if (!SourceDirectories.At(parent).bWritable && UnwritableParents.insert(parent).second) {
-        Result.Findings.AddStop(Kind::UnwritableSourceDirectory, parent);
+    const SourceDirectoryFacts& facts = SourceDirectories.At(parent);
+    if (!facts.bWritable) {
+        if (UnwritableParents.insert(parent).second) {
+            Result.Findings.AddStop(Kind::UnwritableSourceDirectory, parent);
+        }
+    } else if (!CanBeRemoved(Source, facts)) {
+        Result.Findings.AddStop(Kind::UnremovableEntry, Source);
     }
 }
 

@@ -51,6 +51,8 @@ TEST(PreflightFinding, OfAccessSaysWhatIsNotAllowed) {
               "the job will stop at '/x': Reason");
     EXPECT_EQ(Describe(PreflightFindingKind::UnwritableSourceDirectory),
               "the move will stop at the directory '/x', from which nothing can be removed");
+    EXPECT_EQ(Describe(PreflightFindingKind::UnremovableEntry),
+              "the move will stop at '/x', which cannot be removed");
     EXPECT_EQ(Describe(PreflightFindingKind::UnwritableDestination),
               "nothing can be created in the directory '/x': Reason");
     EXPECT_EQ(Describe(PreflightFindingKind::UnwritableFile),

@@ -117,6 +117,17 @@ TEST_F(PreflightRename, OfWhatBelongsToOthersTakesTheRightToActForThem) {
     ExpectTruth(From / "file", To / "file");
 }
 
+TEST_F(PreflightRename, OfWhatBelongsToOthersCannotBeACopyEither) {
+    WriteFile(From / "file", "x");
+    Set(From, 01777, kSomebody);
+    Set(From / "file", 0644, kSomebody);
+    Set(To, 0777, 0);
+    PlanToMove({{From / "file", To / "file"}});
+    const ActingAsNobody nobody;
+    EXPECT_EQ(Found(), Strings{"unremovable-entry from/file, stops"});
+    EXPECT_FALSE(Transfer().bSucceeded);
+}
+
 // The new parent is a directory that the move makes in the old one.
 TEST_F(PreflightRename, IntoADirectoryThatIsMadeChangesTheParent) {
     fs::create_directory(From / "tree");
