@@ -31,6 +31,13 @@ std::string SpaceText(const PreflightFinding& Finding) {
     return (Finding.bStopsJob ? "" : "at most ") + sizes.Needed + " are needed";
 }
 
+const char* WhatTheTrackIs(Kind Found) {
+    if (Found == Kind::MissingTrack) {
+        return "is not on the disc";
+    }
+    return Found == Kind::EmptyTrack ? "has no length" : "is a data track";
+}
+
 struct KindTexts {
     Kind Wanted = Kind::DanglingLink;
     std::string_view Name;
@@ -199,11 +206,9 @@ std::string DescribeFinding(const PreflightFinding& Finding) {
     case Kind::PathTooLong:
         return DescribeLimit(Finding);
     case Kind::MissingTrack:
-        return "the job will stop at " + path + ", which is not on the disc";
     case Kind::EmptyTrack:
-        return "the job will stop at " + path + ", which has no length";
     case Kind::DataTrack:
-        return "the job will stop at " + path + ", which is a data track";
+        return "the job will stop at " + path + ", which " + WhatTheTrackIs(Finding.Kind);
     case Kind::TakenName:
     case Kind::UnequalKinds:
     case Kind::DanglingDestination:
