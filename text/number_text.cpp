@@ -7,7 +7,7 @@
 std::string NumberText(std::uint64_t Number) {
     std::string digits = std::to_string(Number);
     for (std::size_t end = digits.size(); end > 3; end -= 3) {
-        digits.insert(end - 3, ",");
+        digits.insert(end - 3, 1, ',');
     }
     return digits;
 }

@@ -25,10 +25,9 @@ SourceWalk::SourceWalk(const Parts& PartsToFill, bool bMoveSources, PreflightSco
 void SourceWalk::Walk(const std::filesystem::path& Source,
                       const std::filesystem::path& Destination) {
     const DestinationFacts& facts = Destinations.At(Destination.parent_path());
-    WalkListing top{.Path = {},
-                    .Destination = {.Path = facts.Directory, .Facts = &facts, .bExists = true},
-                    .ItemDestination = Destination,
-                    .Descriptor = AT_FDCWD};
+    const DestinationPlace parent{.Path = facts.Directory, .Facts = &facts, .bExists = true};
+    WalkListing top{
+        .Path = {}, .Destination = parent, .ItemDestination = Destination, .Descriptor = AT_FDCWD};
     const DestinationEntry there = top.LookThere(Source);
     if (bMove && there.IsFree() &&
         CanBeRenamed(Source, SourceDirectories.At(ParentOf(Source)), facts)) {
