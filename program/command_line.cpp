@@ -47,6 +47,13 @@ std::string MeantCommand(std::string_view Typed) {
     return Typed == "cp" ? "copy" : Typed == "mv" ? "move" : NearestWord(Typed, kNames);
 }
 
+UsageError OptionBeforeCommand(std::string_view Typed) {
+    constexpr std::string_view kNames[] = {"--help", "--version"};
+    const std::string meant = NearestWord(Typed, kNames);
+    return {{"unrecognized option " + Quoted(Typed) + " before the command" +
+             (meant.empty() ? "" : "; did you mean " + Quoted(meant) + "?")}};
+}
+
 UsageError UnknownCommand(std::string_view Typed) {
     const std::string meant = MeantCommand(Typed);
     return {{"unknown command " + Quoted(Typed) + "; " +
@@ -165,7 +172,7 @@ CommandLine ParseCommandLine(int Argc, char** Argv) {
         return InformationText{kVersionText};
     }
     if (command.starts_with('-')) {
-        return UsageError{{"unrecognized option " + Quoted(command) + " before the command"}};
+        return OptionBeforeCommand(command);
     }
     return UnknownCommand(command);
 }

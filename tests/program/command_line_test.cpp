@@ -161,6 +161,10 @@ TEST(CommandLineParser, AsksWhetherANearCommandWasMeant) {
     EXPECT_EQ(Mistake({"track"}), "unknown command 'track'; did you mean 'tracks'?");
     EXPECT_EQ(Mistake({"cp", "a", "b"}), "unknown command 'cp'; did you mean 'copy'?");
     EXPECT_EQ(Mistake({"mv", "a", "b"}), "unknown command 'mv'; did you mean 'move'?");
+    EXPECT_EQ(Mistake({"--hlep"}),
+              "unrecognized option '--hlep' before the command; did you mean '--help'?");
+    EXPECT_EQ(Mistake({"--verison"}),
+              "unrecognized option '--verison' before the command; did you mean '--version'?");
 }
 
 } // namespace
