@@ -18,7 +18,7 @@ InterfaceLoop::InterfaceLoop(Terminal& TerminalToUse, LoopSurface& SurfaceToUse)
 void InterfaceLoop::Run(Activity& Current) {
     EnsureKeyMode(Current);
     while (!Current.IsOver()) {
-        if (!Current.NeedsAnswer() || !CallForAnswer()) {
+        if (!Current.NeedsAnswer() || End.IsAsked() || !CallForAnswer()) {
             DrawWhenDue(Current);
         }
         TakeEvents(Current);
@@ -58,7 +58,7 @@ void InterfaceLoop::TakeSignal(int Signal) {
         End.Quit(Signal);
         break;
     case SIGTSTP:
-        Stop(SIGTSTP);
+        bStoppedByRequest = Stop(SIGTSTP);
         break;
     case SIGCONT:
         Resume();
@@ -113,8 +113,12 @@ void InterfaceLoop::NoticeClosedTerminal(bool bReaderGone) {
     }
 }
 
-// True when the process was stopped: the screen is drawn only after what has come meanwhile.
+// True when the process was stopped: the screen is drawn, and the process stopped again, only after
+// what has come meanwhile.
 bool InterfaceLoop::CallForAnswer() {
+    if (std::exchange(bStoppedByRequest, false)) {
+        return true;
+    }
     if (!bClosed && Screen.IsForeground()) {
         return false;
     }

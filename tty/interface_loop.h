@@ -91,4 +91,6 @@ private:
     Terminal::TimePoint NextFrame;
     bool bStatusRequested = false;
     bool bClosed = false;
+    // What has come during the stop is not known yet.
+    bool bStoppedByRequest = false;
 };

@@ -322,6 +322,20 @@ TEST_F(InterfaceLoopTest, DrawsNothingAfterAStopBeforeItKnowsWhatHasComeMeanwhil
     EXPECT_EQ(Log, Words{"abandon"});
 }
 
+// As a shell ends a stopped job: both signals come before the program is in the foreground again.
+TEST_F(InterfaceLoopTest, StopsForNoAnswerOnceItIsToEnd) {
+    Screen.bForegroundAfterStop = false;
+    // The question is there until what asks it has been canceled.
+    LoggingActivity activity = For(milliseconds(30));
+    activity.bAsks = true;
+    const auto toTheBackground = [this] { Screen.bForeground = false; };
+    Screen.Script({ScriptedTerminal::Always(), {{SIGTSTP}, {}}, toTheBackground});
+    Screen.RaiseWhen(ScriptedTerminal::Always(), SIGTERM);
+    Loop.Run(activity);
+    EXPECT_EQ(Screen.Calls(), (Words{"keys", "no keys", "stop " + std::to_string(SIGTSTP)}));
+    EXPECT_EQ(Loop.Requests().Signal(), SIGTERM);
+}
+
 TEST_F(InterfaceLoopTest, DrawsAtOnceAfterAStopForAnAnswer) {
     Screen.bForeground = false;
     LoggingActivity activity = For(milliseconds(30));
