@@ -16,6 +16,7 @@
 //   [cd-wav]    Track-to-WAV extraction
 //   [special]   Other entries than files and directories
 //   [path]      Path copier
+//   [scan]      Scan of the sources
 //   [runner]    Job runner
 
 #include "tarvanetransfer.h"
@@ -27,8 +28,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fstream>
@@ -37,9 +40,11 @@
 #include <limits>
 #include <locale>
 #include <sstream>
+#include <stack>
 #include <string_view>
 #include <system_error>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/cdrom.h>
 #include <sys/ioctl.h>
@@ -88,15 +93,105 @@ TransferCopyResult FailCopy(std::string& ErrorMessage, std::string Message) {
     return TransferCopyResult::Failed;
 }
 
-// The status of a path that may be missing, links followed. Only a path that could not be looked at
-// leaves an error in OutError.
-fs::file_status QueryStatus(const fs::path& Path, std::error_code& OutError) {
-    const fs::file_status status = fs::status(Path, OutError);
-    if (fs::status_known(status)) {
-        OutError.clear();
+// What one status query told about a path, links followed. Steps that ask at the same moment share
+// one: a small file costs little more than its queries.
+class PathStatus {
+public:
+    explicit PathStatus(const char* Path) {
+        if (::stat(Path, &Info) != 0) {
+            Error = errno;
+        }
     }
-    return status;
-}
+    // Of an entry of an open directory.
+    PathStatus(int Directory, const char* Name) {
+        if (::fstatat(Directory, Name, &Info, 0) != 0) {
+            Error = errno;
+        }
+    }
+
+    // As in the standard library, what is too large to be told exists all the same.
+    bool Exists() const { return Error == 0 || Error == EOVERFLOW; }
+    // Neither found nor missed.
+    bool IsUnknown() const { return !Exists() && Error != ENOENT && Error != ENOTDIR; }
+    bool IsDirectory() const { return Error == 0 && S_ISDIR(Info.st_mode); }
+    bool IsRegularFile() const { return Error == 0 && S_ISREG(Info.st_mode); }
+
+    // Of a regular file.
+    std::uint64_t SizeBytes() const { return static_cast<std::uint64_t>(Info.st_size); }
+    const timespec& ModifiedTime() const { return Info.st_mtim; }
+    std::error_code ErrorCode() const { return {Error, std::generic_category()}; }
+
+private:
+    struct stat Info {};
+    int Error = 0;
+};
+
+// A path with its status when it was met. The path must outlive it.
+struct MetPath {
+    MetPath(const fs::path& PathToMeet) : Path(PathToMeet), Status(PathToMeet.c_str()) {}
+    MetPath(const fs::path& PathMet, const PathStatus& StatusThen)
+        : Path(PathMet), Status(StatusThen) {}
+
+    const fs::path& Path;
+    PathStatus Status;
+};
+
+// The entries of a directory but "." and "..", in the order of the listing. A directory that may
+// not be read has none.
+class DirectoryListing {
+public:
+    // Parent is the descriptor that a relative path starts from.
+    DirectoryListing(int Parent, const char* Path, int MoreFlags = 0) {
+        const int directory =
+            ::openat(Parent, Path, O_RDONLY | O_DIRECTORY | O_CLOEXEC | MoreFlags);
+        Stream = directory < 0 ? nullptr : ::fdopendir(directory);
+        if (Stream == nullptr) {
+            KeepError();
+        }
+        if (Stream == nullptr && directory >= 0) {
+            ::close(directory);
+        }
+    }
+    explicit DirectoryListing(const fs::path& Path) : DirectoryListing(AT_FDCWD, Path.c_str()) {}
+    ~DirectoryListing() {
+        if (Stream != nullptr) {
+            ::closedir(Stream);
+        }
+    }
+    DirectoryListing(const DirectoryListing&) = delete;
+    DirectoryListing& operator=(const DirectoryListing&) = delete;
+
+    // Null at the end and after an error.
+    const dirent* Next() {
+        while (Stream != nullptr && !Error) {
+            errno = 0;
+            const dirent* entry = ::readdir(Stream);
+            if (entry == nullptr) {
+                KeepError();
+                return nullptr;
+            }
+            const std::string_view name = entry->d_name;
+            if (name != "." && name != "..") {
+                return entry;
+            }
+        }
+        return nullptr;
+    }
+
+    // Of the opening or of the last step.
+    const std::error_code& LastError() const { return Error; }
+    int Descriptor() const { return ::dirfd(Stream); }
+
+private:
+    void KeepError() {
+        if (errno != EACCES) {
+            Error = {errno, std::generic_category()};
+        }
+    }
+
+    DIR* Stream = nullptr;
+    std::error_code Error;
+};
 
 } // namespace
 
@@ -700,12 +795,12 @@ std::vector<TarvaneTransferJobSnapshot> CollectActiveTarvaneTransferJobSnapshots
 namespace {
 
 bool EnsureDestinationParent(const fs::path& Path, std::string& ErrorMessage) {
-    const fs::path parent = Path.parent_path();
-    if (parent.empty()) {
+    const std::string parent(Path.native(), 0, Path.native().rfind('/') + 1);
+    if (parent.empty() || PathStatus(parent.c_str()).IsDirectory()) {
         return true;
     }
     std::error_code ec;
-    fs::create_directories(parent, ec);
+    fs::create_directories(Path.parent_path(), ec);
     if (ec) {
         return Fail(ErrorMessage, "Failed to create destination directory: " + ec.message());
     }
@@ -737,32 +832,27 @@ bool LeadsInto(const fs::path& Directory, const fs::path& Path) {
 // Counts: every entry below Path as an item, regular files with their bytes; links are not
 // followed. Errors: what was counted before a failure stays counted.
 bool MarkSkippedPath(const fs::path& Path, TarvaneTransferJob& Job, std::string& ErrorMessage) {
-    std::error_code ec;
-    const fs::file_status status = fs::symlink_status(Path, ec);
-    if (ec) {
-        return Fail(ErrorMessage, ec.message());
+    struct stat info {};
+    if (::lstat(Path.c_str(), &info) != 0) {
+        return Fail(ErrorMessage, std::generic_category().message(errno));
     }
-    if (fs::is_directory(status)) {
-        Job.SetCurrentPath(Path.string(), 0);
+    if (S_ISDIR(info.st_mode)) {
+        Job.SetCurrentPath(Path.native(), 0);
         Job.MarkItemsDone(1);
         Job.MarkSkipped(1, 0);
         // A folder that cannot be listed counts as empty.
-        const fs::directory_iterator end;
-        for (fs::directory_iterator it(Path, fs::directory_options::skip_permission_denied, ec);
-             it != end; it.increment(ec)) {
-            if (!MarkSkippedPath(it->path(), Job, ErrorMessage)) {
+        DirectoryListing listing(Path);
+        while (const dirent* entry = listing.Next()) {
+            if (!MarkSkippedPath(Path / entry->d_name, Job, ErrorMessage)) {
                 return false;
             }
         }
         return true;
     }
 
-    std::uint64_t size = 0;
-    if (fs::is_regular_file(status)) {
-        const std::uint64_t fileSize = ToUInt64(fs::file_size(Path, ec));
-        size = ec ? 0 : fileSize;
-    }
-    Job.SetCurrentPath(Path.string(), size);
+    const auto size =
+        S_ISREG(info.st_mode) ? static_cast<std::uint64_t>(info.st_size) : std::uint64_t{0};
+    Job.SetCurrentPath(Path.native(), size);
     if (size > 0) {
         Job.AddBytesDone(size);
         Job.SetCurrentFileProgress(size, size);
@@ -795,59 +885,57 @@ std::string FormatConflictFileTime(fs::file_time_type Time) {
         std::chrono::duration_cast<std::chrono::seconds>(systemTime.time_since_epoch()).count();
     std::tm calendar{};
     localtime_r(&seconds, &calendar);
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    text << std::put_time(&calendar, "%Y-%m-%d %H:%M:%S");
-    return text.str();
+    std::array<char, 64> text{};
+    const std::size_t length =
+        std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &calendar);
+    return {text.data(), length};
 }
 
-// False for a time outside of the file clock too. The library reports what lies beyond the end of
-// that clock, but wraps what lies before its beginning, in 1881: such a time would count as newer.
-bool ReadModifiedTime(const fs::path& Path, fs::file_time_type& OutTime) {
-    static const std::time_t earliest =
-        std::chrono::file_clock::to_sys(fs::file_time_type::min()).time_since_epoch() /
-        std::chrono::seconds(1);
-    std::error_code ec;
-    OutTime = fs::last_write_time(Path, ec);
-    struct stat info {};
-    return !ec && ::stat(Path.c_str(), &info) == 0 && info.st_mtim.tv_sec >= earliest;
+// False for a time that the file clock cannot tell: it begins in 1881 and ends in 2466, and what
+// lies beyond the end of the system's clock, in 2262, is left out too.
+bool ReadModifiedTime(const PathStatus& Status, fs::file_time_type& OutTime) {
+    using std::chrono::seconds;
+    static const std::int64_t earliest =
+        std::chrono::file_clock::to_sys(fs::file_time_type::min()).time_since_epoch() / seconds(1);
+    constexpr std::int64_t kEnd = std::chrono::nanoseconds::max() / seconds(1);
+    const timespec& time = Status.ModifiedTime();
+    if (Status.ErrorCode() || time.tv_sec < earliest || time.tv_sec >= kEnd) {
+        return false;
+    }
+    const std::chrono::sys_seconds wholeSeconds{seconds(time.tv_sec)};
+    OutTime =
+        std::chrono::file_clock::from_sys(wholeSeconds) + std::chrono::nanoseconds(time.tv_nsec);
+    return true;
 }
 
 // What cannot be found out stays unset and is no error.
-TarvaneTransferConflict MakeLocalConflict(TarvaneTransferConflictKind Kind, const fs::path& Source,
-                                          const fs::path& Destination) {
+TarvaneTransferConflict MakeLocalConflict(TarvaneTransferConflictKind Kind, const MetPath& Source,
+                                          const MetPath& Destination) {
     TarvaneTransferConflict conflict;
     conflict.Kind = Kind;
-    conflict.SourcePath = Source.string();
-    conflict.DestinationPath = Destination.string();
-
-    std::error_code ec;
-    conflict.bSourceDirectory = fs::is_directory(Source, ec);
-    conflict.bDestinationDirectory = fs::is_directory(Destination, ec);
-
-    const auto querySize = [&ec](const fs::path& Path, std::uint64_t& OutSize, bool& OutKnown) {
-        const std::uint64_t size = ToUInt64(fs::file_size(Path, ec));
-        OutKnown = !ec;
-        OutSize = ec ? 0 : size;
-    };
-    if (!conflict.bSourceDirectory) {
-        querySize(Source, conflict.SourceSizeBytes, conflict.bSourceHasSize);
+    conflict.SourcePath = Source.Path.native();
+    conflict.DestinationPath = Destination.Path.native();
+    conflict.bSourceDirectory = Source.Status.IsDirectory();
+    conflict.bDestinationDirectory = Destination.Status.IsDirectory();
+    if (Source.Status.IsRegularFile()) {
+        conflict.bSourceHasSize = true;
+        conflict.SourceSizeBytes = Source.Status.SizeBytes();
     }
-    if (!conflict.bDestinationDirectory) {
-        querySize(Destination, conflict.DestinationSizeBytes, conflict.bDestinationHasSize);
+    if (Destination.Status.IsRegularFile()) {
+        conflict.bDestinationHasSize = true;
+        conflict.DestinationSizeBytes = Destination.Status.SizeBytes();
     }
 
-    fs::file_time_type sourceTime;
-    if (ReadModifiedTime(Source, sourceTime)) {
+    fs::file_time_type time;
+    if (ReadModifiedTime(Source.Status, time)) {
         conflict.bSourceHasModifiedTime = true;
-        conflict.SourceModifiedTicks = ConflictFileTimeTicks(sourceTime);
-        conflict.SourceDate = FormatConflictFileTime(sourceTime);
+        conflict.SourceModifiedTicks = ConflictFileTimeTicks(time);
+        conflict.SourceDate = FormatConflictFileTime(time);
     }
-    fs::file_time_type destinationTime;
-    if (ReadModifiedTime(Destination, destinationTime)) {
+    if (ReadModifiedTime(Destination.Status, time)) {
         conflict.bDestinationHasModifiedTime = true;
-        conflict.DestinationModifiedTicks = ConflictFileTimeTicks(destinationTime);
-        conflict.DestinationDate = FormatConflictFileTime(destinationTime);
+        conflict.DestinationModifiedTicks = ConflictFileTimeTicks(time);
+        conflict.DestinationDate = FormatConflictFileTime(time);
     }
     return conflict;
 }
@@ -902,20 +990,19 @@ bool UseRenameTarget(const std::string& RenamePath, fs::path& OutDestination,
         return Fail(ErrorMessage, "Rename target cannot be empty.");
     }
     OutDestination = RenamePath;
-    std::error_code ec;
-    const fs::file_status status = QueryStatus(OutDestination, ec);
-    if (ec) {
-        return Fail(ErrorMessage, "Failed checking rename target: " + ec.message());
+    const PathStatus status(OutDestination.c_str());
+    if (status.IsUnknown()) {
+        return Fail(ErrorMessage, "Failed checking rename target: " + status.ErrorCode().message());
     }
-    if (fs::exists(status)) {
+    if (status.Exists()) {
         return Fail(ErrorMessage, "Rename target already exists: " + OutDestination.string());
     }
     return true;
 }
 
 bool ApplyFileAnswer(TarvaneTransferConflictAction Action, const std::string& RenamePath,
-                     const TarvaneTransferConflict& Conflict, const fs::path& Source,
-                     fs::path& OutDestination, bool& OutSkip, std::string& ErrorMessage) {
+                     const TarvaneTransferConflict& Conflict, fs::path& OutDestination,
+                     bool& OutSkip, std::string& ErrorMessage) {
     switch (Action) {
     case TarvaneTransferConflictAction::Skip:
     case TarvaneTransferConflictAction::SkipAll:
@@ -927,7 +1014,7 @@ bool ApplyFileAnswer(TarvaneTransferConflictAction Action, const std::string& Re
     case TarvaneTransferConflictAction::Rename:
         return UseRenameTarget(RenamePath, OutDestination, ErrorMessage);
     case TarvaneTransferConflictAction::CompareByContent:
-        OutSkip = LocalFilesHaveSameContent(Source, OutDestination);
+        OutSkip = LocalFilesHaveSameContent(Conflict.SourcePath, Conflict.DestinationPath);
         return true;
     case TarvaneTransferConflictAction::OverwriteAllOlder:
         OutSkip = !ShouldOverwriteOlder(Conflict);
@@ -940,20 +1027,18 @@ bool ApplyFileAnswer(TarvaneTransferConflictAction Action, const std::string& Re
     return Fail(ErrorMessage, "Invalid file conflict decision.");
 }
 
-// Destination and OutDestination may be the same object.
-bool ResolveLocalFileConflict(TarvaneTransferJob& Job, const fs::path& Source,
-                              const fs::path& Destination,
+// OutDestination changes only where the answer gives another name; it may be the same object as
+// Destination's path.
+bool ResolveLocalFileConflict(TarvaneTransferJob& Job, const MetPath& Source,
+                              const MetPath& Destination,
                               TarvaneTransferConflictPolicy ConflictPolicy,
                               fs::path& OutDestination, bool& OutSkip, std::string& ErrorMessage) {
-    OutDestination = Destination;
     OutSkip = false;
-    std::error_code ec;
-    const fs::file_status status = QueryStatus(Destination, ec);
-    if (ec) {
-        return Fail(ErrorMessage,
-                    "Failed checking destination '" + Destination.string() + "': " + ec.message());
+    if (Destination.Status.IsUnknown()) {
+        return Fail(ErrorMessage, "Failed checking destination '" + Destination.Path.native() +
+                                      "': " + Destination.Status.ErrorCode().message());
     }
-    if (!fs::exists(status)) {
+    if (!Destination.Status.Exists()) {
         return true;
     }
 
@@ -972,8 +1057,7 @@ bool ResolveLocalFileConflict(TarvaneTransferJob& Job, const fs::path& Source,
     if (!Job.WaitForConflict(conflict, action, renamePath)) {
         return Fail(ErrorMessage, "Transfer canceled.");
     }
-    return ApplyFileAnswer(action, renamePath, conflict, Source, OutDestination, OutSkip,
-                           ErrorMessage);
+    return ApplyFileAnswer(action, renamePath, conflict, OutDestination, OutSkip, ErrorMessage);
 }
 
 } // namespace
@@ -991,19 +1075,24 @@ namespace {
 // Errors: false, silently; only the existence check throws (filesystem_error), when a folder on the
 // way cannot be searched.
 bool IsRemovableDestination(const fs::path& Destination) {
-    const fs::path probe = fs::exists(Destination) ? Destination : Destination.parent_path();
-    if (probe.empty()) {
-        return false;
-    }
     struct stat info {};
-    if (::stat(probe.c_str(), &info) != 0) {
-        return false;
+    if (::stat(Destination.c_str(), &info) != 0) {
+        const fs::path probe = fs::exists(Destination) ? Destination : Destination.parent_path();
+        if (probe.empty() || ::stat(probe.c_str(), &info) != 0) {
+            return false;
+        }
     }
     const std::string device =
         std::to_string(major(info.st_dev)) + ":" + std::to_string(minor(info.st_dev));
-    std::ifstream attribute(fs::path("/sys/dev/block") / device / "removable");
-    int value = 0;
-    return attribute >> value && value == 1;
+    const std::string attribute = "/sys/dev/block/" + device + "/removable";
+    const int fd = ::open(attribute.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        return false;
+    }
+    std::array<char, 32> text{};
+    const ssize_t length = ::read(fd, text.data(), text.size() - 1);
+    ::close(fd);
+    return length > 0 && std::strtol(text.data(), nullptr, 10) == 1;
 }
 
 } // namespace
@@ -1097,26 +1186,27 @@ bool CopyBlocks(std::ifstream& In, std::ofstream& Out, const fs::path& Target,
 
 // Makes room for a file at Target: its folder exists and no directory stands in its place. An
 // existing file is left for the open to truncate.
-bool PrepareFileTarget(const fs::path& Source, std::uint64_t FileSize, const fs::path& Target,
-                       TarvaneTransferJob& Job, std::string& ErrorMessage) {
-    if (!EnsureDestinationParent(Target, ErrorMessage)) {
+bool PrepareFileTarget(const MetPath& Source, const MetPath& Target, TarvaneTransferJob& Job,
+                       std::string& ErrorMessage) {
+    if (!EnsureDestinationParent(Target.Path, ErrorMessage)) {
         return false;
     }
-    std::error_code ec;
-    const bool targetIsDirectory = fs::is_directory(Target, ec);
-    if (ec && ec != std::errc::no_such_file_or_directory) {
-        return Fail(ErrorMessage,
-                    "Could not inspect destination '" + Target.string() + "': " + ec.message());
+    const std::error_code error = Target.Status.ErrorCode();
+    if (error && error != std::errc::no_such_file_or_directory) {
+        return Fail(ErrorMessage, "Could not inspect destination '" + Target.Path.native() +
+                                      "': " + error.message());
     }
-    if (targetIsDirectory && LeadsInto(Target, Source)) {
-        Job.SetCurrentPath(Source.string(), FileSize);
+    if (!Target.Status.IsDirectory()) {
+        return true;
+    }
+    if (LeadsInto(Target.Path, Source.Path)) {
+        Job.SetCurrentPath(Source.Path.native(), Source.Status.SizeBytes());
         return Fail(ErrorMessage, "Failed to open source file.");
     }
-    if (targetIsDirectory) {
-        fs::remove_all(Target, ec);
-        if (ec) {
-            return Fail(ErrorMessage, "Failed to replace destination directory: " + ec.message());
-        }
+    std::error_code ec;
+    fs::remove_all(Target.Path, ec);
+    if (ec) {
+        return Fail(ErrorMessage, "Failed to replace destination directory: " + ec.message());
     }
     return true;
 }
@@ -1142,40 +1232,44 @@ bool FillTarget(std::ifstream& In, std::ofstream& Out, const fs::path& Target,
 // Carries over the data only: the destination has the permissions, owner and times of a new file.
 // Counts: the file's bytes and one item, also when it is skipped. Errors: no destination is left
 // but where removing a move's source failed: then the complete copy stays.
-TransferCopyResult CopyFileWithProgress(const fs::path& Source, const fs::path& Destination,
+TransferCopyResult CopyFileWithProgress(const MetPath& Source, const fs::path& Destination,
                                         TarvaneTransferJob& Job,
                                         TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
                                         std::string& ErrorMessage) {
     if (Job.IsCancelRequested()) {
         return FailCopy(ErrorMessage, "Transfer canceled.");
     }
-    std::error_code ec;
-    const std::uint64_t fileSize = ToUInt64(fs::file_size(Source, ec));
-    if (ec) {
+    const std::string& sourceText = Source.Path.native();
+    if (const std::error_code error = Source.Status.ErrorCode()) {
         return FailCopy(ErrorMessage,
-                        "Could not read source file '" + Source.string() + "': " + ec.message());
+                        "Could not read source file '" + sourceText + "': " + error.message());
     }
+    const std::uint64_t fileSize = Source.Status.SizeBytes();
 
-    fs::path target = Destination;
+    const MetPath met(Destination);
+    fs::path otherName;
     bool skip = false;
-    if (!ResolveLocalFileConflict(Job, Source, target, ConflictPolicy, target, skip,
+    if (!ResolveLocalFileConflict(Job, Source, met, ConflictPolicy, otherName, skip,
                                   ErrorMessage)) {
         return TransferCopyResult::Failed;
     }
     if (skip) {
-        Job.SetCurrentPath(Source.string(), fileSize);
+        Job.SetCurrentPath(sourceText, fileSize);
         Job.AddBytesDone(fileSize);
         Job.SetCurrentFileProgress(fileSize, fileSize);
         Job.MarkItemsDone(1);
         Job.MarkSkipped(1, fileSize);
         return TransferCopyResult::Skipped;
     }
-    if (!PrepareFileTarget(Source, fileSize, target, Job, ErrorMessage)) {
+    const fs::path& target = otherName.empty() ? Destination : otherName;
+    // An answer may have come much later.
+    const bool asked = ConflictPolicy == TarvaneTransferConflictPolicy::Ask && met.Status.Exists();
+    if (!PrepareFileTarget(Source, asked ? MetPath(target) : met, Job, ErrorMessage)) {
         return TransferCopyResult::Failed;
     }
 
-    Job.SetCurrentPath(Source.string(), fileSize);
-    std::ifstream in(Source, std::ios::binary);
+    Job.SetCurrentPath(sourceText, fileSize);
+    std::ifstream in(Source.Path, std::ios::binary);
     if (!in.is_open()) {
         return FailCopy(ErrorMessage, "Failed to open source file.");
     }
@@ -1186,10 +1280,11 @@ TransferCopyResult CopyFileWithProgress(const fs::path& Source, const fs::path& 
     Job.SetCurrentFileProgress(fileSize, fileSize);
     Job.MarkItemsDone(1);
     if (bMove) {
-        fs::remove(Source, ec);
+        std::error_code ec;
+        fs::remove(Source.Path, ec);
         if (ec) {
             return FailCopy(ErrorMessage, "Copied data but could not remove original '" +
-                                              Source.string() + "': " + ec.message());
+                                              sourceText + "': " + ec.message());
         }
     }
     return TransferCopyResult::Succeeded;
@@ -1470,7 +1565,7 @@ TransferCopyResult CopyCddaTrack(const fs::path& Source, const fs::path& Destina
 
 // A link that leads to neither a file nor a directory is recreated as a link; what the standard
 // copy refuses (a pipe, a socket, a device) fails with its text.
-TransferCopyResult CopySpecialEntry(const fs::path& Source, const fs::path& Destination,
+TransferCopyResult CopySpecialEntry(const MetPath& Source, const fs::path& Destination,
                                     TarvaneTransferJob& Job,
                                     TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
                                     std::string& ErrorMessage) {
@@ -1481,7 +1576,7 @@ TransferCopyResult CopySpecialEntry(const fs::path& Source, const fs::path& Dest
         return TransferCopyResult::Failed;
     }
     if (skip) {
-        Job.SetCurrentPath(Source.string(), 0);
+        Job.SetCurrentPath(Source.Path.native(), 0);
         Job.MarkItemsDone(1);
         Job.MarkSkipped(1, 0);
         return TransferCopyResult::Skipped;
@@ -1495,7 +1590,7 @@ TransferCopyResult CopySpecialEntry(const fs::path& Source, const fs::path& Dest
         return FailCopy(ErrorMessage,
                         "Could not inspect destination '" + target.string() + "': " + ec.message());
     }
-    if (targetIsDirectory && LeadsInto(target, Source)) {
+    if (targetIsDirectory && LeadsInto(target, Source.Path)) {
         return FailCopy(ErrorMessage, std::strerror(ENOENT));
     }
     if (targetIsDirectory) {
@@ -1504,18 +1599,18 @@ TransferCopyResult CopySpecialEntry(const fs::path& Source, const fs::path& Dest
             return FailCopy(ErrorMessage, ec.message());
         }
     }
-    fs::copy(Source, target, fs::copy_options::overwrite_existing | fs::copy_options::copy_symlinks,
-             ec);
+    fs::copy(Source.Path, target,
+             fs::copy_options::overwrite_existing | fs::copy_options::copy_symlinks, ec);
     if (ec) {
         return FailCopy(ErrorMessage, ec.message());
     }
-    Job.SetCurrentPath(Source.string(), 0);
+    Job.SetCurrentPath(Source.Path.native(), 0);
     Job.MarkItemsDone(1);
     if (bMove) {
-        fs::remove(Source, ec);
+        fs::remove(Source.Path, ec);
         if (ec) {
             return FailCopy(ErrorMessage, "Copied data but could not remove original '" +
-                                              Source.string() + "': " + ec.message());
+                                              Source.Path.native() + "': " + ec.message());
         }
     }
     return TransferCopyResult::Succeeded;
@@ -1526,34 +1621,31 @@ TransferCopyResult CopySpecialEntry(const fs::path& Source, const fs::path& Dest
 // -------------------------------------------------------------------------------------------------
 // [path] Path copier
 //
-// Worker thread. CopyPathWithProgress takes one path of any kind and calls itself for the entries
-// of a directory. All kind tests follow links: a link to a directory becomes a real directory with
-// the linked contents, and on a move the files inside it are removed and then the link. A move that
-// gets here is always copy, then delete, entry by entry; nothing is rolled back.
+// Worker thread. CopyPathWithProgress takes one path of any kind; CopyEntry calls itself for the
+// entries of a directory. All kind tests follow links: a link to a directory becomes a real
+// directory with the linked contents, and on a move the files inside it are removed and then the
+// link. A move that gets here is always copy, then delete, entry by entry; nothing is rolled back.
 // -------------------------------------------------------------------------------------------------
 
 namespace {
 
-TransferCopyResult CopyPathWithProgress(const fs::path& Source, const fs::path& Destination,
-                                        TarvaneTransferJob& Job,
-                                        TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
-                                        std::string& ErrorMessage);
+TransferCopyResult CopyEntry(fs::path& Source, const PathStatus& SourceStatus,
+                             fs::path& Destination, TarvaneTransferJob& Job,
+                             TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
+                             std::string& ErrorMessage);
 
 // Asks whenever anything stands at the destination, a file included. Both other policies merge:
 // Skip deliberately leaves whole directories to the file conflicts inside them.
-bool ResolveLocalDirectoryConflict(TarvaneTransferJob& Job, const fs::path& Source,
-                                   const fs::path& Destination,
+bool ResolveLocalDirectoryConflict(TarvaneTransferJob& Job, const MetPath& Source,
+                                   const MetPath& Destination,
                                    TarvaneTransferConflictPolicy ConflictPolicy, bool& OutSkip,
                                    std::string& ErrorMessage) {
     OutSkip = false;
-    std::error_code ec;
-    const fs::file_status status = QueryStatus(Destination, ec);
-    if (ec) {
-        return Fail(ErrorMessage,
-                    "Failed checking destination '" + Destination.string() + "': " + ec.message());
+    if (Destination.Status.IsUnknown()) {
+        return Fail(ErrorMessage, "Failed checking destination '" + Destination.Path.native() +
+                                      "': " + Destination.Status.ErrorCode().message());
     }
-    const bool exists = fs::exists(status);
-    if (!exists || ConflictPolicy != TarvaneTransferConflictPolicy::Ask) {
+    if (!Destination.Status.Exists() || ConflictPolicy != TarvaneTransferConflictPolicy::Ask) {
         return true;
     }
 
@@ -1584,65 +1676,76 @@ bool ResolveLocalDirectoryConflict(TarvaneTransferJob& Job, const fs::path& Sour
 }
 
 // Makes Destination a directory, in place of whatever else stands there.
-bool PrepareDirectoryTarget(const fs::path& Source, const fs::path& Destination,
+bool PrepareDirectoryTarget(const fs::path& Source, const MetPath& Destination,
                             TarvaneTransferJob& Job, std::string& ErrorMessage) {
     std::error_code ec;
-    const fs::file_status status = QueryStatus(Destination, ec);
-    if (ec) {
-        return Fail(ErrorMessage,
-                    "Failed checking destination '" + Destination.string() + "': " + ec.message());
+    if (Destination.Status.IsUnknown()) {
+        return Fail(ErrorMessage, "Failed checking destination '" + Destination.Path.native() +
+                                      "': " + Destination.Status.ErrorCode().message());
     }
-    const bool destinationExists = fs::exists(status);
-    const bool destinationIsDirectory = fs::is_directory(status);
-    if (destinationExists && !destinationIsDirectory) {
-        fs::remove(Destination, ec);
+    if (Destination.Status.Exists() && !Destination.Status.IsDirectory()) {
+        fs::remove(Destination.Path, ec);
         if (ec) {
             return Fail(ErrorMessage, "Failed to replace destination path: " + ec.message());
         }
     }
-    Job.SetCurrentPath(Source.string(), 0);
-    fs::create_directories(Destination, ec);
+    Job.SetCurrentPath(Source.native(), 0);
+    // Its parents are missing in the rarest of cases, and looking for them takes longer than this.
+    fs::create_directory(Destination.Path, ec);
+    if (ec) {
+        fs::create_directories(Destination.Path, ec);
+    }
     if (ec) {
         return Fail(ErrorMessage, "Failed to create destination directory: " + ec.message());
     }
     return true;
 }
 
-// Goes through the entries in the order of the listing; the first failure ends it. A directory that
-// may not be read is empty.
-bool CopyDirectoryEntries(const fs::path& Source, const fs::path& Destination,
-                          TarvaneTransferJob& Job, TarvaneTransferConflictPolicy ConflictPolicy,
-                          bool bMove, std::string& ErrorMessage) {
-    std::error_code ec;
-    const fs::directory_iterator end;
-    for (fs::directory_iterator it(Source, fs::directory_options::skip_permission_denied, ec);
-         it != end; it.increment(ec)) {
+// Goes through the entries in the order of the listing; the first failure ends it. Both paths grow
+// and shrink with the tree, as building them anew takes longer the deeper it is. After a success
+// they are what they were.
+bool CopyDirectoryEntries(fs::path& Source, fs::path& Destination, TarvaneTransferJob& Job,
+                          TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
+                          std::string& ErrorMessage) {
+    DirectoryListing listing(Source);
+    const bool endsWithSlash = !Source.has_filename();
+    Source /= "";
+    Destination /= "";
+    while (const dirent* entry = listing.Next()) {
         if (Job.IsCancelRequested()) {
             return Fail(ErrorMessage, "Transfer canceled.");
         }
+        const PathStatus status(listing.Descriptor(), entry->d_name);
+        Source.replace_filename(entry->d_name);
+        Destination.replace_filename(entry->d_name);
         const TransferCopyResult result =
-            CopyPathWithProgress(it->path(), Destination / it->path().filename(), Job,
-                                 ConflictPolicy, bMove, ErrorMessage);
+            CopyEntry(Source, status, Destination, Job, ConflictPolicy, bMove, ErrorMessage);
         if (result == TransferCopyResult::Failed) {
             return false;
         }
     }
-    if (ec) {
-        return Fail(ErrorMessage, ec.message());
+    if (listing.LastError()) {
+        return Fail(ErrorMessage, listing.LastError().message());
     }
+    Source = Source.parent_path();
+    if (endsWithSlash) {
+        Source /= "";
+    }
+    Destination = Destination.parent_path();
     return true;
 }
 
 // Counts: the directory as one item, before its entries.
-TransferCopyResult CopyDirectory(const fs::path& Source, const fs::path& Destination,
-                                 TarvaneTransferJob& Job,
+TransferCopyResult CopyDirectory(fs::path& Source, const PathStatus& SourceStatus,
+                                 fs::path& Destination, TarvaneTransferJob& Job,
                                  TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
                                  std::string& ErrorMessage) {
     if (TarvanePathIsInside(Source, Destination)) {
         return FailCopy(ErrorMessage, "Destination cannot be inside the source directory.");
     }
+    const MetPath target(Destination);
     bool skip = false;
-    if (!ResolveLocalDirectoryConflict(Job, Source, Destination, ConflictPolicy, skip,
+    if (!ResolveLocalDirectoryConflict(Job, {Source, SourceStatus}, target, ConflictPolicy, skip,
                                        ErrorMessage)) {
         return TransferCopyResult::Failed;
     }
@@ -1650,7 +1753,10 @@ TransferCopyResult CopyDirectory(const fs::path& Source, const fs::path& Destina
         return MarkSkippedPath(Source, Job, ErrorMessage) ? TransferCopyResult::Skipped
                                                           : TransferCopyResult::Failed;
     }
-    if (!PrepareDirectoryTarget(Source, Destination, Job, ErrorMessage)) {
+    // An answer may have come much later.
+    const bool asked =
+        ConflictPolicy == TarvaneTransferConflictPolicy::Ask && target.Status.Exists();
+    if (!PrepareDirectoryTarget(Source, asked ? MetPath(Destination) : target, Job, ErrorMessage)) {
         return TransferCopyResult::Failed;
     }
     Job.MarkItemsDone(1);
@@ -1663,108 +1769,131 @@ TransferCopyResult CopyDirectory(const fs::path& Source, const fs::path& Destina
         // Skipped entries remain in the source, deliberately without an error.
         if (ec && ec != std::errc::directory_not_empty) {
             return FailCopy(ErrorMessage, "Copied data but could not remove original '" +
-                                              Source.string() + "': " + ec.message());
+                                              Source.native() + "': " + ec.message());
         }
     }
     return TransferCopyResult::Succeeded;
+}
+
+TransferCopyResult CopyEntry(fs::path& Source, const PathStatus& SourceStatus,
+                             fs::path& Destination, TarvaneTransferJob& Job,
+                             TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
+                             std::string& ErrorMessage) {
+    if (TarvaneIsCddaPath(Source.native())) {
+        return CopyCddaTrack(Source, Destination, Job, ConflictPolicy, ErrorMessage);
+    }
+    if (!SourceStatus.Exists()) {
+        return FailCopy(ErrorMessage, "Source does not exist: " + Source.native());
+    }
+    if (TarvanePathsEquivalentOrSame(Source, Destination)) {
+        return FailCopy(ErrorMessage, "Source and destination are the same path.");
+    }
+    if (SourceStatus.IsDirectory()) {
+        return CopyDirectory(Source, SourceStatus, Destination, Job, ConflictPolicy, bMove,
+                             ErrorMessage);
+    }
+    if (SourceStatus.IsRegularFile()) {
+        return CopyFileWithProgress({Source, SourceStatus}, Destination, Job, ConflictPolicy, bMove,
+                                    ErrorMessage);
+    }
+    if (const std::error_code error = SourceStatus.ErrorCode()) {
+        return FailCopy(ErrorMessage,
+                        "Could not inspect source '" + Source.native() + "': " + error.message());
+    }
+    return CopySpecialEntry({Source, SourceStatus}, Destination, Job, ConflictPolicy, bMove,
+                            ErrorMessage);
 }
 
 TransferCopyResult CopyPathWithProgress(const fs::path& Source, const fs::path& Destination,
                                         TarvaneTransferJob& Job,
                                         TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
                                         std::string& ErrorMessage) {
-    const std::string sourceText = Source.string();
-    if (TarvaneIsCddaPath(sourceText)) {
-        return CopyCddaTrack(Source, Destination, Job, ConflictPolicy, ErrorMessage);
-    }
-    std::error_code ec;
-    if (!fs::exists(Source, ec)) {
-        return FailCopy(ErrorMessage, "Source does not exist: " + sourceText);
-    }
-    if (TarvanePathsEquivalentOrSame(Source, Destination)) {
-        return FailCopy(ErrorMessage, "Source and destination are the same path.");
-    }
-    const fs::file_status status = fs::status(Source, ec);
-    if (fs::is_directory(status)) {
-        return CopyDirectory(Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage);
-    }
-    const bool regularSource = fs::is_regular_file(status);
-    if (regularSource) {
-        return CopyFileWithProgress(Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage);
-    }
-    if (ec) {
-        return FailCopy(ErrorMessage,
-                        "Could not inspect source '" + sourceText + "': " + ec.message());
-    }
-    return CopySpecialEntry(Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage);
+    fs::path source = Source;
+    fs::path destination = Destination;
+    return CopyEntry(source, PathStatus(source.c_str()), destination, Job, ConflictPolicy, bMove,
+                     ErrorMessage);
 }
 
 } // namespace
 
 // -------------------------------------------------------------------------------------------------
-// [runner] Job runner
+// [scan] Scan of the sources
 //
-// RunTarvaneTransferJob is the worker thread's whole life: scan every item for the totals, then
-// process the items in order, a move by renaming where that works. Every path through it calls
-// exactly one finisher.
+// Worker thread. ScanTransferPath counts what an item holds before anything is copied, so that the
+// totals and percentages are right from the first byte on. Links are counted, not followed.
 // -------------------------------------------------------------------------------------------------
 
 namespace {
 
-// Lowers the calling thread's I/O priority to the idle class and restores it at the end of the
-// scope. Failures are ignored: the transfer then competes like any other program.
-class ScopedIdleIoPriority {
-public:
-    ScopedIdleIoPriority()
-        : PreviousPriority(
-              static_cast<std::int32_t>(syscall(SYS_ioprio_get, kWhoProcess, kCallingThread))) {
-        if (PreviousPriority >= 0) {
-            Changed = syscall(SYS_ioprio_set, kWhoProcess, kCallingThread, kIdleClass) == 0;
-        }
-    }
-    ~ScopedIdleIoPriority() {
-        if (Changed) {
-            syscall(SYS_ioprio_set, kWhoProcess, kCallingThread, PreviousPriority);
-        }
-    }
-    ScopedIdleIoPriority(const ScopedIdleIoPriority&) = delete;
-    ScopedIdleIoPriority& operator=(const ScopedIdleIoPriority&) = delete;
+// A directory that is being counted.
+struct ScanLevel {
+    ScanLevel(int Parent, const char* Name, int MoreFlags, std::size_t PathLengthToKeep)
+        : Listing(Parent, Name, MoreFlags), PathLength(PathLengthToKeep) {}
 
-private:
-    static constexpr int kWhoProcess = 1;
-    static constexpr int kCallingThread = 0;
-    static constexpr int kIdleClass = 3 << 13;
-
-    std::int32_t PreviousPriority;
-    bool Changed = false;
+    DirectoryListing Listing;
+    std::size_t PathLength;
 };
 
-// Counts every entry below a directory; the bytes are those of regular files, also through a link.
-// A link to a directory is one entry and is not entered.
+// Adds the entry's bytes: those of a regular file, also through a link. Only where the listing does
+// not tell enough the system is asked, once, and a second time about what the listing has no type
+// for. OutDirectory says whether it is a directory itself. Errors: the system's text alone.
+bool ScanEntry(const DirectoryListing& Listing, const dirent& Entry, const std::string& Path,
+               std::uint64_t& InOutBytes, bool& OutDirectory, std::string& ErrorMessage) {
+    OutDirectory = Entry.d_type == DT_DIR;
+    if (Entry.d_type != DT_REG && Entry.d_type != DT_LNK && Entry.d_type != DT_UNKNOWN) {
+        return true;
+    }
+    const int parent = Listing.Descriptor();
+    struct stat info {};
+    if (Path.size() >= PATH_MAX) {
+        // The copy goes by whole paths.
+        return Fail(ErrorMessage, std::generic_category().message(ENAMETOOLONG));
+    }
+    if (::fstatat(parent, Entry.d_name, &info, 0) != 0) {
+        return Fail(ErrorMessage, std::generic_category().message(errno));
+    }
+    if (S_ISREG(info.st_mode)) {
+        InOutBytes += static_cast<std::uint64_t>(info.st_size);
+    }
+    if (Entry.d_type == DT_UNKNOWN) {
+        OutDirectory = ::fstatat(parent, Entry.d_name, &info, AT_SYMLINK_NOFOLLOW) == 0 &&
+                       S_ISDIR(info.st_mode);
+    }
+    return true;
+}
+
+// Counts every entry below a directory. A link to a directory is one entry and is not entered.
 bool ScanDirectory(const fs::path& Source, TarvaneTransferJob& Job, TransferTotals& OutTotals,
                    std::string& ErrorMessage) {
     TransferTotals totals{1, 0};
-    std::error_code ec;
-    const fs::recursive_directory_iterator end;
-    for (fs::recursive_directory_iterator it(Source, fs::directory_options::skip_permission_denied,
-                                             ec);
-         it != end; it.increment(ec)) {
+    std::string path = Source.native();
+    std::stack<ScanLevel> levels;
+    levels.emplace(AT_FDCWD, path.c_str(), 0, path.size());
+    while (!levels.empty()) {
+        ScanLevel& level = levels.top();
+        const dirent* entry = level.Listing.Next();
+        if (level.Listing.LastError()) {
+            return Fail(ErrorMessage, level.Listing.LastError().message());
+        }
+        if (entry == nullptr) {
+            levels.pop();
+            continue;
+        }
         if (Job.IsCancelRequested()) {
             return Fail(ErrorMessage, "Transfer canceled.");
         }
-        Job.SetCurrentPath(it->path().string(), 0);
-        std::error_code entryEc;
-        if (it->is_regular_file(entryEc)) {
-            const std::uint64_t fileSize = ToUInt64(it->file_size(entryEc));
-            totals.ByteCount += entryEc ? 0 : fileSize;
-        }
-        if (entryEc) {
-            return Fail(ErrorMessage, entryEc.message());
+        path.resize(level.PathLength);
+        path += path.ends_with('/') ? "" : "/";
+        path += entry->d_name;
+        Job.SetCurrentPath(path, 0);
+        bool directory = false;
+        if (!ScanEntry(level.Listing, *entry, path, totals.ByteCount, directory, ErrorMessage)) {
+            return false;
         }
         ++totals.ItemCount;
-    }
-    if (ec) {
-        return Fail(ErrorMessage, ec.message());
+        if (directory) {
+            levels.emplace(level.Listing.Descriptor(), entry->d_name, O_NOFOLLOW, path.size());
+        }
     }
     OutTotals = totals;
     return true;
@@ -1818,6 +1947,46 @@ bool ScanTransferPath(const fs::path& Source, TarvaneTransferJob& Job, TransferT
     OutTotals = {1, 0};
     return true;
 }
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [runner] Job runner
+//
+// RunTarvaneTransferJob is the worker thread's whole life: scan every item for the totals, then
+// process the items in order, a move by renaming where that works. Every path through it calls
+// exactly one finisher.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Lowers the calling thread's I/O priority to the idle class and restores it at the end of the
+// scope. Failures are ignored: the transfer then competes like any other program.
+class ScopedIdleIoPriority {
+public:
+    ScopedIdleIoPriority()
+        : PreviousPriority(
+              static_cast<std::int32_t>(syscall(SYS_ioprio_get, kWhoProcess, kCallingThread))) {
+        if (PreviousPriority >= 0) {
+            Changed = syscall(SYS_ioprio_set, kWhoProcess, kCallingThread, kIdleClass) == 0;
+        }
+    }
+    ~ScopedIdleIoPriority() {
+        if (Changed) {
+            syscall(SYS_ioprio_set, kWhoProcess, kCallingThread, PreviousPriority);
+        }
+    }
+    ScopedIdleIoPriority(const ScopedIdleIoPriority&) = delete;
+    ScopedIdleIoPriority& operator=(const ScopedIdleIoPriority&) = delete;
+
+private:
+    static constexpr int kWhoProcess = 1;
+    static constexpr int kCallingThread = 0;
+    static constexpr int kIdleClass = 3 << 13;
+
+    std::int32_t PreviousPriority;
+    bool Changed = false;
+};
 
 // Ends a job whose step failed: a requested cancel is the reason whatever the step says.
 void FinishFailedStep(TarvaneTransferJob& Job, bool bMove, const std::string& ErrorMessage,

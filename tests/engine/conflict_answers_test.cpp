@@ -146,7 +146,7 @@ TEST_F(FileConflictAnswer, FailsAtANewNameThatCannotBeLookedAt) {
 
 // The handshake refuses an empty name, so this holds one step further in.
 TEST_F(FileConflictAnswer, RefusesAnEmptyNewName) {
-    EXPECT_FALSE(ApplyFileAnswer(Act::Rename, "", {}, Source, Target, bSkip, Message));
+    EXPECT_FALSE(ApplyFileAnswer(Act::Rename, "", {}, Target, bSkip, Message));
     EXPECT_EQ(Message, "Rename target cannot be empty.");
     EXPECT_EQ(Target, Destination);
 }

@@ -55,11 +55,15 @@ TEST_F(FileConflict, IsNoneAtADanglingLink) {
     EXPECT_FALSE(bSkip);
 }
 
-TEST_F(FileConflict, LeavesDestinationAndResultApartWhenTheyAreTwoPaths) {
-    fs::path result = "something else";
+TEST_F(FileConflict, GivesANameOnlyWhereItIsAnother) {
+    fs::path result;
     EXPECT_TRUE(ResolveLocalFileConflict(Job, Source, Destination, Policy::Overwrite, result, bSkip,
                                          Message));
-    EXPECT_EQ(result, Destination);
+    EXPECT_EQ(result, "");
+    AnsweringInterface interface(Job, {{Act::Rename, (Directory / "other").string(), nullptr}});
+    EXPECT_TRUE(
+        ResolveLocalFileConflict(Job, Source, Destination, Policy::Ask, result, bSkip, Message));
+    EXPECT_EQ(result, Directory / "other");
 }
 
 TEST_F(FileConflict, FailsAtADestinationThatCannotBeLookedAt) {

@@ -173,6 +173,19 @@ TEST_F(DirectoryFailure, OfRemovingTheSourceKeepsTheCopy) {
     EXPECT_EQ(DoneBy(Job), (Counted{2, 4}));
 }
 
+// The system removes no link by a path that ends with a slash.
+TEST_F(DirectoryFailure, OfRemovingALinkNamedLikeADirectory) {
+    WriteFile(Source / "sub/file", "data");
+    fs::create_directory_symlink(Source, Directory / "link");
+    const fs::path link = Directory / "link/";
+    EXPECT_EQ(CopyPathWithProgress(link, Destination, Job, Policy::Ask, kMove, Message),
+              Result::Failed);
+    EXPECT_EQ(Message,
+              "Copied data but could not remove original '" + link.string() + "': Not a directory");
+    EXPECT_EQ(TreeOf(Source), Tree{});
+    EXPECT_EQ(TreeOf(Destination), (Tree{{"sub", "dir"}, {"sub/file", "file data"}}));
+}
+
 TEST_F(DirectoryFailure, OfCountingASkippedDirectory) {
     WriteFile(Source / "file", "data");
     fs::create_directory(Destination);

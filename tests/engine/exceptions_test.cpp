@@ -97,10 +97,7 @@ TEST_F(FileException, KeepsADestinationThatCannotBeOpened) {
 TEST_F(FileException, OfALockLeavesNoPartialFile) {
     EngineHooks hooks;
     std::optional<FailingLock> failing;
-    hooks.ThrowingStatus = [&](const fs::path&) {
-        failing.emplace(PrivateOf<JobMember::Mutex>(Job));
-        return std::error_code();
-    };
+    hooks.DeviceProbed = [&] { failing.emplace(PrivateOf<JobMember::Mutex>(Job)); };
     EXPECT_THROW(Copy(), std::system_error);
     failing.reset();
     EXPECT_FALSE(fs::exists(Destination));

@@ -105,7 +105,8 @@ TEST_F(FileCopierFailure, FailsForADestinationThatMayNotBeCreated) {
 
 // The process's own memory is a regular file of no size whose first bytes cannot be read.
 TEST_F(FileCopierFailure, LeavesNoDestinationWhenReadingFails) {
-    EXPECT_EQ(CopyFileWithProgress("/proc/self/mem", Destination, Job, Policy::Ask, kMove, Message),
+    EXPECT_EQ(CopyFileWithProgress(fs::path("/proc/self/mem"), Destination, Job, Policy::Ask, kMove,
+                                   Message),
               Result::Failed);
     EXPECT_EQ(Message, "Failed while reading source file.");
     EXPECT_FALSE(fs::exists(Destination));
@@ -113,7 +114,8 @@ TEST_F(FileCopierFailure, LeavesNoDestinationWhenReadingFails) {
 }
 
 TEST_F(FileCopierFailure, CopiesAllBytesOfAFileThatSaysItHasNone) {
-    EXPECT_EQ(CopyFileWithProgress("/proc/version", Destination, Job, Policy::Ask, kCopy, Message),
+    EXPECT_EQ(CopyFileWithProgress(fs::path("/proc/version"), Destination, Job, Policy::Ask, kCopy,
+                                   Message),
               Result::Succeeded);
     EXPECT_GT(fs::file_size(Destination), 0U);
     EXPECT_EQ(DoneBy(Job), (Counted{1, fs::file_size(Destination)}));
@@ -141,10 +143,11 @@ TEST_F(FileCopierFailure, LeavesNoDestinationWhenWritingFails) {
 TEST_F(FileCopierFailure, LeavesNoDestinationWhenTheProbeOfTheDeviceFails) {
     EngineHooks hooks;
     bool opened = false;
-    hooks.ThrowingStatus = [&](const fs::path& path) {
-        opened = fs::exists(fs::symlink_status(path));
-        return std::make_error_code(std::errc::permission_denied);
+    hooks.Status = [&](const fs::path& path) {
+        opened = path == Destination && fs::exists(fs::symlink_status(path));
+        return opened ? std::make_error_code(std::errc::permission_denied) : std::error_code();
     };
+    hooks.ThrowingStatus = hooks.Status;
     EXPECT_EQ(Run(kMove), Result::Failed);
     EXPECT_EQ(Message,
               "Failed checking destination " + InQuotes(Destination) + ": Permission denied");

@@ -98,6 +98,16 @@ TEST_F(FileCopier, CreatesTheFolderOfTheDestination) {
     EXPECT_EQ(ReadFile(Directory / "a/b/new"), "0123456789");
 }
 
+TEST_F(FileCopier, ComparesWithWhatStandsAtTheDestination) {
+    WriteFile(Destination, "0123456789");
+    AnsweringInterface interface(
+        Job, {{Act::CompareByContent, "", nullptr}, {Act::CompareByContent, "", nullptr}});
+    EXPECT_EQ(Run(kCopy, Policy::Ask), Result::Skipped);
+    WriteFile(Destination, "0123456780");
+    EXPECT_EQ(Run(kCopy, Policy::Ask), Result::Succeeded);
+    EXPECT_EQ(ReadFile(Destination), "0123456789");
+}
+
 TEST_F(FileCopier, WritesToTheNameThatTheAnswerGives) {
     WriteFile(Destination, "old");
     const fs::path renamed = Directory / "folder/renamed";

@@ -109,15 +109,18 @@ TEST_F(PathCopier, CopiesADirectoryNextToItsNamesake) {
     EXPECT_EQ(ReadFile(Directory / "from-2/file"), "data");
 }
 
-// The source goes away between two looks at it.
+// What cannot be told of it is more than that it exists.
 TEST_F(PathCopier, FailsForASourceThatCannotBeInspected) {
     Write("from", "data");
     EngineHooks hooks;
-    hooks.PathsCompared = [](const fs::path& source) { fs::remove(source); };
+    hooks.Status = [this](const fs::path& path) {
+        return path == Directory / "from" ? std::make_error_code(std::errc::value_too_large)
+                                          : std::error_code();
+    };
     EXPECT_EQ(Run("from", "to"), Result::Failed);
     EXPECT_EQ(Message, "Could not inspect source '" + (Directory / "from").string() +
-                           "': No such file or directory");
-    EXPECT_EQ(OnDisk(), Tree{});
+                           "': Value too large for defined data type");
+    EXPECT_EQ(OnDisk(), (Tree{{"from", "file data"}}));
 }
 
 class DirectoryCopier : public PathCopier {};

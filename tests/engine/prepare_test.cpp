@@ -163,14 +163,6 @@ TEST_F(SkipAccounting, KeepsWhatWasCountedBeforeAFailure) {
     EXPECT_EQ(SkippedBy(Job), (Counted{2, 5}));
 }
 
-TEST_F(SkipAccounting, CountsAFileWhoseSizeCannotBeReadWithoutBytes) {
-    WriteFile(Directory / "ten", "0123456789");
-    EngineHooks hooks;
-    hooks.FileSize = [](const fs::path&) { return std::make_error_code(std::errc::io_error); };
-    EXPECT_TRUE(MarkSkippedPath(Directory / "ten", Job, Message));
-    EXPECT_EQ(DoneBy(Job), (Counted{1, 0}));
-}
-
 TEST_F(SkipAccounting, CountsAFolderThatMayNotBeListedAsEmpty) {
     WriteFile(Directory / "tree/locked/file", "0123456789");
     fs::permissions(Directory / "tree/locked", fs::perms::none);

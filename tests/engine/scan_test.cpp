@@ -166,7 +166,7 @@ TEST_F(Scan, FailsForAListingThatFailsWithTheSystemTextAlone) {
     WriteFile(Directory / "tree/a", "x");
     WriteFile(Directory / "tree/b", "x");
     EngineHooks hooks;
-    hooks.AdvanceRecursively = [](const fs::path&) { return IoError(); };
+    hooks.Advance = [](const fs::path&) { return IoError(); };
     EXPECT_FALSE(Run("tree"));
     EXPECT_EQ(Message, "Input/output error");
 }
@@ -175,6 +175,7 @@ TEST_F(Scan, FailsForASizeThatCannotBeReadWithTheSystemTextAlone) {
     WriteFile(Directory / "tree/file", "x");
     EngineHooks hooks;
     hooks.FileSize = [](const fs::path&) { return IoError(); };
+    hooks.EntryStatus = [](const fs::path&) { return IoError(); };
     for (const char* source : {"tree", "tree/file"}) {
         Message.clear();
         EXPECT_FALSE(Run(source));

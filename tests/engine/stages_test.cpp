@@ -90,10 +90,7 @@ TEST_F(SeenStages, AroundAConflict) {
     WriteFile(Directory / "to", "old");
     AnsweringInterface interface(Job, {{Act::Overwrite, "", [this] { Look(); }}});
     // The device of the target is looked at after the answer.
-    Hooks.ThrowingStatus = [this](const fs::path&) {
-        Look();
-        return std::error_code();
-    };
+    Hooks.DeviceProbed = [this] { Look(); };
     EXPECT_EQ(Run(kCopy, Policy::Ask),
               (Stages{"Stage: Preparing", "Stage: Preparing | Scanning transfer contents",
                       "Stage: Copying | Copying items", "Stage: Waiting for conflict choice",

@@ -5,6 +5,14 @@
 #include "tarvaneops.h"
 #include "tarvanepane.h"
 
+#include <cerrno>
+#include <map>
+#include <string_view>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -17,6 +25,20 @@ std::error_code Ask(CallHook EngineHooks::*Hook, const fs::path& Path) {
     }
     return (gHooks->*Hook)(Path);
 }
+
+// Where the hook lets a call fail, its error is in errno. Allocates nothing without a hook: these
+// calls throw nothing.
+bool Fails(CallHook EngineHooks::*Hook, const char* Path) {
+    if (gHooks == nullptr || !(gHooks->*Hook)) {
+        return false;
+    }
+    const std::error_code error = (gHooks->*Hook)(Path);
+    errno = error ? error.value() : errno;
+    return static_cast<bool>(error);
+}
+
+// What each open listing has told last, but "." and "..".
+thread_local std::map<DIR*, std::string> gLastEntries;
 
 } // namespace
 
@@ -117,30 +139,60 @@ void WrappedRename(const fs::path& From, const fs::path& To, std::error_code& Ou
     }
 }
 
-using Iterator = fs::directory_iterator;
-using RecursiveIterator = fs::recursive_directory_iterator;
+extern "C" {
 
-Iterator& RealAdvance(Iterator* It, std::error_code& OutError) REAL(NextEntry);
-Iterator& WrappedAdvance(Iterator* It, std::error_code& OutError) WRAPPED(NextEntry);
+int __real_stat(const char* Path, struct stat* OutStatus);
+int __wrap_stat(const char* Path, struct stat* OutStatus);
+int __real_lstat(const char* Path, struct stat* OutStatus);
+int __wrap_lstat(const char* Path, struct stat* OutStatus);
+int __real_fstatat(int Parent, const char* Name, struct stat* OutStatus, int Flags);
+int __wrap_fstatat(int Parent, const char* Name, struct stat* OutStatus, int Flags);
+int __real_open(const char* Path, int Flags, ...);
+int __wrap_open(const char* Path, int Flags, ...);
+dirent* __real_readdir(DIR* Directory);
+dirent* __wrap_readdir(DIR* Directory);
+int __real_closedir(DIR* Directory);
+int __wrap_closedir(DIR* Directory);
 
-// A listing that fails has no further entries, as with the library's own errors.
-Iterator& WrappedAdvance(Iterator* It, std::error_code& OutError) {
-    if (const std::error_code error = Ask(&EngineHooks::Advance, (*It)->path())) {
-        OutError = error;
-        return *It = Iterator();
-    }
-    return RealAdvance(It, OutError);
+int __wrap_stat(const char* Path, struct stat* OutStatus) {
+    return Fails(&EngineHooks::Status, Path) ? -1 : __real_stat(Path, OutStatus);
 }
 
-RecursiveIterator& RealAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError)
-    REAL(NextEntryBelow);
-RecursiveIterator& WrappedAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError)
-    WRAPPED(NextEntryBelow);
+int __wrap_lstat(const char* Path, struct stat* OutStatus) {
+    return Fails(&EngineHooks::SymlinkStatus, Path) ? -1 : __real_lstat(Path, OutStatus);
+}
 
-RecursiveIterator& WrappedAdvanceRecursively(RecursiveIterator* It, std::error_code& OutError) {
-    if (const std::error_code error = Ask(&EngineHooks::AdvanceRecursively, (*It)->path())) {
-        OutError = error;
-        return *It = RecursiveIterator();
+int __wrap_fstatat(int Parent, const char* Name, struct stat* OutStatus, int Flags) {
+    return Fails(&EngineHooks::EntryStatus, Name) ? -1
+                                                  : __real_fstatat(Parent, Name, OutStatus, Flags);
+}
+
+// Nothing that is opened here is created.
+int __wrap_open(const char* Path, int Flags, ...) {
+    if (gHooks != nullptr && gHooks->DeviceProbed &&
+        std::string_view(Path).starts_with("/sys/dev/block/")) {
+        gHooks->DeviceProbed();
     }
-    return RealAdvanceRecursively(It, OutError);
+    return __real_open(Path, Flags);
+}
+
+// A listing that fails has no further entries, as with the system's own errors.
+dirent* __wrap_readdir(DIR* Directory) {
+    if (gHooks == nullptr || !gHooks->Advance) {
+        return __real_readdir(Directory);
+    }
+    std::string& left = gLastEntries[Directory];
+    if (!left.empty() && Fails(&EngineHooks::Advance, left.c_str())) {
+        return nullptr;
+    }
+    dirent* entry = __real_readdir(Directory);
+    const std::string_view name = entry == nullptr ? "" : entry->d_name;
+    left = name == "." || name == ".." ? "" : name;
+    return entry;
+}
+
+int __wrap_closedir(DIR* Directory) {
+    gLastEntries.erase(Directory);
+    return __real_closedir(Directory);
+}
 }

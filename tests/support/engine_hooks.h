@@ -34,14 +34,18 @@ public:
     // The sound of a successful end. Must not throw.
     std::function<void()> SoundPlayed;
 
-    // Calls of the file-system library by the engine.
+    // The engine asks whether the device of a destination is removable, which it has just opened.
+    std::function<void()> DeviceProbed;
+
+    // Calls by the engine of the file-system library, or of the system where it has the same.
     CallHook Status;
     // The form that throws.
     CallHook ThrowingStatus;
     CallHook SymlinkStatus;
     CallHook FileSize;
     CallHook Rename;
-    // Going on to the next entry of a directory; the path is the entry that is left.
+    // The status of an entry of an open directory.
+    CallHook EntryStatus;
+    // Going on to the next entry of a directory; the path is the name of the entry that is left.
     CallHook Advance;
-    CallHook AdvanceRecursively;
 };

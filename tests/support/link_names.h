@@ -38,13 +38,6 @@
 #define LINK_NAME_FileSize "_ZNSt10filesystem9file_sizeERKNS_7__cxx114pathERSt10error_code"
 // std::filesystem::rename(const path&, const path&, std::error_code&)
 #define LINK_NAME_Rename "_ZNSt10filesystem6renameERKNS_7__cxx114pathES3_RSt10error_code"
-// std::filesystem::directory_iterator::increment(std::error_code&)
-#define LINK_NAME_NextEntry                                                                        \
-    "_ZNSt10filesystem7__cxx1118directory_iterator9incrementERSt10error_code"
-// std::filesystem::recursive_directory_iterator::increment(std::error_code&)
-#define LINK_NAME_NextEntryBelow                                                                   \
-    "_ZNSt10filesystem7__cxx1128recursive_directory_iterator9incrementERSt10error_code"
-
 // The host and the engine.
 
 // TarvaneIsCddaPath(const std::string&)
