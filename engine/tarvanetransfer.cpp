@@ -28,6 +28,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <climits>
 #include <cmath>
 #include <cstdio>
@@ -35,11 +36,8 @@
 #include <cstring>
 #include <ctime>
 #include <fstream>
-#include <iomanip>
 #include <iterator>
 #include <limits>
-#include <locale>
-#include <sstream>
 #include <stack>
 #include <string_view>
 #include <system_error>
@@ -242,11 +240,11 @@ std::string FormatBinarySize(std::uint64_t Size) {
         value *= 0.0009765625;
         ++unitIndex;
     }
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    text << std::fixed << std::setprecision(unitIndex == 0 ? 0 : 1) << value << ' '
-         << kUnits[unitIndex];
-    return text.str();
+    const int digitsAfterPoint = unitIndex == 0 ? 0 : 1;
+    std::array<char, 32> buffer;
+    const auto number = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                      std::chars_format::fixed, digitsAfterPoint);
+    return std::string(buffer.data(), number.ptr) + ' ' + kUnits[unitIndex];
 }
 
 std::string FormatRate(std::uint64_t BytesPerSecond) {

@@ -65,7 +65,7 @@ TEST(FormatBinarySize, ChoosesTheUnitBeforeItRounds) {
     EXPECT_EQ(FormatBinarySize(1'073'741'823), "1024.0 MB");
 }
 
-TEST(FormatBinarySize, RoundsAsTheStreamDoes) {
+TEST(FormatBinarySize, RoundsAHalfToTheEvenDigit) {
     EXPECT_EQ(FormatBinarySize(1280), "1.2 KB");
     EXPECT_EQ(FormatBinarySize(1792), "1.8 KB");
 }
