@@ -67,13 +67,19 @@ wchar_t Decode(std::string_view Text, std::size_t Length) {
     return value;
 }
 
+// As wcwidth, which takes long, for the characters that most texts are made of.
+int ColumnsOf(wchar_t CodePoint) {
+    const bool bPlainAscii = CodePoint >= 0x20 && CodePoint < 0x7F;
+    return bPlainAscii ? 1 : wcwidth(CodePoint);
+}
+
 void AppendClean(std::string& OutClean, std::string_view Sequence) {
     const wchar_t codePoint = Decode(Sequence, Sequence.size());
     if (codePoint < 0x20 || (codePoint >= 0x7F && codePoint <= 0x9F)) {
         OutClean += '?';
     } else if (IsIn(kDropped, codePoint)) {
         return;
-    } else if (IsIn(kDirectionControls, codePoint) || wcwidth(codePoint) < 0) {
+    } else if (IsIn(kDirectionControls, codePoint) || ColumnsOf(codePoint) < 0) {
         OutClean += kReplacement;
     } else {
         OutClean += Sequence;
@@ -82,7 +88,7 @@ void AppendClean(std::string& OutClean, std::string_view Sequence) {
 
 // Marks and the like have no width and belong to the character before them.
 int WidthOf(std::string_view Sequence) {
-    const int width = wcwidth(Decode(Sequence, Sequence.size()));
+    const int width = ColumnsOf(Decode(Sequence, Sequence.size()));
     return width < 0 ? 1 : width;
 }
 
