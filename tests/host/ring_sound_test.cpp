@@ -1,5 +1,6 @@
-// The sound or the bell of a finished transfer. The calls that talk to a sound server are replaced
-// at the link, except where the library's own silence is under test.
+// The sound or the bell of a finished transfer. The sound library's functions that talk to a sound
+// server are replaced where they are looked up, except where the library's own silence is under
+// test.
 
 #include "completion_bell.h"
 #include "ring_sound.h"
@@ -15,9 +16,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <thread>
 
 #include <canberra.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -33,6 +36,8 @@ enum class Server {
     IsSlow,
     Hangs,
     Real,
+    HasNoLibrary,
+    HasAnotherLibrary,
 };
 
 std::atomic<Server> gServer{Server::Plays};
@@ -41,17 +46,10 @@ std::atomic<int> gSounds{0};
 // The last sound's event, written before it is counted.
 std::string gEvent;
 
-} // namespace
-
-// The names that the linker gives to the library's functions and to what replaces them.
-int RealOpen(ca_context* Context) asm("__real_ca_context_open");
-int WrappedOpen(ca_context* Context) asm("__wrap_ca_context_open");
-int WrappedPlay(ca_context* Context, uint32_t Id, ...) asm("__wrap_ca_context_play");
-
-int WrappedOpen(ca_context* Context) {
+int OpenAtServer(ca_context* Context) {
     ++gConnections;
     if (gServer == Server::Real) {
-        return RealOpen(Context);
+        return ca_context_open(Context);
     }
     if (gServer == Server::IsSlow) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -60,7 +58,7 @@ int WrappedOpen(ca_context* Context) {
     return gServer == Server::RefusesConnections ? CA_ERROR_NOTAVAILABLE : CA_SUCCESS;
 }
 
-int WrappedPlay(ca_context*, uint32_t Id, ...) {
+int PlayAtServer(ca_context*, uint32_t Id, ...) {
     va_list properties;
     va_start(properties, Id);
     const std::string key = va_arg(properties, const char*);
@@ -68,6 +66,30 @@ int WrappedPlay(ca_context*, uint32_t Id, ...) {
     va_end(properties);
     ++gSounds;
     return gServer == Server::RefusesSounds ? CA_ERROR_DISCONNECTED : CA_SUCCESS;
+}
+
+} // namespace
+
+// The names that the linker gives to the functions that load a library and to what replaces them.
+void* RealDlopen(const char* File, int Mode) asm("__real_dlopen");
+void* RealDlsym(void* Library, const char* Name) asm("__real_dlsym");
+void* WrappedDlopen(const char* File, int Mode) asm("__wrap_dlopen");
+void* WrappedDlsym(void* Library, const char* Name) asm("__wrap_dlsym");
+
+void* WrappedDlopen(const char* File, int Mode) {
+    return gServer == Server::HasNoLibrary ? nullptr : RealDlopen(File, Mode);
+}
+
+void* WrappedDlsym(void* Library, const char* Name) {
+    const std::string_view name = Name;
+    if (name == "ca_context_open") {
+        return reinterpret_cast<void*>(OpenAtServer);
+    }
+    if (name == "ca_context_play") {
+        const bool bFound = gServer != Server::HasAnotherLibrary;
+        return bFound ? reinterpret_cast<void*>(PlayAtServer) : nullptr;
+    }
+    return RealDlsym(Library, Name);
 }
 
 namespace {
@@ -105,7 +127,7 @@ protected:
         gSounds = 0;
     }
 
-    // Rings, and does so without looking for a server.
+    // Rings, and does so without connecting to a server.
     static void ExpectBellAlone() {
         PlayTarvaneTransferCompleteSound();
         EXPECT_TRUE(TakeTarvaneCompletionBell());
@@ -225,6 +247,18 @@ TEST_F(CompletionSound, RingsTheBellWhenTheServerRefusesTheConnection) {
     PlayTarvaneTransferCompleteSound();
     EXPECT_TRUE(TakeTarvaneCompletionBell());
     EXPECT_EQ(gSounds, 0);
+}
+
+TEST_F(CompletionSound, RingsTheBellWithoutTheSoundLibrary) {
+    LoseConnection();
+    gServer = Server::HasNoLibrary;
+    ExpectBellAlone();
+}
+
+TEST_F(CompletionSound, RingsTheBellWhenTheSoundLibraryLacksAFunction) {
+    LoseConnection();
+    gServer = Server::HasAnotherLibrary;
+    ExpectBellAlone();
 }
 
 TEST_F(CompletionSound, WaitsWithTheBellForAServerThatIsSlow) {
