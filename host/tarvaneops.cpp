@@ -9,6 +9,7 @@
 #include <list>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 #include <fcntl.h>
@@ -30,13 +31,63 @@ std::optional<FileIdentity> IdentityOf(const std::string& Path) {
     return IdentityOf(status);
 }
 
-// The absolute path without ".", ".." and trailing slashes, by its text alone. A relative path
-// stays relative where the working directory has been removed.
-fs::path NormalText(const fs::path& Path) {
+// The components of a path's normal text, the last one first: nothing has to be copied, and the
+// last components usually tell two paths apart.
+class ComponentsFromEnd {
+public:
+    explicit ComponentsFromEnd(std::string_view Path)
+        : Rest(Path), bAbsolute(Path.starts_with('/')) {}
+
+    // Empty when none is left.
+    std::string_view Next() {
+        while (!Rest.empty()) {
+            const std::size_t slash = Rest.rfind('/');
+            const bool bFirst = slash == std::string_view::npos;
+            const std::string_view component = bFirst ? Rest : Rest.substr(slash + 1);
+            Rest = Rest.substr(0, bFirst ? 0 : slash);
+            if (component == "..") {
+                ++StepsBack;
+            } else if (!component.empty() && component != ".") {
+                if (StepsBack == 0) {
+                    return component;
+                }
+                --StepsBack;
+            }
+        }
+        if (bAbsolute || StepsBack == 0) {
+            return {};
+        }
+        --StepsBack;
+        return "..";
+    }
+
+private:
+    std::string_view Rest;
+    const bool bAbsolute;
+    std::size_t StepsBack = 0;
+};
+
+bool HaveSameNormalText(std::string_view First, std::string_view Second) {
+    if (First.empty() || Second.empty() || First.starts_with('/') != Second.starts_with('/')) {
+        return First == Second;
+    }
+    ComponentsFromEnd first(First);
+    ComponentsFromEnd second(Second);
+    std::string_view component;
+    do {
+        component = first.Next();
+        if (component != second.Next()) {
+            return false;
+        }
+    } while (!component.empty());
+    return true;
+}
+
+// A relative path stays relative where the working directory has been removed.
+std::string AbsoluteText(const fs::path& Path) {
     std::error_code ec;
     const fs::path absolute = fs::absolute(Path, ec);
-    const fs::path normal = (ec ? Path : absolute).lexically_normal();
-    return normal.has_filename() || !normal.has_relative_path() ? normal : normal.parent_path();
+    return (ec ? Path : absolute).native();
 }
 
 std::optional<fs::path> LinkTarget(const fs::path& Path) {
@@ -140,11 +191,15 @@ private:
 
 bool TarvanePathsEquivalentOrSame(const fs::path& First, const fs::path& Second) noexcept {
     try {
-        const std::optional<FileIdentity> first = IdentityOf(First.native());
-        if (first && first == IdentityOf(Second.native())) {
+        // The second is the destination, of which most often nothing exists.
+        const std::optional<FileIdentity> second = IdentityOf(Second.native());
+        if (second && second == IdentityOf(First.native())) {
             return true;
         }
-        return NormalText(First) == NormalText(Second);
+        if (First.is_absolute() && Second.is_absolute()) {
+            return HaveSameNormalText(First.native(), Second.native());
+        }
+        return HaveSameNormalText(AbsoluteText(First), AbsoluteText(Second));
     } catch (...) {
         // Out of memory: the engine refuses to copy a file onto itself, and refusing is safe.
         return true;

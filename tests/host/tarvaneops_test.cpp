@@ -153,6 +153,41 @@ TEST_F(PathsEquivalentOrSame, ComparesRelativeTextsInADirectoryThatWasRemoved) {
     EXPECT_FALSE(TarvanePathsEquivalentOrSame("a", "b"));
 }
 
+TEST_F(PathsEquivalentOrSame, KeepsStepsAboveADirectoryThatWasRemoved) {
+    fs::create_directory("gone");
+    fs::current_path("gone");
+    fs::remove(At("gone"));
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("../missing", "./../b/../missing"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("../missing", "missing"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("missing", "/missing"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("", "."));
+}
+
+TEST_F(PathsEquivalentOrSame, ComparesStepsBackInMissingAbsolutePaths) {
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("/missing/a/b/../../c", "/missing/c"));
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("/missing/a/../b/../c", "/missing/c"));
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("/../../missing", "/missing/."));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("/missing/a/../b", "/missing/a"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("/missing/a/b", "/missing/c/b"));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("/missing/a", "/a"));
+}
+
+TEST_F(PathsEquivalentOrSame, HoldsForAnEmptyPathOnlyWithAnother) {
+    EXPECT_TRUE(TarvanePathsEquivalentOrSame("", ""));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("", "."));
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame("a", ""));
+}
+
+// The engine asks for every entry.
+TEST_F(PathsEquivalentOrSame, NeedsNoMemoryForAbsolutePaths) {
+    WriteFile(At("source/a"), "text");
+    const fs::path source = At("source/a");
+    const fs::path destination = At("destination/source/a");
+    const FailingAllocation memory(0);
+    EXPECT_FALSE(TarvanePathsEquivalentOrSame(source, destination));
+    EXPECT_FALSE(memory.Failed());
+}
+
 TEST_F(PathsEquivalentOrSame, HoldsToBeSafeWhenMemoryRunsOut) {
     const fs::path first = "one name that is too long to fit into the text object itself";
     const fs::path second = "another name that is too long to fit into the text object itself";
