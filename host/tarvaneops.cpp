@@ -6,7 +6,6 @@
 #include <array>
 #include <climits>
 #include <cstdio>
-#include <list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -90,102 +89,170 @@ std::string AbsoluteText(const fs::path& Path) {
     return (ec ? Path : absolute).native();
 }
 
-std::optional<fs::path> LinkTarget(const fs::path& Path) {
+std::optional<std::string> LinkTarget(const std::string& Path) {
     std::array<char, PATH_MAX> text{};
     const ssize_t length = ::readlink(Path.c_str(), text.data(), text.size());
     if (length < 0) {
         return std::nullopt;
     }
-    return fs::path(std::string(text.data(), static_cast<std::size_t>(length)));
+    return std::string(text.data(), static_cast<std::size_t>(length));
 }
 
-// The canonical path of what exists, asked of the kernel at once: link by link, the time for a deep
-// path grows with the square of its length. Empty where the kernel does not tell.
-fs::path CanonicalText(const std::string& Path) {
-    const int descriptor = ::open(Path.c_str(), O_PATH | O_CLOEXEC);
+using Status = struct statx;
+
+std::optional<Status> StatusOf(const std::string& Path, int Flags = 0, int Directory = AT_FDCWD) {
+    Status status{};
+    if (::statx(Directory, Path.c_str(), Flags | AT_NO_AUTOMOUNT,
+                STATX_TYPE | STATX_INO | STATX_MNT_ID, &status) != 0) {
+        return std::nullopt;
+    }
+    return status;
+}
+
+// A path with links, "." and ".." resolved.
+struct ResolvedPath {
+    // Without slashes at the end: the root is empty.
+    std::string Text;
+    bool bExists = false;
+    // Of the path, or else of its nearest ancestor that exists.
+    Status Nearest{};
+
+    void MoveTo(std::string NewText, const std::optional<Status>& NewStatus) {
+        Text = std::move(NewText);
+        bExists = NewStatus.has_value();
+        Nearest = NewStatus.value_or(Nearest);
+    }
+    void MoveToRoot() { MoveTo({}, StatusOf("/")); }
+    void StepBack() {
+        Text.resize(Text.empty() ? 0 : Text.rfind('/'));
+        MoveTo(Text, StatusOf(Text.empty() ? "/" : Text));
+    }
+};
+
+// The canonical path of Directory, asked of the kernel at once, and Name in it: link by link, the
+// time for a deep path grows with the square of its length. Without a name it is the directory
+// itself. Nothing where the kernel does not tell, and where the name leads elsewhere.
+std::optional<ResolvedPath> AskKernel(const std::string& Directory, const std::string& Name) {
+    if (Name == "." || Name == "..") {
+        return std::nullopt;
+    }
+    const int descriptor = ::open(Directory.c_str(), O_PATH | O_CLOEXEC);
     if (descriptor < 0) {
-        return {};
+        return std::nullopt;
     }
-    std::array<char, 32> link{};
-    std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", descriptor);
-    std::array<char, PATH_MAX> text{};
-    const ssize_t length = ::readlink(link.data(), text.data(), text.size() - 1);
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    const std::optional<std::string> text = LinkTarget(link);
+    const std::optional<Status> opened = StatusOf("", AT_EMPTY_PATH, descriptor);
+    const std::optional<Status> named = StatusOf(Name, AT_SYMLINK_NOFOLLOW, descriptor);
     ::close(descriptor);
+    if (!text || !opened || (named && S_ISLNK(named->stx_mode))) {
+        return std::nullopt;
+    }
     // A text that leads elsewhere was cut off, or has a remark of the kernel at its end.
-    const bool bLeadsThere = length > 0 && IdentityOf(text.data()) == IdentityOf(Path);
-    return bLeadsThere ? fs::path(text.data()) : fs::path();
+    const std::optional<Status> reached = *text == Directory ? opened : StatusOf(*text);
+    if (!reached || IdentityOf(*reached) != IdentityOf(*opened)) {
+        return std::nullopt;
+    }
+    ResolvedPath path{*text == "/" ? "" : *text, true, *reached};
+    if (!Name.empty()) {
+        path.MoveTo(path.Text + '/' + Name, named);
+    }
+    return path;
 }
 
-// The absolute path as the kernel would walk it, links, "." and ".." resolved. What does not exist
-// is taken as it is written, so ".." steps back over it. Beyond kMaxLinks links are left standing:
-// nothing can be made through them.
-fs::path Resolved(const fs::path& Path) {
-    fs::path rest = fs::absolute(Path);
-    std::list<fs::path> pending;
-    fs::path resolved = CanonicalText(rest);
-    while (resolved.empty() && rest.has_relative_path()) {
-        pending.push_front(rest.filename());
-        rest = rest.parent_path();
-        resolved = CanonicalText(rest);
-    }
-    if (resolved.empty()) {
-        resolved = rest;
-    }
+// Goes on as the kernel would. What does not exist is taken as it is written, so ".." steps back
+// over it. Beyond kMaxLinks links are left standing: nothing can be made through them.
+void Walk(ResolvedPath& Path, std::string Pending) {
     int links = 0;
-    while (!pending.empty()) {
-        const fs::path component = pending.front();
-        pending.pop_front();
+    while (!Pending.empty()) {
+        const std::string component = Pending.substr(0, Pending.find('/'));
+        Pending.erase(0, component.size() + 1);
         if (component.empty() || component == ".") {
             continue;
         }
         if (component == "..") {
-            resolved = resolved.parent_path();
+            Path.StepBack();
             continue;
         }
-        const fs::path next = resolved / component;
-        const std::optional<fs::path> target = LinkTarget(next);
+        const std::string next = Path.Text + '/' + component;
+        const std::optional<Status> status = StatusOf(next, AT_SYMLINK_NOFOLLOW);
+        if (!status || !S_ISLNK(status->stx_mode)) {
+            Path.MoveTo(next, status);
+            continue;
+        }
+        const std::optional<std::string> target = LinkTarget(next);
         if (!target || links == kMaxLinks) {
-            resolved = next;
+            Path.MoveTo(next, std::nullopt);
             continue;
         }
-        // An absolute target starts with "/", which replaces what has been resolved so far.
-        pending.insert(pending.begin(), target->begin(), target->end());
+        if (target->starts_with('/')) {
+            Path.MoveToRoot();
+        }
+        Pending.insert(0, *target + '/');
         ++links;
     }
-    return resolved;
 }
 
-// Goes up from a directory, one step a call. Each step starts from the last directory where it can:
-// looking the whole path up again takes time that grows with its length.
-class Ascent {
-public:
-    Ascent() = default;
-    ~Ascent() { Leave(); }
-    Ascent(const Ascent&) = delete;
-    Ascent& operator=(const Ascent&) = delete;
-
-    // Requires: Ancestor is canonical as far as it exists, and the parent of the one before.
-    std::optional<FileIdentity> StepTo(const std::string& Ancestor) {
-        const int above = Descriptor >= 0 ? ::openat(Descriptor, "..", O_PATH | O_CLOEXEC)
-                                          : ::open(Ancestor.c_str(), O_PATH | O_CLOEXEC);
-        Leave();
-        Descriptor = above;
-        struct stat status {};
-        if (Descriptor >= 0 && ::fstat(Descriptor, &status) == 0) {
-            return IdentityOf(status);
-        }
-        return IdentityOf(Ancestor);
+ResolvedPath Resolve(const fs::path& Path) {
+    const std::string absolute = Path.is_absolute() ? Path.native() : fs::absolute(Path).native();
+    const std::size_t slash = absolute.rfind('/');
+    // A destination is asked for by its parent, which exists as a rule.
+    std::optional<ResolvedPath> path =
+        AskKernel(absolute.substr(0, std::max<std::size_t>(slash, 1)), absolute.substr(slash + 1));
+    std::string pending;
+    for (std::size_t end = absolute.size(); !path && end > 0; end = absolute.rfind('/', end - 1)) {
+        path = AskKernel(absolute.substr(0, end), {});
+        pending = absolute.substr(end);
     }
+    if (!path) {
+        path.emplace().MoveToRoot();
+        pending = absolute;
+    }
+    Walk(*path, std::move(pending));
+    return *path;
+}
 
-private:
-    void Leave() {
-        if (Descriptor >= 0) {
-            ::close(Descriptor);
+// False also where the kernel does not tell mounts apart, as before version 5.8.
+bool AreInOneMount(const Status& First, const Status& Second) {
+    return (First.stx_mask & Second.stx_mask & STATX_MNT_ID) != 0 &&
+           First.stx_mnt_id == Second.stx_mnt_id;
+}
+
+// Whether an ancestor of Path is the existing Directory, whatever their texts: a directory can be
+// mounted a second time elsewhere, and some file systems find one name in several writings.
+//
+// Looks from the root down, usually only to where the last mount on the way begins: the way enters
+// a mount once, and what follows is in it.
+bool LeadsThrough(const ResolvedPath& Directory, const ResolvedPath& Path) {
+    const FileIdentity sought = IdentityOf(Directory.Nearest);
+    const dev_t lastDevice = IdentityOf(Path.Nearest).Device;
+    const auto depth = std::count(Directory.Text.begin(), Directory.Text.end(), '/');
+    bool bOnlyAtDepth = false;
+    std::ptrdiff_t level = 0;
+    for (std::size_t end = 0; end < Path.Text.size(); end = Path.Text.find('/', end + 1), ++level) {
+        if (bOnlyAtDepth && level != depth) {
+            continue;
+        }
+        const std::optional<Status> ancestor = StatusOf(end == 0 ? "/" : Path.Text.substr(0, end));
+        if (!ancestor) {
+            continue;
+        }
+        const FileIdentity identity = IdentityOf(*ancestor);
+        if (identity == sought) {
+            return true;
+        }
+        if (!AreInOneMount(*ancestor, Path.Nearest)) {
+            continue;
+        }
+        // One mount shows a directory in one place, and so at one depth.
+        bOnlyAtDepth = AreInOneMount(*ancestor, Directory.Nearest);
+        // Subvolumes have devices of their own, but the way enters each of them once, too.
+        if (!bOnlyAtDepth && identity.Device == lastDevice && lastDevice != sought.Device) {
+            return false;
         }
     }
-
-    int Descriptor = -1;
-};
+    return false;
+}
 
 } // namespace
 
@@ -208,18 +275,10 @@ bool TarvanePathsEquivalentOrSame(const fs::path& First, const fs::path& Second)
 
 bool TarvanePathIsInside(const fs::path& Directory, const fs::path& Path) noexcept {
     try {
-        const std::string directory = Resolved(Directory).string();
-        const std::optional<FileIdentity> identity = IdentityOf(directory);
-        std::string ancestor = Resolved(Path).string();
-        Ascent ascent;
-        while (ancestor.size() > 1) {
-            ancestor.resize(std::max<std::size_t>(ancestor.rfind('/'), 1));
-            // The identity also finds a directory that is mounted a second time elsewhere.
-            if (ancestor == directory || (identity && identity == ascent.StepTo(ancestor))) {
-                return true;
-            }
-        }
-        return false;
+        const ResolvedPath directory = Resolve(Directory);
+        const ResolvedPath path = Resolve(Path);
+        return path.Text.starts_with(directory.Text + '/') ||
+               (directory.bExists && LeadsThrough(directory, path));
     } catch (...) {
         // Out of memory, or a relative path without a working directory: the engine refuses to copy
         // a directory into itself, and refusing is safe.

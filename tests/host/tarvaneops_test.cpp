@@ -9,13 +9,42 @@
 #include "no_descriptors_left.h"
 #include "temporary_directory.h"
 
+#include <algorithm>
+#include <cstring>
 #include <filesystem>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 
 namespace {
+
+// What statx does otherwise during a test.
+struct FakeStatx {
+    FakeStatx() { gFake = this; }
+    ~FakeStatx() { gFake = nullptr; }
+    FakeStatx(const FakeStatx&) = delete;
+    FakeStatx& operator=(const FakeStatx&) = delete;
+
+    // As kernels before 5.8 do.
+    bool bTellsMounts = true;
+    // Finds "name" under "NAME", too, as a file system does that ignores case.
+    bool bIgnoresCase = false;
+    // Gives the directory "subvolume" and what is in it a device of their own inside its mount.
+    bool bHasSubvolumes = false;
+    int Calls = 0;
+
+    static FakeStatx* gFake;
+};
+
+FakeStatx* FakeStatx::gFake = nullptr;
+
+int StatxCallsFor(const fs::path& Directory, const fs::path& Path) {
+    const FakeStatx kernel;
+    EXPECT_FALSE(TarvanePathIsInside(Directory, Path));
+    return kernel.Calls;
+}
 
 // Relative paths start in the test's directory, and so does the process for the test's duration.
 class PathsOnDisk : public testing::Test {
@@ -32,6 +61,30 @@ class PathsEquivalentOrSame : public PathsOnDisk {};
 class PathIsInside : public PathsOnDisk {};
 
 } // namespace
+
+extern "C" {
+int __real_statx(int Directory, const char* Path, int Flags, unsigned Mask, struct statx* Out);
+int __wrap_statx(int Directory, const char* Path, int Flags, unsigned Mask, struct statx* Out);
+}
+
+int __wrap_statx(int Directory, const char* Path, int Flags, unsigned Mask, struct statx* Out) {
+    FakeStatx* const fake = FakeStatx::gFake;
+    const bool bOtherCase = fake != nullptr && fake->bIgnoresCase && std::strcmp(Path, "NAME") == 0;
+    const int result = __real_statx(Directory, bOtherCase ? "name" : Path, Flags, Mask, Out);
+    if (fake != nullptr) {
+        ++fake->Calls;
+    }
+    if (fake != nullptr && fake->bHasSubvolumes) {
+        const fs::path opened = "/proc/self/fd/" + std::to_string(Directory);
+        const fs::path full = Directory < 0 ? Path : fs::read_symlink(opened) / Path;
+        Out->stx_dev_minor += std::ranges::count(full, "subvolume") > 0 ? 1000U : 0U;
+    }
+    if (fake != nullptr && !fake->bTellsMounts) {
+        Out->stx_mask &= ~unsigned{STATX_MNT_ID};
+        Out->stx_mnt_id = 0;
+    }
+    return result;
+}
 
 TEST_F(PathsEquivalentOrSame, HoldsForAFileAndItself) {
     WriteFile(At("a"), "text");
@@ -243,6 +296,7 @@ TEST_F(PathIsInside, HoldsForTextsOfWhichNothingExists) {
     EXPECT_TRUE(TarvanePathIsInside("missing", "missing/b"));
     EXPECT_FALSE(TarvanePathIsInside("missing", "missing"));
     EXPECT_FALSE(TarvanePathIsInside("missing/b", "missing/bc/d"));
+    EXPECT_FALSE(TarvanePathIsInside("/missing", "/other/b"));
 }
 
 TEST_F(PathIsInside, MixesRelativeAndAbsolutePaths) {
@@ -276,7 +330,9 @@ TEST_F(PathIsInside, StepsBackOverWhatDoesNotExist) {
 TEST_F(PathIsInside, ResolvesALinkBehindAStepBackOverWhatDoesNotExist) {
     fs::create_directory("a");
     fs::create_directory_symlink("a", "link");
+    fs::create_directory_symlink(At("a"), "absolute");
     EXPECT_TRUE(TarvanePathIsInside("a", "missing/../link/new"));
+    EXPECT_TRUE(TarvanePathIsInside("a", "missing/../absolute/new"));
 }
 
 TEST_F(PathIsInside, StepsBackFromWhereALinkLeads) {
@@ -312,6 +368,8 @@ TEST_F(PathIsInside, ResolvesLinksToAbsolutePathsAndToLinks) {
     fs::create_directory_symlink(At("real"), "first");
     fs::create_directory_symlink("./first", "second");
     EXPECT_TRUE(TarvanePathIsInside("real", "second/new"));
+    EXPECT_TRUE(TarvanePathIsInside("first", "real/new"));
+    EXPECT_TRUE(TarvanePathIsInside("second", "real/new"));
 }
 
 TEST_F(PathIsInside, IsFalseForALinkInsideThatLeadsOutside) {
@@ -341,16 +399,81 @@ TEST_F(PathIsInside, HoldsForADirectoryMountedASecondTime) {
     fs::create_directory("real");
     const ScopedMount second = BindReadOnly(At("real"), At("second"));
     EXPECT_TRUE(TarvanePathIsInside("real", "second/new"));
+    EXPECT_TRUE(TarvanePathIsInside("real/missing/..", "second/new"));
     EXPECT_FALSE(TarvanePathIsInside("real", "second"));
 }
 
 TEST_F(PathIsInside, HoldsFarBelowADirectoryMountedASecondTime) {
     EnterPrivateMountNamespace();
     fs::create_directories("real/a/b");
+    const ScopedMount second = BindReadOnly(At("real"), At("deeper/second"));
+    EXPECT_TRUE(TarvanePathIsInside("real", "deeper/second/a/b/c/new"));
+    EXPECT_TRUE(TarvanePathIsInside("real/a", "deeper/second/a/b"));
+    EXPECT_FALSE(TarvanePathIsInside("real/a/b", "deeper/second/a/c"));
+}
+
+TEST_F(PathIsInside, HoldsFarBelowASecondMountWhereTheKernelTellsNoMounts) {
+    EnterPrivateMountNamespace();
+    fs::create_directories("real/a/b");
+    const ScopedMount second = BindReadOnly(At("real"), At("deeper/second"));
+    FakeStatx kernel;
+    kernel.bTellsMounts = false;
+    EXPECT_TRUE(TarvanePathIsInside("real/a", "deeper/second/a/b/c/new"));
+    EXPECT_FALSE(TarvanePathIsInside("real/a/b", "deeper/second/a/c"));
+}
+
+TEST_F(PathIsInside, HoldsForADirectoryAboveASubvolumeInItsSecondMount) {
+    EnterPrivateMountNamespace();
+    fs::create_directories("real/a/subvolume/b");
+    const ScopedMount second = BindReadOnly(At("real"), At("deeper/second"));
+    FakeStatx kernel;
+    kernel.bHasSubvolumes = true;
+    EXPECT_TRUE(TarvanePathIsInside("real/a", "deeper/second/a/subvolume/b/new"));
+}
+
+TEST_F(PathIsInside, HoldsForADirectoryAboveAFileSystemThatIsMountedInItsSecondMount) {
+    EnterPrivateMountNamespace();
+    fs::create_directories("real/a/disk/b");
     const ScopedMount second = BindReadOnly(At("real"), At("second"));
-    EXPECT_TRUE(TarvanePathIsInside("real", "second/a/b/c/new"));
-    EXPECT_TRUE(TarvanePathIsInside("real/a", "second/a/b"));
-    EXPECT_FALSE(TarvanePathIsInside("real/a/b", "second/a/c"));
+    const ScopedMount disk = MountTmpfs(At("second/a/disk"), "size=64k");
+    fs::create_directories("second/a/disk/b/c");
+    EXPECT_TRUE(TarvanePathIsInside("real/a", "second/a/disk/b/c/new"));
+    EXPECT_FALSE(TarvanePathIsInside("real/a/disk", "second/a/disk/b/c/new"));
+    EXPECT_FALSE(TarvanePathIsInside("real/a/disk/b", "second/a/disk/b/c/new"));
+}
+
+// Both paths are in the mount that shows them, and that is mounted inside the directory itself.
+TEST_F(PathIsInside, HoldsBelowADirectoryThatIsMountedInsideItself) {
+    EnterPrivateMountNamespace();
+    fs::create_directories("real/a/mirror");
+    fs::create_directories("real/b");
+    const ScopedMount mirror = BindReadOnly(At("real"), At("real/a/mirror"));
+    EXPECT_TRUE(TarvanePathIsInside("real/a/mirror/a", "real/a/mirror/b/new"));
+    EXPECT_FALSE(TarvanePathIsInside("real/a/mirror/b", "real/a/mirror/a/new"));
+}
+
+TEST_F(PathIsInside, HoldsForADirectoryThatItsFileSystemFindsInAnotherWriting) {
+    fs::create_directories("name/a");
+    FakeStatx kernel;
+    kernel.bIgnoresCase = true;
+    EXPECT_TRUE(TarvanePathIsInside("NAME", "name/a/new"));
+    EXPECT_FALSE(TarvanePathIsInside("NAME", "name"));
+}
+
+TEST_F(PathIsInside, AsksNoMoreForADeepPathThanForAFlatOne) {
+    fs::create_directories(At("source/d/d/d/d/d/d"));
+    fs::create_directories(At("destination/d/d/d/d/d/d"));
+    EXPECT_EQ(StatxCallsFor(At("source/d/d/d/d/d/d"), At("destination/d/d/d/d/d/d/new")),
+              StatxCallsFor(At("source/d"), At("destination/d/new")));
+}
+
+TEST_F(PathIsInside, AsksNoMoreForADeepPathOnAnotherFileSystem) {
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountTmpfs(At("destination"), "size=64k");
+    fs::create_directories(At("source/d/d/d/d/d/d"));
+    fs::create_directories(At("destination/d/d/d/d/d/d"));
+    EXPECT_EQ(StatxCallsFor(At("source/d/d/d/d/d/d"), At("destination/d/d/d/d/d/d/new")),
+              StatxCallsFor(At("source/d"), At("destination/d/new")));
 }
 
 // Nothing leads up from such a directory but the path above it.
