@@ -38,9 +38,9 @@ std::filesystem::path DirectoryForCopyOf(const std::filesystem::path& Source,
 class JobActivity : public Activity {
 public:
     JobActivity(const TransferRequest& Request, TarvaneTransferPlan PlanToRun,
-                const PromptContext& ContextToUse)
-        : Context(ContextToUse), Plan(std::move(PlanToRun)), Session(Plan),
-          Desk(Session.Job(), ConflictPolicy(RulesOf(Request))) {}
+                UnreadDirectories UnreadInPlan, const PromptContext& ContextToUse)
+        : Context(ContextToUse), Plan(std::move(PlanToRun)), Unread(std::move(UnreadInPlan)),
+          Session(Plan), Desk(Session.Job(), ConflictPolicy(RulesOf(Request))) {}
 
     void TakeKey(const KeyPress& Key) override;
     bool IsOver() override;
@@ -53,7 +53,7 @@ public:
     // For the case that there is no time to wait for the end.
     std::string PartingSentence();
     // Reports the last state. Requires: it is over.
-    RunOutcome Finish(const UnreadDirectories& Unread);
+    RunOutcome Finish();
 
 private:
     ProgressView View();
@@ -67,6 +67,7 @@ private:
 
     const PromptContext& Context;
     const TarvaneTransferPlan Plan;
+    UnreadDirectories Unread;
     TransferSession Session;
     ConflictDesk Desk;
     ConflictTally Tally;
@@ -156,6 +157,11 @@ void JobActivity::Say(const std::optional<SettledConflict>& Settled) {
     if (!Settled) {
         return;
     }
+    const TarvaneTransferConflict& conflict = Settled->Answered.Conflict;
+    if (Settled->Outcome == ConflictOutcome::Skipped &&
+        conflict.Kind == TarvaneTransferConflictKind::Directory) {
+        Unread.LeaveOut(conflict.SourcePath);
+    }
     Context.Report.ConflictIsSettled(*Settled);
     if (Context.Verbose != nullptr) {
         Context.Verbose->Add(VerboseLine(*Settled));
@@ -203,7 +209,7 @@ std::string JobActivity::PartingSentence() {
            Quoted(DirectoryForCopyOf(source, Plan).native());
 }
 
-RunOutcome JobActivity::Finish(const UnreadDirectories& Unread) {
+RunOutcome JobActivity::Finish() {
     Say(Tally.Finish(CountersOf(Session.Job())));
     const EndedJob ended{.Job = Session.Job(),
                          .Plan = Plan,
@@ -226,11 +232,11 @@ RunOutcome JobActivity::Finish(const UnreadDirectories& Unread) {
 } // namespace
 
 RunOutcome RunJobPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
-                       const UnreadDirectories& Unread, const PromptContext& Context) {
-    JobActivity job(Request, std::move(Plan), Context);
+                       UnreadDirectories Unread, const PromptContext& Context) {
+    JobActivity job(Request, std::move(Plan), std::move(Unread), Context);
     Context.Shown.SetPartingSentence([&job] { return job.PartingSentence(); });
     Context.Loop.Run(job);
     Context.Shown.Clear();
     Context.Shown.SetPartingSentence(nullptr);
-    return job.Finish(Unread);
+    return job.Finish();
 }

@@ -10,4 +10,4 @@
 
 // Runs the plan to its end. Unread are the directories that the look before it could not read.
 RunOutcome RunJobPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
-                       const UnreadDirectories& Unread, const PromptContext& Context);
+                       UnreadDirectories Unread, const PromptContext& Context);

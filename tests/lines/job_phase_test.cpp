@@ -135,6 +135,17 @@ TEST_F(JobPhase, FailsWithTheJobsSentence) {
                   PathOf("from/missing") + ": Source does not exist.");
 }
 
+TEST_F(JobPhase, DoesNotMissWhatLiesInASkippedDirectory) {
+    WriteFile(Root / "from/dir/secret/file", "data");
+    WriteFile(Root / "from/a", "data");
+    std::filesystem::create_directory(Root / "to/dir");
+    Request.OnConflict = FileConflictChoice::Overwrite;
+    Request.OnDirectoryConflict = DirectoryConflictChoice::Skip;
+    Unread = {{Root / "from/dir/secret"}, 1};
+    ExpectOutcome(Run(CopyOf({"dir", "a"})), RunResult::Succeeded,
+                  "Copied 1 entry, 4 B; 3 skipped.");
+}
+
 TEST_F(HeldJob, IsReportedTenTimesASecond) {
     const Terminal::TimePoint start = Screen.Now();
     Screen.Script({Reports("job", 6), {}, Release()});

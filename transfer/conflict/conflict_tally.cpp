@@ -22,6 +22,10 @@ ConflictOutcome OutcomeOf(const AnsweredConflict& Answered, const ItemCounters& 
                : ConflictOutcome::Replaced;
 }
 
+bool IsSizedFile(const TarvaneTransferConflict& Conflict) {
+    return Conflict.Kind == Kind::File && Conflict.bSourceHasSize;
+}
+
 } // namespace
 
 std::optional<SettledConflict> ConflictTally::Add(const AnsweredConflict& Answered) {
@@ -39,15 +43,10 @@ std::optional<SettledConflict> ConflictTally::Settle(const ItemCounters& Now) {
         return std::nullopt;
     }
     const ConflictOutcome outcome = OutcomeOf(*Last, Now);
-    const TarvaneTransferConflict& conflict = Last->Conflict;
     ReplacedNames += outcome == ConflictOutcome::Replaced ? 1 : 0;
     RenamedNames += outcome == ConflictOutcome::Renamed ? 1 : 0;
     MergedNames += outcome == ConflictOutcome::Merged ? 1 : 0;
-    if (outcome == ConflictOutcome::Skipped) {
-        if (conflict.Kind == Kind::Directory) {
-            SkippedTrees.push_back(conflict.SourcePath);
-        }
-        SkippedSizedNames += conflict.bSourceHasSize ? 1 : 0;
-    }
+    const bool bSkipped = outcome == ConflictOutcome::Skipped;
+    bSkippedOthers = bSkippedOthers || (bSkipped && !IsSizedFile(Last->Conflict));
     return SettledConflict{*std::exchange(Last, std::nullopt), outcome};
 }

@@ -4,8 +4,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "conflict_desk.h"
 
@@ -38,11 +36,9 @@ public:
     std::uint64_t Replaced() const { return ReplacedNames; }
     std::uint64_t Renamed() const { return RenamedNames; }
     std::uint64_t Merged() const { return MergedNames; }
-    // The sources of the names that were skipped with all below them.
-    const std::vector<std::string>& SkippedDirectories() const { return SkippedTrees; }
-    // The names of files with a size that were skipped. The engine counts of them, and of nothing
-    // else that is skipped, the bytes that it has counted before.
-    std::uint64_t SkippedFiles() const { return SkippedSizedNames; }
+    // Whether anything but files with a size was skipped. The engine may count fewer bytes of that
+    // than it has counted before.
+    bool SkippedOtherThanFiles() const { return bSkippedOthers; }
 
 private:
     std::optional<SettledConflict> Settle(const ItemCounters& Now);
@@ -51,6 +47,5 @@ private:
     std::uint64_t ReplacedNames = 0;
     std::uint64_t RenamedNames = 0;
     std::uint64_t MergedNames = 0;
-    std::uint64_t SkippedSizedNames = 0;
-    std::vector<std::string> SkippedTrees;
+    bool bSkippedOthers = false;
 };

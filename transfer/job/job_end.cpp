@@ -37,18 +37,6 @@ TransferCounts CountsOf(const EndedJob& Ended, const TarvaneTransferUiSnapshot& 
             .Renamed = Ended.Names.Renamed()};
 }
 
-// What was skipped is not missing.
-UnreadDirectories NotSkipped(const EndedJob& Ended) {
-    UnreadDirectories unread = Ended.Unread;
-    const auto isSkipped = [&](const std::filesystem::path& Directory) {
-        return std::ranges::any_of(Ended.Names.SkippedDirectories(), [&](const std::string& Tree) {
-            return IsWithin(Directory, Tree);
-        });
-    };
-    unread.Count -= std::erase_if(unread.First, isSkipped);
-    return unread;
-}
-
 std::string UnreadText(const UnreadDirectories& Unread) {
     if (Unread.Count == 0) {
         return {};
@@ -70,8 +58,7 @@ std::string VanishedText(const EndedJob& Ended, const TarvaneTransferUiSnapshot&
         return EntriesText(entries) + " vanished before the turn came to " +
                (entries == 1 ? "it" : "them");
     }
-    const bool bSameBytesAsCounted = Ended.Names.SkippedFiles() == Ended.Job.GetSkippedItems();
-    if (Last.DoneBytes < Last.TotalBytes && bSameBytesAsCounted) {
+    if (Last.DoneBytes < Last.TotalBytes && !Ended.Names.SkippedOtherThanFiles()) {
         return "files have become shorter since they were counted, by " +
                SizeText(Last.TotalBytes - Last.DoneBytes);
     }
@@ -81,12 +68,18 @@ std::string VanishedText(const EndedJob& Ended, const TarvaneTransferUiSnapshot&
 // What was asked for and is not there although the engine has succeeded, as one sentence without a
 // capital, a period or a line end; empty when all is there.
 std::string MissingText(const EndedJob& Ended, const TarvaneTransferUiSnapshot& Last) {
-    const std::string unread = UnreadText(NotSkipped(Ended));
+    const std::string unread = UnreadText(Ended.Unread);
     const std::string vanished = VanishedText(Ended, Last);
     return unread.empty() || vanished.empty() ? unread + vanished : unread + "; " + vanished;
 }
 
 } // namespace
+
+void UnreadDirectories::LeaveOut(const std::filesystem::path& Tree) {
+    Count -= std::erase_if(First, [&Tree](const std::filesystem::path& Directory) {
+        return IsWithin(Directory, Tree);
+    });
+}
 
 bool IsLessThanCounted(const EndedJob& Ended) {
     const TarvaneTransferUiSnapshot last = Ended.Job.MakeUiSnapshot();

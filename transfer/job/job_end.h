@@ -16,6 +16,9 @@ struct UnreadDirectories {
     // The first ones, and the number of all.
     std::vector<std::filesystem::path> First = {};
     std::uint64_t Count = 0;
+
+    // Forgets those in a tree that was skipped: they are not missing.
+    void LeaveOut(const std::filesystem::path& Tree);
 };
 
 // A job that is over, and what is known about it beside its own texts and counters.

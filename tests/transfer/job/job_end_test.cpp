@@ -45,6 +45,7 @@ protected:
         Job.MarkItemsDone(Entries);
         Job.MarkSkipped(Entries, 0);
         Names.Finish(CountersOf(Job));
+        Unread.LeaveOut(Path);
     }
 
     RunOutcome End() const { return OutcomeOf(Ended()); }
