@@ -1,5 +1,6 @@
 #include "job_phase.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <optional>
@@ -13,6 +14,7 @@
 #include "full_path.h"
 #include "key_guard.h"
 #include "line_queue.h"
+#include "plan_sources.h"
 #include "progress_texts.h"
 #include "progress_watch.h"
 #include "prompt.h"
@@ -35,12 +37,22 @@ std::filesystem::path DirectoryForCopyOf(const std::filesystem::path& Source,
     return {};
 }
 
+// None where each name is told. Nor where a track may be skipped: it counts no bytes then, which
+// nobody would know at the end.
+EngineAnswers AnswersLeftToEngine(const TarvaneTransferPlan& Plan, const PromptContext& Context) {
+    const bool bTellsEach = Context.Verbose != nullptr || Context.Report.ReportsEachConflict();
+    const bool bTracks =
+        std::ranges::any_of(Plan.Items, [](const auto& Item) { return IsCdPath(Item.SourcePath); });
+    return bTellsEach || bTracks ? EngineAnswers::None : EngineAnswers::SkipFiles;
+}
+
 class JobActivity : public Activity {
 public:
     JobActivity(const TransferRequest& Request, TarvaneTransferPlan PlanToRun,
                 UnreadDirectories UnreadInPlan, const PromptContext& ContextToUse)
         : Context(ContextToUse), Plan(std::move(PlanToRun)), Unread(std::move(UnreadInPlan)),
-          Session(Plan), Desk(Session.Job(), ConflictPolicy(RulesOf(Request))) {}
+          Session(Plan), Desk(Session.Job(), ConflictPolicy(RulesOf(Request)),
+                              AnswersLeftToEngine(Plan, Context)) {}
 
     void TakeKey(const KeyPress& Key) override;
     bool IsOver() override;
@@ -157,10 +169,8 @@ void JobActivity::Say(const std::optional<SettledConflict>& Settled) {
     if (!Settled) {
         return;
     }
-    const TarvaneTransferConflict& conflict = Settled->Answered.Conflict;
-    if (Settled->Outcome == ConflictOutcome::Skipped &&
-        conflict.Kind == TarvaneTransferConflictKind::Directory) {
-        Unread.LeaveOut(conflict.SourcePath);
+    if (Settled->Outcome == ConflictOutcome::Skipped) {
+        Unread.LeaveOut(Settled->Answered.Conflict.SourcePath);
     }
     Context.Report.ConflictIsSettled(*Settled);
     if (Context.Verbose != nullptr) {

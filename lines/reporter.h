@@ -37,6 +37,8 @@ public:
     virtual void ConflictIsSettled(const SettledConflict& /*Settled*/) {}
     virtual void RunIsOver(const RunOutcome& /*Outcome*/, int /*ExitStatus*/) {}
 
+    // Whether each conflict has to be reported, so that the engine must not answer any by itself.
+    virtual bool ReportsEachConflict() const { return false; }
     // Whether the reader of the output has gone away.
     virtual bool IsBroken() const { return false; }
     // Waits until everything is out. Returns the errno of the failure to write it, or 0.

@@ -144,6 +144,8 @@ public:
         Records.Add(ConflictRecord(Settled));
     }
 
+    bool ReportsEachConflict() const override { return true; }
+
     void RunIsOver(const RunOutcome& Outcome, int ExitStatus) override {
         Records.Add(DoneRecord(Outcome, ExitStatus));
     }

@@ -52,6 +52,7 @@ public:
         Answers.push_back(Settled.Answered);
         Outcomes.push_back(Settled.Outcome);
     }
+    bool ReportsEachConflict() const override { return bReportsEachConflict; }
     bool IsBroken() const override { return bBroken; }
 
     int Count(const std::string& Entry) const {
@@ -62,6 +63,7 @@ public:
     std::vector<AnsweredConflict> Answers;
     std::vector<ConflictOutcome> Outcomes;
     int LongestStall = 0;
+    bool bReportsEachConflict = true;
     bool bBroken = false;
 };
 

@@ -364,6 +364,37 @@ TEST_F(NameInTheWay, IsNotCountedWhenItIsSkipped) {
     EXPECT_EQ(outcome.Counts->Bytes, 5U);
 }
 
+// The engine skips by itself then; the first name and the directory are answered.
+TEST_F(NameInTheWay, IsCountedAlsoWhenNobodyHearsOfIt) {
+    for (const char* name : {"dir/b", "dir/c", "e"}) {
+        Take(name);
+    }
+    WriteFile(Root / "from/dir/new", "new");
+    Request.OnConflict = FileConflictChoice::Skip;
+    Report.bReportsEachConflict = false;
+    const RunOutcome outcome = Run(CopyOf({"a", "dir", "e"}));
+    ExpectOutcome(outcome, RunResult::Succeeded, "Copied 1 entry, 3 B; 4 skipped.");
+    EXPECT_EQ(Report.Outcomes,
+              (std::vector<ConflictOutcome>{ConflictOutcome::Skipped, ConflictOutcome::Merged}));
+}
+
+TEST_F(NameInTheWay, IsToldWhereTheReporterWantsEach) {
+    Take("b");
+    Request.OnConflict = FileConflictChoice::Skip;
+    Run(CopyOf({"a", "b"}));
+    EXPECT_EQ(Report.Outcomes,
+              (std::vector<ConflictOutcome>{ConflictOutcome::Skipped, ConflictOutcome::Skipped}));
+}
+
+// Its bytes were counted before, and do not count as skipped.
+TEST_F(NameInTheWay, IsNoShorterFileWhenItIsATrackThatIsSkipped) {
+    const HeldDrive drive("nothing");
+    WriteFile(Root / "to/track", "old");
+    Request.OnConflict = FileConflictChoice::Skip;
+    Report.bReportsEachConflict = false;
+    ExpectOutcome(Run(CopyOf({"a", kTrack})), RunResult::Succeeded, "Nothing copied; 2 skipped.");
+}
+
 TEST_F(NameInTheWay, TellsTheReporterWhatBecameOfEachName) {
     Take("b");
     WriteFile(Root / "from/same", "equal");

@@ -237,6 +237,13 @@ TEST_F(ChoicesThroughPipes, JsonReportsEveryNameThatKeepsTheRunFromBeginning) {
               "nothing was touched: 5 names are in the way");
 }
 
+TEST_F(ChoicesThroughPipes, JsonTellsEveryNameThatIsSkipped) {
+    const ProgramResult result = CopyAll({"--progress=json", "-n"});
+    const std::vector<Json> records = Records(result.Output);
+    const auto tellsOne = [](const Json& Record) { return Record.at("event") == "conflict"; };
+    EXPECT_EQ(std::ranges::count_if(records, tellsOne), 5);
+}
+
 TEST_F(ChoicesThroughPipes, JsonEndsWithTheCountsOfTheWholeJob) {
     const ProgramResult result = CopyAll({"--progress=json", "-n"});
     Json lastProgress;

@@ -105,7 +105,16 @@ const AnsweredConflict* ConflictDesk::CarryOut(const ConflictDecision& Decision,
         return GiveUp(std::move(sentence), std::move(Answer));
     }
     Answer.Action = Decision.Action;
+    Answer.Action = ForEngine(Answer);
     return Resolve(std::move(Answer));
+}
+
+// The engine's own answer for all files where that comes to the same as one for each.
+Action ConflictDesk::ForEngine(const AnsweredConflict& Answer) const {
+    const bool bFile = Answer.Conflict.Kind == TarvaneTransferConflictKind::File;
+    const bool bSkipsAll = Answer.Action == Action::Skip && Policy.SkipsAllFiles();
+    return bFile && bSkipsAll && Allowed == EngineAnswers::SkipFiles ? Action::SkipAll
+                                                                     : Answer.Action;
 }
 
 const AnsweredConflict* ConflictDesk::GiveUp(std::string Sentence, AnsweredConflict Answer) {

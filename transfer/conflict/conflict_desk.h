@@ -13,6 +13,13 @@
 #include "conflict_policy.h"
 #include "tarvanetransfer.h"
 
+// Whether the engine may answer for later names by itself, as the desk would. Nobody hears of those
+// names, but each costs much less than a look by the desk.
+enum class EngineAnswers {
+    None,
+    SkipFiles,
+};
+
 // What somebody answers. Action is never one of the engine's own "all" answers: those would remove
 // whole directories later without a question.
 struct ConflictAnswer {
@@ -62,8 +69,9 @@ public:
     static constexpr std::size_t kKeptAnswers = 1000;
 
     // The job must outlive the desk.
-    ConflictDesk(TarvaneTransferJob& JobToServe, ConflictPolicy ChosenPolicy)
-        : Job(JobToServe), Policy(std::move(ChosenPolicy)) {}
+    ConflictDesk(TarvaneTransferJob& JobToServe, ConflictPolicy ChosenPolicy,
+                 EngineAnswers AllowedAnswers = EngineAnswers::None)
+        : Job(JobToServe), Policy(std::move(ChosenPolicy)), Allowed(AllowedAnswers) {}
 
     // Looks at the job: decides a conflict, opens its question, or closes that of a conflict that
     // is gone because the job was canceled. Returns the conflict if one was resolved; the pointer
@@ -95,11 +103,13 @@ public:
 private:
     const AnsweredConflict* Decide(const TarvaneTransferConflict& Conflict);
     const AnsweredConflict* CarryOut(const ConflictDecision& Decision, AnsweredConflict Answer);
+    TarvaneTransferConflictAction ForEngine(const AnsweredConflict& Answer) const;
     const AnsweredConflict* GiveUp(std::string Sentence, AnsweredConflict Answer);
     const AnsweredConflict* Resolve(AnsweredConflict Answer);
 
     TarvaneTransferJob& Job;
     ConflictPolicy Policy;
+    const EngineAnswers Allowed;
     std::optional<Question> Open;
     std::uint64_t LastId = 0;
     std::chrono::microseconds CurrentPause = kShortestPause;

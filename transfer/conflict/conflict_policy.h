@@ -50,8 +50,8 @@ struct ConflictDecision {
 // date that is not known never overwrites.
 //
 // The engine's own "all" answers remember no such caution: OverwriteAll and OverwriteAllOlder
-// remove whole directories later, MergeAll removes files. So every name is answered by itself, and
-// RememberForAll keeps what is for all.
+// remove whole directories later, MergeAll removes files. So names are answered one by one, and
+// RememberForAll keeps what is for all. Only SkipAll for files comes to the same.
 class ConflictPolicy {
 public:
     explicit ConflictPolicy(ConflictRules ChosenRules);
@@ -63,6 +63,7 @@ public:
     static ConflictDecision CarryOut(const TakenName& Name, TarvaneTransferConflictAction Answer);
 
     bool FollowsLinks() const { return Rules.bFollowLinks; }
+    bool SkipsAllFiles() const { return Rules.ForFiles == FileConflictChoice::Skip; }
 
     // From now on decides files, or directories, by Choice, which the user gave as an answer. Where
     // a file would take a directory's place, or a directory a file's, the user is asked again

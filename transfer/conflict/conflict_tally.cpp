@@ -8,18 +8,18 @@ using Kind = TarvaneTransferConflictKind;
 namespace {
 
 ConflictOutcome OutcomeOf(const AnsweredConflict& Answered, const ItemCounters& After) {
-    if (After.Skipped > Answered.Before.Skipped) {
-        return ConflictOutcome::Skipped;
-    }
     if (After.Done == Answered.Before.Done) {
         return ConflictOutcome::Unfinished;
     }
-    if (Answered.Action == Action::Rename) {
-        return ConflictOutcome::Renamed;
+    // The engine may have skipped names in the directory by itself.
+    if (Answered.Action == Action::Merge) {
+        return Answered.Conflict.bDestinationDirectory ? ConflictOutcome::Merged
+                                                       : ConflictOutcome::Replaced;
     }
-    return Answered.Action == Action::Merge && Answered.Conflict.bDestinationDirectory
-               ? ConflictOutcome::Merged
-               : ConflictOutcome::Replaced;
+    if (After.Skipped > Answered.Before.Skipped) {
+        return ConflictOutcome::Skipped;
+    }
+    return Answered.Action == Action::Rename ? ConflictOutcome::Renamed : ConflictOutcome::Replaced;
 }
 
 bool IsSizedFile(const TarvaneTransferConflict& Conflict) {

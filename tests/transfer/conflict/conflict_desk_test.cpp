@@ -54,6 +54,13 @@ protected:
         return {Job, ConflictPolicy({.ForFiles = ForFiles, .ForDirectories = ForDirectories})};
     }
 
+    ConflictDesk DeskThatLeavesSkippingToTheEngine(FileConflictChoice ForFiles) {
+        return {
+            Job,
+            ConflictPolicy({.ForFiles = ForFiles, .ForDirectories = DirectoryConflictChoice::Skip}),
+            EngineAnswers::SkipFiles};
+    }
+
     // Asks about these names on a thread of its own.
     void WorkOn(std::vector<TarvaneTransferConflict> Conflicts) {
         Worker = std::thread([this, conflicts = std::move(Conflicts)] {
@@ -158,6 +165,42 @@ TEST_F(ConflictDeskTest, RemembersAnswersForAllFilesAndForAllDirectories) {
     EXPECT_TRUE(desk.Answered()[1].bByUser);
     EXPECT_FALSE(desk.Answered()[2].bByUser);
     EXPECT_FALSE(desk.Answered()[3].bByUser);
+}
+
+TEST_F(ConflictDeskTest, LeavesTheFilesToTheEngineWhereAllAreSkipped) {
+    ConflictDesk desk = DeskThatLeavesSkippingToTheEngine(FileConflictChoice::Skip);
+    WorkOn({ConflictAbout("a"), ConflictAbout("b"), ConflictAbout("d", Kind::Directory)});
+    EXPECT_TRUE(BecomesTrue("a file and the directory are answered", [&desk] {
+        desk.Attend();
+        return desk.AnsweredCount() == 2;
+    }));
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{{true, Action::SkipAll, ""},
+                                             {true, Action::Skip, ""},
+                                             {true, Action::Skip, ""}}));
+    EXPECT_EQ(desk.Answered().back().Conflict.DestinationPath, "/to/d");
+}
+
+TEST_F(ConflictDeskTest, LeavesTheFilesToTheEngineAfterAPersonsSkipAll) {
+    ConflictDesk desk = DeskThatLeavesSkippingToTheEngine(FileConflictChoice::Ask);
+    WorkOn({ConflictAbout("a"), ConflictAbout("b"), ConflictAbout("c")});
+    OpenOne(desk);
+    desk.Answer(desk.OpenQuestion()->Id, {.Action = Action::Skip});
+    OpenOne(desk);
+    desk.Answer(desk.OpenQuestion()->Id,
+                {.Action = Action::Skip, .ForAllFiles = FileConflictChoice::Skip});
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{{true, Action::Skip, ""},
+                                             {true, Action::SkipAll, ""},
+                                             {true, Action::Skip, ""}}));
+}
+
+TEST_F(ConflictDeskTest, LeavesNothingElseThanSkippingToTheEngine) {
+    ConflictDesk desk = DeskThatLeavesSkippingToTheEngine(FileConflictChoice::Older);
+    WorkOn({ConflictAbout("a"), ConflictAbout("d", Kind::Directory)});
+    EXPECT_TRUE(BecomesTrue("both are answered", [&desk] {
+        desk.Attend();
+        return desk.AnsweredCount() == 2;
+    }));
+    EXPECT_EQ(AllHeard(), (std::vector<Told>{{true, Action::Skip, ""}, {true, Action::Skip, ""}}));
 }
 
 TEST_F(ConflictDeskTest, FindsAFreeNameToKeepBoth) {

@@ -57,6 +57,11 @@ TEST(ConflictTally, CallsAFileThatMadeRoomForADirectoryReplaced) {
     EXPECT_EQ(OutcomeOf(merged, kOneMore), ConflictOutcome::Replaced);
 }
 
+TEST(ConflictTally, CallsADirectoryMergedThoughNamesInItWereSkippedUnheard) {
+    EXPECT_EQ(OutcomeOf(DirectoryAnsweredWith(Action::Merge), {.Done = 3, .Skipped = 2}),
+              ConflictOutcome::Merged);
+}
+
 TEST(ConflictTally, ClaimsNothingAboutANameThatTheJobEndedAt) {
     EXPECT_EQ(OutcomeOf(AnsweredWith(Action::Overwrite, {5, 2}), {5, 2}),
               ConflictOutcome::Unfinished);
