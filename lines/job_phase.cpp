@@ -39,20 +39,24 @@ std::filesystem::path DirectoryForCopyOf(const std::filesystem::path& Source,
 
 // None where each name is told. Nor where a track may be skipped: it counts no bytes then, which
 // nobody would know at the end.
-EngineAnswers AnswersLeftToEngine(const TarvaneTransferPlan& Plan, const PromptContext& Context) {
+EngineAnswers AnswersLeftToEngine(const TarvaneTransferPlan& Plan, const FoundBeforehand& Found,
+                                  const PromptContext& Context) {
     const bool bTellsEach = Context.Verbose != nullptr || Context.Report.ReportsEachConflict();
     const bool bTracks =
         std::ranges::any_of(Plan.Items, [](const auto& Item) { return IsCdPath(Item.SourcePath); });
-    return bTellsEach || bTracks ? EngineAnswers::None : EngineAnswers::SkipFiles;
+    if (bTellsEach || bTracks) {
+        return EngineAnswers::None;
+    }
+    return Found.TakenFiles ? EngineAnswers::SkipOrReplaceFiles : EngineAnswers::SkipFiles;
 }
 
 class JobActivity : public Activity {
 public:
     JobActivity(const TransferRequest& Request, TarvaneTransferPlan PlanToRun,
-                UnreadDirectories UnreadInPlan, const PromptContext& ContextToUse)
-        : Context(ContextToUse), Plan(std::move(PlanToRun)), Unread(std::move(UnreadInPlan)),
+                FoundBeforehand FoundInPlan, const PromptContext& ContextToUse)
+        : Context(ContextToUse), Plan(std::move(PlanToRun)), Found(std::move(FoundInPlan)),
           Session(Plan), Desk(Session.Job(), ConflictPolicy(RulesOf(Request)),
-                              AnswersLeftToEngine(Plan, Context)) {}
+                              AnswersLeftToEngine(Plan, Found, Context)) {}
 
     void TakeKey(const KeyPress& Key) override;
     bool IsOver() override;
@@ -79,7 +83,7 @@ private:
 
     const PromptContext& Context;
     const TarvaneTransferPlan Plan;
-    UnreadDirectories Unread;
+    FoundBeforehand Found;
     TransferSession Session;
     ConflictDesk Desk;
     ConflictTally Tally;
@@ -170,7 +174,7 @@ void JobActivity::Say(const std::optional<SettledConflict>& Settled) {
         return;
     }
     if (Settled->Outcome == ConflictOutcome::Skipped) {
-        Unread.LeaveOut(Settled->Answered.Conflict.SourcePath);
+        Found.Unread.LeaveOut(Settled->Answered.Conflict.SourcePath);
     }
     Context.Report.ConflictIsSettled(*Settled);
     if (Context.Verbose != nullptr) {
@@ -221,12 +225,15 @@ std::string JobActivity::PartingSentence() {
 
 RunOutcome JobActivity::Finish() {
     Say(Tally.Finish(CountersOf(Session.Job())));
-    const EndedJob ended{.Job = Session.Job(),
-                         .Plan = Plan,
-                         .Names = Tally,
-                         .LastAnswer = Desk.Answered().empty() ? nullptr : &Desk.Answered().back(),
-                         .Unread = Unread,
-                         .FailSentence = Desk.FailSentence()};
+    EndedJob ended{.Job = Session.Job(),
+                   .Plan = Plan,
+                   .Names = Tally,
+                   .LastAnswer = Desk.Answered().empty() ? nullptr : &Desk.Answered().back(),
+                   .Unread = Found.Unread,
+                   .FailSentence = Desk.FailSentence()};
+    if (Desk.LeavesReplacingToEngine()) {
+        ended.FilesLeftToEngine = Found.TakenFiles;
+    }
     ProgressView view = View();
     view.Claims.bLessThanCounted = view.Claims.bLessThanCounted || IsLessThanCounted(ended);
     Context.Report.JobIsOver(view);
@@ -242,8 +249,8 @@ RunOutcome JobActivity::Finish() {
 } // namespace
 
 RunOutcome RunJobPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
-                       UnreadDirectories Unread, const PromptContext& Context) {
-    JobActivity job(Request, std::move(Plan), std::move(Unread), Context);
+                       FoundBeforehand Found, const PromptContext& Context) {
+    JobActivity job(Request, std::move(Plan), std::move(Found), Context);
     Context.Shown.SetPartingSentence([&job] { return job.PartingSentence(); });
     Context.Loop.Run(job);
     Context.Shown.Clear();

@@ -8,6 +8,6 @@
 #include "tarvanetransfer.h"
 #include "transfer_request.h"
 
-// Runs the plan to its end. Unread are the directories that the look before it could not read.
+// Runs the plan to its end. Found is from the look before it.
 RunOutcome RunJobPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
-                       UnreadDirectories Unread, const PromptContext& Context);
+                       FoundBeforehand Found, const PromptContext& Context);

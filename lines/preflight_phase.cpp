@@ -165,7 +165,7 @@ void PrintFindings(const TransferRequest& Request, const PreflightFindings& Find
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
                                             const PromptContext& Context, const KnownDiscs& Discs,
-                                            UnreadDirectories& OutUnread) {
+                                            FoundBeforehand& OutFound) {
     const PreflightScope scope = Request.bPreflight || Request.bDryRun ? PreflightScope::Everything
                                                                        : PreflightScope::GuardsOnly;
     PreflightRun preflight({Plan, RulesOf(Request), scope, Discs});
@@ -183,6 +183,9 @@ std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
     const PreflightVerdict verdict = JudgePreflight(Request, result, Context.Screen.CanAsk());
     PrintFindings(Request, result.Findings, verdict.Decision, Context);
     Context.Report.PreflightIsOver(result);
-    OutUnread = UnreadIn(result.Findings);
+    OutFound.Unread = UnreadIn(result.Findings);
+    if (result.bTakesOnlyFiles) {
+        OutFound.TakenFiles = result.Taken.Replaced + result.Taken.Skipped;
+    }
     return FollowVerdict(verdict, Context);
 }

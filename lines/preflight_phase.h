@@ -15,9 +15,9 @@
 // A request that leaves the look out gets the guards all the same. Whether the run goes on is the
 // preflight verdict's; this asks where that says so.
 //
-// Returns how the run has ended, or nothing when it goes on, with OutUnread. A dry run always ends
+// Returns how the run has ended, or nothing when it goes on, with OutFound. A dry run always ends
 // here.
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
                                             const PromptContext& Context, const KnownDiscs& Discs,
-                                            UnreadDirectories& OutUnread);
+                                            FoundBeforehand& OutFound);

@@ -112,15 +112,15 @@ RunOutcome PromptFrontEnd::Refuse(const PlanRefusal& Refusal) {
 
 RunOutcome PromptFrontEnd::Carry(const TarvaneTransferPlan& Plan) {
     const PromptContext context = Context();
-    UnreadDirectories unread;
-    if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, context, Discs, unread)) {
+    FoundBeforehand found;
+    if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, context, Discs, found)) {
         return *end;
     }
     SayWhatGoesWhere(Plan);
     SayThatTracksStay(Plan);
     // Opened before the job, or failures to write would be reported to others.
     Flusher flush(DirectoriesToFlush(Plan, Transfer.Flush));
-    RunOutcome outcome = RunJobPhase(Transfer, Plan, unread, context);
+    RunOutcome outcome = RunJobPhase(Transfer, Plan, found, context);
     // What a job has done before it failed or was canceled is in memory like the rest, and a move
     // has removed the sources.
     const bool bDidSomething = outcome.Counts && outcome.Counts->Entries > 0;

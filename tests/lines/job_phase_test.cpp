@@ -44,7 +44,7 @@ protected:
     JobPhase() { std::filesystem::create_directory(Root / "to"); }
 
     RunOutcome Run(const TarvaneTransferPlan& Plan) {
-        return RunJobPhase(Request, Plan, Unread, Context());
+        return RunJobPhase(Request, Plan, Found, Context());
     }
 
     void ExpectOutcome(const RunOutcome& Outcome, RunResult Result, const std::string& Text,
@@ -78,7 +78,7 @@ protected:
     Tree Destination() const { return TreeOf(Root / "to"); }
 
     TransferRequest Request;
-    UnreadDirectories Unread;
+    FoundBeforehand Found;
 };
 
 // A copy whose first read is held.
@@ -141,7 +141,7 @@ TEST_F(JobPhase, DoesNotMissWhatLiesInASkippedDirectory) {
     std::filesystem::create_directory(Root / "to/dir");
     Request.OnConflict = FileConflictChoice::Overwrite;
     Request.OnDirectoryConflict = DirectoryConflictChoice::Skip;
-    Unread = {{Root / "from/dir/secret"}, 1};
+    Found.Unread = {{Root / "from/dir/secret"}, 1};
     ExpectOutcome(Run(CopyOf({"dir", "a"})), RunResult::Succeeded,
                   "Copied 1 entry, 4 B; 3 skipped.");
 }
@@ -376,6 +376,18 @@ TEST_F(NameInTheWay, IsCountedAlsoWhenNobodyHearsOfIt) {
     ExpectOutcome(outcome, RunResult::Succeeded, "Copied 1 entry, 3 B; 4 skipped.");
     EXPECT_EQ(Report.Outcomes,
               (std::vector<ConflictOutcome>{ConflictOutcome::Skipped, ConflictOutcome::Merged}));
+}
+
+TEST_F(NameInTheWay, IsReplacedByTheEngineWhereNothingElseIsInTheWay) {
+    Take("b");
+    Take("c");
+    Request.OnConflict = FileConflictChoice::Overwrite;
+    Report.bReportsEachConflict = false;
+    Found.TakenFiles = 3;
+    ExpectOutcome(Run(CopyOf({"a", "b", "c"})), RunResult::Succeeded,
+                  "Copied 3 entries, 15 B; 3 replaced.");
+    EXPECT_EQ(Report.Outcomes.size(), 1U);
+    EXPECT_EQ(Destination(), (Tree{{"a", "file new a"}, {"b", "file new b"}, {"c", "file new c"}}));
 }
 
 TEST_F(NameInTheWay, IsToldWhereTheReporterWantsEach) {

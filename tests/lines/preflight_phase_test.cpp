@@ -11,6 +11,8 @@
 
 #include "at_prompt.h"
 #include "captured_descriptor.h"
+#include "mounts.h"
+#include "needs.h"
 #include "no_processes_left.h"
 
 namespace {
@@ -19,7 +21,7 @@ using std::chrono::milliseconds;
 
 class PreflightPhase : public PhaseAtPrompt {
 protected:
-    UnreadDirectories Unread;
+    FoundBeforehand Found;
 
     PreflightPhase() {
         WriteFile(Root / "from/file", "data");
@@ -27,7 +29,7 @@ protected:
     }
 
     std::optional<RunOutcome> Run(const TarvaneTransferPlan& Plan) {
-        return RunPreflightPhase(Request, Plan, Context(), KnownDiscs(), Unread);
+        return RunPreflightPhase(Request, Plan, Context(), KnownDiscs(), Found);
     }
 
     void ExpectCanceledBy(std::optional<int> Signal, const std::optional<RunOutcome>& Outcome) {
@@ -59,6 +61,20 @@ protected:
 };
 
 } // namespace
+
+TEST_F(PreflightPhase, HandsOnHowManyFilesAreTakenWhereNothingElseIs) {
+    NeedRoot();
+    EnterPrivateMountNamespace();
+    const ScopedMount disk = MountTmpfs(Root / "to", "size=1m");
+    WriteFile(Root / "to/file", "old");
+    Request.OnConflict = FileConflictChoice::Overwrite;
+    EXPECT_FALSE(Run(CopyOf({"file"})));
+    EXPECT_EQ(Found.TakenFiles, std::optional<std::uint64_t>(1));
+    std::filesystem::create_hard_link(Root / "to/file", Root / "to/other");
+    Found = {};
+    EXPECT_FALSE(Run(CopyOf({"file"})));
+    EXPECT_EQ(Found.TakenFiles, std::nullopt);
+}
 
 TEST_F(PreflightPhase, GoesOnWithoutAWordWhenNothingWasFound) {
     EXPECT_FALSE(Run(CopyOf({"file"})));
@@ -135,7 +151,7 @@ TEST_F(PreflightPhase, IsCanceledByASignal) {
         Screen.RaiseWhen(Reports("look 2"), signal);
         ExpectCanceledBy(signal,
                          RunPreflightPhase(Request, CopyOf({"file", kTrack}),
-                                           {Screen, Shown, loop, Report}, KnownDiscs(), Unread));
+                                           {Screen, Shown, loop, Report}, KnownDiscs(), Found));
     }
 }
 

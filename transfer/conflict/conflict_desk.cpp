@@ -105,16 +105,31 @@ const AnsweredConflict* ConflictDesk::CarryOut(const ConflictDecision& Decision,
         return GiveUp(std::move(sentence), std::move(Answer));
     }
     Answer.Action = Decision.Action;
-    Answer.Action = ForEngine(Answer);
+    if (!Decision.bReplacesLink) {
+        Answer.Action = ForEngine(Answer);
+    }
+    bLeavesReplacing = bLeavesReplacing || Answer.Action == Action::OverwriteAll ||
+                       Answer.Action == Action::OverwriteAllOlder;
     return Resolve(std::move(Answer));
 }
 
 // The engine's own answer for all files where that comes to the same as one for each.
 Action ConflictDesk::ForEngine(const AnsweredConflict& Answer) const {
     const bool bFile = Answer.Conflict.Kind == TarvaneTransferConflictKind::File;
-    const bool bSkipsAll = Answer.Action == Action::Skip && Policy.SkipsAllFiles();
-    return bFile && bSkipsAll && Allowed == EngineAnswers::SkipFiles ? Action::SkipAll
-                                                                     : Answer.Action;
+    const FileConflictChoice choice = Policy.ForFiles();
+    if (!bFile || Allowed == EngineAnswers::None) {
+        return Answer.Action;
+    }
+    if (choice == FileConflictChoice::Skip && Answer.Action == Action::Skip) {
+        return Action::SkipAll;
+    }
+    if (Allowed != EngineAnswers::SkipOrReplaceFiles || Answer.bByUser) {
+        return Answer.Action;
+    }
+    if (choice == FileConflictChoice::Older) {
+        return Action::OverwriteAllOlder;
+    }
+    return choice == FileConflictChoice::Overwrite ? Action::OverwriteAll : Answer.Action;
 }
 
 const AnsweredConflict* ConflictDesk::GiveUp(std::string Sentence, AnsweredConflict Answer) {

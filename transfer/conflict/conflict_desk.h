@@ -18,6 +18,8 @@
 enum class EngineAnswers {
     None,
     SkipFiles,
+    // Requires: only files stand in the way of files.
+    SkipOrReplaceFiles,
 };
 
 // What somebody answers. Action is never one of the engine's own "all" answers: those would remove
@@ -96,6 +98,9 @@ public:
     const std::deque<AnsweredConflict>& Answered() const { return LatestAnswers; }
     std::uint64_t AnsweredCount() const { return AllAnswers; }
 
+    // Whether nobody has counted the files that were replaced.
+    bool LeavesReplacingToEngine() const { return bLeavesReplacing; }
+
     // Why a choice has ended the job: one sentence without a capital, a period or a line end, not
     // cleaned for a screen. Empty when none has.
     const std::string& FailSentence() const { return WhyFailed; }
@@ -116,6 +121,7 @@ private:
     std::deque<AnsweredConflict> LatestAnswers;
     std::uint64_t AllAnswers = 0;
     std::string WhyFailed;
+    bool bLeavesReplacing = false;
 
     static constexpr std::chrono::microseconds kShortestPause{10};
     static constexpr std::chrono::microseconds kLongestPause{20000};

@@ -51,7 +51,8 @@ struct ConflictDecision {
 //
 // The engine's own "all" answers remember no such caution: OverwriteAll and OverwriteAllOlder
 // remove whole directories later, MergeAll removes files. So names are answered one by one, and
-// RememberForAll keeps what is for all. Only SkipAll for files comes to the same.
+// RememberForAll keeps what is for all. Only SkipAll for files comes to the same, and the others
+// for files where nothing else stands in the way.
 class ConflictPolicy {
 public:
     explicit ConflictPolicy(ConflictRules ChosenRules);
@@ -63,7 +64,7 @@ public:
     static ConflictDecision CarryOut(const TakenName& Name, TarvaneTransferConflictAction Answer);
 
     bool FollowsLinks() const { return Rules.bFollowLinks; }
-    bool SkipsAllFiles() const { return Rules.ForFiles == FileConflictChoice::Skip; }
+    FileConflictChoice ForFiles() const { return Rules.ForFiles; }
 
     // From now on decides files, or directories, by Choice, which the user gave as an answer. Where
     // a file would take a directory's place, or a directory a file's, the user is asked again

@@ -25,6 +25,14 @@ std::uint64_t Less(std::uint64_t From, std::uint64_t Amount) {
     return From - std::min(From, Amount);
 }
 
+// 0 where it is not known, as of a job that has not come to its end.
+std::uint64_t ReplacedNames(const EndedJob& Ended, bool bSucceeded) {
+    if (!Ended.FilesLeftToEngine) {
+        return Ended.Names.Replaced();
+    }
+    return bSucceeded ? Less(*Ended.FilesLeftToEngine, Ended.Job.GetSkippedItems()) : 0;
+}
+
 TransferCounts CountsOf(const EndedJob& Ended, const TarvaneTransferUiSnapshot& Last) {
     const std::uint64_t bytes = Less(Last.DoneBytes, Ended.Job.GetSkippedBytes());
     // A directory that was there already is done, but neither copied nor moved.
@@ -33,7 +41,7 @@ TransferCounts CountsOf(const EndedJob& Ended, const TarvaneTransferUiSnapshot& 
             .Bytes = Less(bytes, BytesRemovedAgain(Last)),
             .Seconds = Last.ElapsedSeconds,
             .Skipped = Ended.Job.GetSkippedItems(),
-            .Replaced = Ended.Names.Replaced(),
+            .Replaced = ReplacedNames(Ended, Last.bSucceeded),
             .Renamed = Ended.Names.Renamed()};
 }
 
@@ -101,11 +109,13 @@ RunOutcome OutcomeOf(const EndedJob& Ended) {
     } else if (last.bCanceled) {
         outcome.Text = Ended.FailSentence;
     } else {
-        outcome.Text = FailureText({.Sentence = last.MessageText,
-                                    .Plan = Ended.Plan,
-                                    .CurrentPath = Ended.Job.GetCurrentPath(),
-                                    .CurrentBytes = last.CurrentFileTotalBytes,
-                                    .LastAnswer = Ended.LastAnswer});
+        outcome.Text =
+            FailureText({.Sentence = last.MessageText,
+                         .Plan = Ended.Plan,
+                         .CurrentPath = Ended.Job.GetCurrentPath(),
+                         .CurrentBytes = last.CurrentFileTotalBytes,
+                         // One that the engine has given by itself is not known.
+                         .LastAnswer = Ended.FilesLeftToEngine ? nullptr : Ended.LastAnswer});
     }
     return outcome;
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,13 @@ struct UnreadDirectories {
     void LeaveOut(const std::filesystem::path& Tree);
 };
 
+// What the look before a job has found that its run and its end depend on.
+struct FoundBeforehand {
+    UnreadDirectories Unread = {};
+    // How many files are taken, where one answer for all of them does what the choices say.
+    std::optional<std::uint64_t> TakenFiles = {};
+};
+
 // A job that is over, and what is known about it beside its own texts and counters.
 struct EndedJob {
     const TarvaneTransferJob& Job;
@@ -31,6 +39,9 @@ struct EndedJob {
     const UnreadDirectories& Unread;
     // Of the choice that has ended it; empty when none has.
     const std::string& FailSentence;
+    // The taken files, when the engine has answered for them by itself, so that nobody has counted
+    // what was replaced.
+    std::optional<std::uint64_t> FilesLeftToEngine = {};
 };
 
 // A job whose result is not whole has failed, whatever the engine says.

@@ -26,6 +26,7 @@ public:
     PreflightResult Run();
 
 private:
+    bool TakesOnlyFiles() const;
     void LookAtParent(const fs::path& Destination);
     void LookAtTrack(const std::string& Track, const fs::path& Destination);
 
@@ -48,12 +49,22 @@ PreflightResult Preflight::Run() {
         if (TarvaneIsCddaPath(source)) {
             LookAtTrack(source, item.DestinationPath);
         } else {
+            Names.Enter(Destinations.At(item.DestinationPath.parent_path()));
             Sources.Walk(item.SourcePath, item.DestinationPath);
         }
     }
     Result.bRemovesUnselected = Sources.RemovesUnselected();
     Demand.Check(Result.Findings);
+    Result.bTakesOnlyFiles = TakesOnlyFiles();
     return std::move(Result);
+}
+
+// Items may meet at one name, and so may what links to directories lead to.
+bool Preflight::TakesOnlyFiles() const {
+    const bool bLinks = Result.Findings.Count(PreflightFindingKind::LinkToDirectory) > 0 ||
+                        Result.Findings.Count(PreflightFindingKind::LinkToDirectoryOnMove) > 0;
+    return Result.bComplete && !Result.Findings.AnyStopsJob() && Plan.Items.size() == 1 &&
+           !bLinks && Names.AreOnlyFiles();
 }
 
 void Preflight::LookAtParent(const fs::path& Destination) {

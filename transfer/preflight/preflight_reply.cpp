@@ -94,6 +94,7 @@ void PassEnd(Direction& Reply, PreflightEnd& End) {
     Reply.Pass(End.Result.CopiedEntries);
     Reply.Pass(End.Result.CopiedBytes);
     Reply.Pass(End.Result.bRemovesUnselected);
+    Reply.Pass(End.Result.bTakesOnlyFiles);
     Reply.Pass(End.Result.bComplete);
     Reply.Pass(End.Failure);
 }

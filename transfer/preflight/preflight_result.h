@@ -45,6 +45,10 @@ struct PreflightResult {
     std::uint64_t CopiedBytes = 0;
     // The move removes entries that nobody selected, through a link to a directory.
     bool bRemovesUnselected = false;
+    // One answer for all files does what the choices say about each: one item goes where names
+    // differ in every byte, and what is taken there are files, for files to replace or to skip,
+    // and directories to merge into. No link, nothing special, no other mount on either way.
+    bool bTakesOnlyFiles = false;
     // Everything was looked at, so the totals hold.
     bool bComplete = true;
 };

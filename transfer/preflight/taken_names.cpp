@@ -1,6 +1,13 @@
 #include "taken_names.h"
 
+#include "owned_descriptor.h"
 #include "quoted.h"
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <linux/magic.h>
+#include <sys/ioctl.h>
+#include <sys/statfs.h>
 
 namespace {
 
@@ -75,6 +82,22 @@ TarvaneTransferConflict RecordOf(const SourceSide& Source, const std::string& De
     return record;
 }
 
+// Whether names that differ in any byte are different there. Elsewhere two sources may meet at one
+// name, which shows only when the second of them comes.
+bool KeepsNamesApart(const std::string& Directory) {
+    const OwnedDescriptor opened(::open(Directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    struct statfs fileSystem {};
+    if (::fstatfs(opened.Get(), &fileSystem) != 0) {
+        return false;
+    }
+    const auto type = fileSystem.f_type;
+    const bool bByBytes = type == EXT4_SUPER_MAGIC || type == TMPFS_MAGIC ||
+                          type == BTRFS_SUPER_MAGIC || type == F2FS_SUPER_MAGIC;
+    unsigned int flags = 0;
+    const bool bFlags = ::ioctl(opened.Get(), FS_IOC_GETFLAGS, &flags) == 0;
+    return bByBytes && !(bFlags && (flags & FS_CASEFOLD_FL) != 0);
+}
+
 } // namespace
 
 SourceSide SourceSideOf(std::string Path, const struct stat& Status) {
@@ -95,7 +118,26 @@ NameFate TakenNames::Decide(const SourceSide& Source, const std::string& Destina
                               ? DecideThroughDangling(Source, DestinationPath)
                               : DecideTaken(Source, DestinationPath, There);
     Count(fate);
+    bOnlyFiles = bOnlyFiles && IsOnlyFile(Source, DestinationPath, There, fate);
     return fate;
+}
+
+void TakenNames::Enter(const DestinationFacts& Directory) {
+    const bool bReplaces = Rules.ForFiles == FileConflictChoice::Overwrite ||
+                           Rules.ForFiles == FileConflictChoice::Older;
+    bOnlyFiles = bReplaces && KeepsNamesApart(Directory.Directory);
+    MountId = Directory.MountId;
+}
+
+bool TakenNames::IsOnlyFile(const SourceSide& Source, const std::string& DestinationPath,
+                            const DestinationEntry& There, NameFate Fate) const {
+    if (!There.Taken || There.Taken->bLink || There.MountId != MountId) {
+        return false;
+    }
+    if (Source.bDirectory) {
+        return Fate == NameFate::Merged && KeepsNamesApart(DestinationPath);
+    }
+    return Source.SizeBytes && There.SizeBytes && !There.Taken->bHasOtherNames;
 }
 
 // The engine takes the name for free, but no directory can be made through a link.

@@ -54,7 +54,15 @@ public:
     NameFate Decide(const SourceSide& Source, const std::string& DestinationPath,
                     const DestinationEntry& There);
 
+    // The directory that an item goes into.
+    void Enter(const DestinationFacts& Directory);
+    // Whether all the names that were taken since were files that a choice replaces or skips, and
+    // directories that it merges into, with nothing among them that names could meet through.
+    bool AreOnlyFiles() const { return bOnlyFiles; }
+
 private:
+    bool IsOnlyFile(const SourceSide& Source, const std::string& DestinationPath,
+                    const DestinationEntry& There, NameFate Fate) const;
     NameFate DecideThroughDangling(const SourceSide& Source, const std::string& DestinationPath);
     NameFate DecideTaken(const SourceSide& Source, const std::string& DestinationPath,
                          const DestinationEntry& There);
@@ -63,4 +71,6 @@ private:
     const ConflictRules Rules;
     const ConflictPolicy Policy;
     PreflightResult& Result;
+    bool bOnlyFiles = false;
+    std::uint64_t MountId = 0;
 };

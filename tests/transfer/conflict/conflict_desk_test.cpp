@@ -2,6 +2,7 @@
 
 #include "conflict_desk.h"
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <string>
@@ -61,6 +62,31 @@ protected:
             EngineAnswers::SkipFiles};
     }
 
+    // What the worker hears where the engine may replace by itself.
+    std::vector<Told> HeardOf(FileConflictChoice ForFiles,
+                              std::vector<TarvaneTransferConflict> Conflicts) {
+        ConflictDesk desk(Job, ConflictPolicy({.ForFiles = ForFiles}),
+                          EngineAnswers::SkipOrReplaceFiles);
+        const std::size_t count = Conflicts.size();
+        std::atomic<bool> bThrough{false};
+        std::thread worker([&] {
+            for (const TarvaneTransferConflict& conflict : Conflicts) {
+                Told told;
+                told.bGoOn = Job.WaitForConflict(conflict, told.Answer, told.RenamePath);
+                Heard.push_back(told);
+            }
+            bThrough = true;
+        });
+        EXPECT_TRUE(BecomesTrue("all are answered", [&] {
+            desk.Attend();
+            return bThrough.load();
+        }));
+        worker.join();
+        EXPECT_EQ(Heard.size(), count);
+        bLeftReplacing = desk.LeavesReplacingToEngine();
+        return Heard;
+    }
+
     // Asks about these names on a thread of its own.
     void WorkOn(std::vector<TarvaneTransferConflict> Conflicts) {
         Worker = std::thread([this, conflicts = std::move(Conflicts)] {
@@ -96,6 +122,7 @@ protected:
     TarvaneTransferJob Job{false, 1, ""};
     std::thread Worker;
     std::vector<Told> Heard;
+    bool bLeftReplacing = false;
 };
 
 TEST_F(ConflictDeskTest, HasNothingToSayWhileNothingIsTaken) {
@@ -201,6 +228,42 @@ TEST_F(ConflictDeskTest, LeavesNothingElseThanSkippingToTheEngine) {
         return desk.AnsweredCount() == 2;
     }));
     EXPECT_EQ(AllHeard(), (std::vector<Told>{{true, Action::Skip, ""}, {true, Action::Skip, ""}}));
+}
+
+TEST_F(ConflictDeskTest, LeavesReplacingToTheEngineWhereItMay) {
+    EXPECT_EQ(HeardOf(FileConflictChoice::Overwrite,
+                      {ConflictAbout("d", Kind::Directory), ConflictAbout("a"), ConflictAbout("b"),
+                       ConflictAbout("e", Kind::Directory)}),
+              (std::vector<Told>{{true, Action::Merge, ""},
+                                 {true, Action::OverwriteAll, ""},
+                                 {true, Action::Overwrite, ""},
+                                 {true, Action::Merge, ""}}));
+    EXPECT_TRUE(bLeftReplacing);
+}
+
+TEST_F(ConflictDeskTest, LeavesTheDatesToTheEngineWhereItMay) {
+    EXPECT_EQ(HeardOf(FileConflictChoice::Older, {ConflictAbout("a"), ConflictAbout("b")}),
+              (std::vector<Told>{{true, Action::OverwriteAllOlder, ""},
+                                 {true, Action::OverwriteAllOlder, ""}}));
+    EXPECT_TRUE(bLeftReplacing);
+}
+
+TEST_F(ConflictDeskTest, LeavesNoComparingToTheEngine) {
+    EXPECT_EQ(HeardOf(FileConflictChoice::Larger, {ConflictAbout("a"), ConflictAbout("b")}),
+              (std::vector<Told>{{true, Action::Skip, ""}, {true, Action::Skip, ""}}));
+    EXPECT_FALSE(bLeftReplacing);
+}
+
+// It has come there since somebody looked.
+TEST_F(ConflictDeskTest, ReplacesALinkItselfBeforeItLeavesTheRestToTheEngine) {
+    const TemporaryDirectory directory;
+    WriteFile(directory / "target", "data");
+    std::filesystem::create_symlink("target", directory / "link");
+    TarvaneTransferConflict conflict = ConflictAbout("a");
+    conflict.DestinationPath = (directory / "link").native();
+    EXPECT_EQ(HeardOf(FileConflictChoice::Overwrite, {conflict, ConflictAbout("b")}),
+              (std::vector<Told>{{true, Action::Overwrite, ""}, {true, Action::OverwriteAll, ""}}));
+    EXPECT_FALSE(std::filesystem::is_symlink(directory / "link"));
 }
 
 TEST_F(ConflictDeskTest, FindsAFreeNameToKeepBoth) {

@@ -82,6 +82,36 @@ TEST_F(JobEnd, CountsWhatWasDoneWithoutWhatWasSkipped) {
     EXPECT_FALSE(IsLessThanCounted(Ended()));
 }
 
+TEST_F(JobEnd, HasReplacedWhatWasTakenAndNotSkippedWhereTheEngineHasAnswered) {
+    DoEntries(7, 700);
+    DoFile(300);
+    Job.MarkItemsDone(2);
+    Job.MarkSkipped(3, 300);
+    Job.FinishSuccess("Copied 1 item(s).");
+    EndedJob ended = Ended();
+    ended.FilesLeftToEngine = 5;
+    EXPECT_EQ(OutcomeOf(ended).Text, "Copied 7 entries, 700 B; 3 skipped, 2 replaced.");
+}
+
+TEST_F(JobEnd, DoesNotSayWhatWasReplacedWhereNobodyKnows) {
+    DoEntries(4, 300);
+    Job.FinishCanceled("Copy canceled. Partial destination files may remain.");
+    EndedJob ended = Ended();
+    ended.FilesLeftToEngine = 5;
+    EXPECT_EQ(OutcomeOf(ended).Counts->Entries, 4U);
+    EXPECT_EQ(OutcomeOf(ended).Counts->Replaced, 0U);
+}
+
+TEST_F(JobEnd, NamesNoFileThatWasAnsweredLongBefore) {
+    AnsweredConflict first = Answered(Action::OverwriteAll);
+    first.Conflict.DestinationPath = "/to/file";
+    Job.FinishFailure("Failed to replace destination directory: Permission denied");
+    EndedJob ended = Ended();
+    ended.LastAnswer = &first;
+    ended.FilesLeftToEngine = 5;
+    EXPECT_EQ(OutcomeOf(ended).Text, "Failed to replace destination directory: Permission denied");
+}
+
 TEST_F(JobEnd, DoesNotCountAFileThatWasRemovedAgain) {
     DoEntries(4, 300);
     Job.SetCurrentPath("/from/big", 500);

@@ -21,6 +21,7 @@ PreflightEnd SomeEnd() {
     end.Result.Taken.Replaced = 11;
     end.Result.Taken.Refused = 12;
     end.Result.bRemovesUnselected = true;
+    end.Result.bTakesOnlyFiles = true;
     end.Result.Findings.Add({.Kind = PreflightFindingKind::TooLittleSpace,
                              .Path = "/to\xFF\n",
                              .bStopsJob = true,
@@ -45,6 +46,7 @@ TEST(PreflightReply, KeepsTheResult) {
     EXPECT_EQ(end.Result.Taken.Replaced, 11U);
     EXPECT_EQ(end.Result.Taken.Refused, 12U);
     EXPECT_TRUE(end.Result.bRemovesUnselected);
+    EXPECT_TRUE(end.Result.bTakesOnlyFiles);
     EXPECT_TRUE(end.Result.bComplete);
 }
 
