@@ -27,9 +27,9 @@ void AddStatus(DestinationEntry& OutEntry, const struct statx& Status) {
 
 } // namespace
 
-DestinationEntry LookAtDestination(int Parent, const std::string& Name) {
+DestinationEntry LookAtDestination(int Parent, const char* Name) {
     char target[PATH_MAX];
-    const ssize_t length = ::readlinkat(Parent, Name.c_str(), target, sizeof(target));
+    const ssize_t length = ::readlinkat(Parent, Name, target, sizeof(target));
     if (length < 0 && errno != EINVAL) {
         return {.Error = errno == ENOENT ? 0 : errno};
     }
@@ -40,7 +40,7 @@ DestinationEntry LookAtDestination(int Parent, const std::string& Name) {
         entry.Taken->LinkTarget = std::string_view(target, static_cast<std::size_t>(length));
     }
     struct statx status {};
-    if (::statx(Parent, Name.c_str(), 0, STATX_BASIC_STATS | STATX_MNT_ID, &status) == 0) {
+    if (::statx(Parent, Name, 0, STATX_BASIC_STATS | STATX_MNT_ID, &status) == 0) {
         AddStatus(entry, status);
     } else if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP) {
         return {.Error = errno};

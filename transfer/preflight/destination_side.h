@@ -34,7 +34,7 @@ struct DestinationEntry {
 // Name is relative to the open directory Parent. At most one status query, and none where nothing
 // stands there: the system is asked by name, so that it decides which names are equal, and so that
 // nothing has to be kept of a directory of any size.
-DestinationEntry LookAtDestination(int Parent, const std::string& Name);
+DestinationEntry LookAtDestination(int Parent, const char* Name);
 
 // A directory at the destination that the contents of a source directory go into.
 struct DestinationPlace {

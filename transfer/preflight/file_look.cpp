@@ -10,7 +10,7 @@ using Kind = PreflightFindingKind;
 
 struct FileLook::File {
     const WalkListing& Directory;
-    const std::string& Name;
+    const char* Name;
     const struct stat& Status;
     bool bLink = false;
     const DestinationEntry& There;
@@ -18,7 +18,7 @@ struct FileLook::File {
     std::uint64_t SizeBytes() const { return static_cast<std::uint64_t>(Status.st_size); }
 };
 
-void FileLook::LookAt(WalkListing& Directory, const std::string& Name, const struct stat& Status,
+void FileLook::LookAt(WalkListing& Directory, const char* Name, const struct stat& Status,
                       bool bLink, const DestinationEntry& There) {
     const bool bRegular = S_ISREG(Status.st_mode);
     const std::uint64_t bytes = bRegular ? static_cast<std::uint64_t>(Status.st_size) : 0;
@@ -31,14 +31,13 @@ void FileLook::LookAt(WalkListing& Directory, const std::string& Name, const str
         CountSkipped(Directory, skippedBytes);
         return;
     }
-    const std::string path = Directory.PathOf(Name);
     if (There.Identity == IdentityOf(Status)) {
         CountCopied(Directory, bytes);
-        Result.Findings.AddStop(Kind::SourceIsDestination, path);
+        Result.Findings.AddStop(Kind::SourceIsDestination, Directory.PathOf(Name));
         return;
     }
-    const NameFate fate =
-        Names.Decide(SourceSideOf(path, Status), Directory.DestinationPathOf(Name), There);
+    const File source{Directory, Name, Status, bLink, There};
+    const NameFate fate = FateOf(source);
     if (fate == NameFate::Skipped || fate == NameFate::Refused) {
         CountSkipped(Directory, skippedBytes);
         return;
@@ -46,13 +45,22 @@ void FileLook::LookAt(WalkListing& Directory, const std::string& Name, const str
     CountCopied(Directory, bytes);
     Result.FollowedBytes += Directory.bSelected ? bytes - countedBytes : 0;
     if (bRegular) {
-        LookAtCopy({Directory, Name, Status, bLink, There}, fate);
+        LookAtCopy(source, fate);
     } else if (!bLink) {
-        Result.Findings.AddStop(Kind::SpecialEntry, path);
+        Result.Findings.AddStop(Kind::SpecialEntry, Directory.PathOf(Name));
     }
 }
 
-void FileLook::AddSpecial(WalkListing& Directory, const std::string& Name) {
+// Makes no texts for a free name, as most are.
+NameFate FileLook::FateOf(const File& Source) {
+    if (Source.There.IsFree()) {
+        return NameFate::Free;
+    }
+    return Names.Decide(SourceSideOf(Source.Directory.PathOf(Source.Name), Source.Status),
+                        Source.Directory.DestinationPathOf(Source.Name), Source.There);
+}
+
+void FileLook::AddSpecial(WalkListing& Directory, const char* Name) {
     Count(Directory);
     if (Directory.Fate == Treatment::Copied) {
         Result.Findings.AddStop(Kind::SpecialEntry, Directory.PathOf(Name));
@@ -84,17 +92,18 @@ void FileLook::CountSkipped(const WalkListing& Directory, std::uint64_t Bytes) {
     (Directory.bSelected ? Result.SkippedBytes : Result.FollowedBytes) += Bytes;
 }
 
-bool FileLook::FitsItsNames(const WalkListing& Directory, const std::string& Name) {
-    const std::string path = Directory.PathOf(Name);
-    const std::string destination = Directory.DestinationPathOf(Name);
-    if (path.size() >= PATH_MAX || destination.size() >= PATH_MAX) {
-        Result.Findings.AddStop(Kind::PathTooLong, path);
+bool FileLook::FitsItsNames(const WalkListing& Directory, const char* Name) {
+    if (Directory.PathLengthOf(Name) >= PATH_MAX ||
+        Directory.DestinationPathLengthOf(Name) >= PATH_MAX) {
+        Result.Findings.AddStop(Kind::PathTooLong, Directory.PathOf(Name));
         return false;
     }
     const std::uint64_t most = Directory.Destination.Facts->MaxNameBytes;
-    if (destination.size() - (destination.rfind('/') + 1) > most) {
-        Result.Findings.Add(
-            {.Kind = Kind::NameTooLong, .Path = path, .bStopsJob = true, .AvailableBytes = most});
+    if (Directory.DestinationNameLengthOf(Name) > most) {
+        Result.Findings.Add({.Kind = Kind::NameTooLong,
+                             .Path = Directory.PathOf(Name),
+                             .bStopsJob = true,
+                             .AvailableBytes = most});
         return false;
     }
     return true;
@@ -120,7 +129,7 @@ void FileLook::LookAtCopy(const File& Source, NameFate Fate) {
     if (!FitsItsNames(directory, Source.Name)) {
         return;
     }
-    if (!Rights.MayAccess(directory.Descriptor, Source.Name.c_str(), Source.Status, R_OK)) {
+    if (!Rights.MayAccess(directory.Descriptor, Source.Name, Source.Status, R_OK)) {
         Result.Findings.AddStop(Kind::UnreadableFile, directory.PathOf(Source.Name));
     }
     if (Source.SizeBytes() > most) {

@@ -21,11 +21,11 @@ public:
         : Result(ResultToFill), Names(NamesToAsk), Demand(DemandToFill), bMove(bMoveSources) {}
 
     // Name is in Directory, with a link to it followed in Status; There stands at its destination.
-    void LookAt(WalkListing& Directory, const std::string& Name, const struct stat& Status,
-                bool bLink, const DestinationEntry& There);
+    void LookAt(WalkListing& Directory, const char* Name, const struct stat& Status, bool bLink,
+                const DestinationEntry& There);
 
     // The same for a pipe, a socket or a device at a free name.
-    void AddSpecial(WalkListing& Directory, const std::string& Name);
+    void AddSpecial(WalkListing& Directory, const char* Name);
 
     // Counts an entry that is copied, one that is left out, or one that has no bytes and goes the
     // way of its directory.
@@ -35,13 +35,14 @@ public:
 
     // Whether an entry, the copy of which has a name of its own, can have it at all. Otherwise that
     // is a finding.
-    bool FitsItsNames(const WalkListing& Directory, const std::string& Name);
+    bool FitsItsNames(const WalkListing& Directory, const char* Name);
     // Finds that nothing can be created in a directory; once for each.
     void CheckCreation(const WalkListing& Directory);
 
 private:
     struct File;
 
+    NameFate FateOf(const File& Source);
     void LookAtCopy(const File& Source, NameFate Fate);
     void CheckOverwriting(const File& Source, NameFate Fate);
     void AddSpace(const File& Source, NameFate Fate);

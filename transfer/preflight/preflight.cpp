@@ -76,7 +76,7 @@ void Preflight::LookAtParent(const fs::path& Destination) {
 
 void Preflight::LookAtTrack(const std::string& Track, const fs::path& Destination) {
     ++Control.EntriesSeen;
-    const DestinationEntry there = LookAtDestination(AT_FDCWD, Destination);
+    const DestinationEntry there = LookAtDestination(AT_FDCWD, Destination.c_str());
     const NameFate fate = Names.Decide({.Path = Track}, Destination, there);
     if (Scope == PreflightScope::GuardsOnly) {
         return;

@@ -28,7 +28,7 @@ void SourceWalk::Walk(const std::filesystem::path& Source,
     const DestinationPlace parent{.Path = facts.Directory, .Facts = &facts, .bExists = true};
     WalkListing top{
         .Path = {}, .Destination = parent, .ItemDestination = Destination, .Descriptor = AT_FDCWD};
-    const DestinationEntry there = top.LookThere(Source);
+    const DestinationEntry there = top.LookThere(Source.c_str());
     if (bMove && there.IsFree() &&
         CanBeRenamed(Source, SourceDirectories.At(ParentOf(Source)), facts)) {
         top.Fate = Treatment::Renamed;
@@ -36,7 +36,7 @@ void SourceWalk::Walk(const std::filesystem::path& Source,
     DestinationChain = facts.Lineage;
     ++Control.EntriesSeen;
     ++Result.Entries;
-    QueryEntry(top, Source, IsLinkIn(AT_FDCWD, Source.c_str()), there);
+    QueryEntry(top, Source.c_str(), IsLinkIn(AT_FDCWD, Source.c_str()), there);
     WalkSubdirectories(top);
     if (bMove && top.Copied > 0) {
         CheckRemoval(Source);
@@ -64,12 +64,13 @@ bool SourceWalk::IsWorthALook(const WalkListing& Directory) const {
 
 void SourceWalk::WalkSubdirectories(WalkListing& Directory) {
     for (const Subdirectory& subdirectory : Directory.Subdirectories) {
-        const DestinationEntry there =
-            subdirectory.There ? *subdirectory.There : Directory.LookThere(subdirectory.Name);
+        const DestinationEntry there = subdirectory.There
+                                           ? *subdirectory.There
+                                           : Directory.LookThere(subdirectory.Name.c_str());
         if (there.Error == 0) {
             WalkSubdirectory(Directory, subdirectory, there);
         } else {
-            AddUnseenDestination(Directory, subdirectory.Name, there.Error);
+            AddUnseenDestination(Directory, subdirectory.Name.c_str(), there.Error);
         }
     }
 }
@@ -84,7 +85,7 @@ void SourceWalk::WalkSubdirectory(WalkListing& Directory, const Subdirectory& En
         }
     } else {
         Files.CountCopied(Directory, 0);
-        if (!Files.FitsItsNames(Directory, Entered.Name)) {
+        if (!Files.FitsItsNames(Directory, Entered.Name.c_str())) {
             return;
         }
     }
@@ -116,8 +117,8 @@ void SourceWalk::ExtendDestinationChain(const DestinationPlace& Place) {
 WalkListing SourceWalk::Enter(const WalkListing& Directory, const Subdirectory& Entered,
                               const DestinationEntry& There) {
     const DestinationFacts* const facts = Directory.Destination.Facts;
-    WalkListing target{.Path = Directory.PathOf(Entered.Name),
-                       .Destination = {.Path = Directory.DestinationPathOf(Entered.Name),
+    WalkListing target{.Path = Directory.PathOf(Entered.Name.c_str()),
+                       .Destination = {.Path = Directory.DestinationPathOf(Entered.Name.c_str()),
                                        .Facts = facts,
                                        .Identity = There.Identity},
                        .bSelected = Directory.bSelected && !Entered.bLink,

@@ -38,7 +38,7 @@ private:
     bool IsDestination(const WalkListing& Directory, const FileIdentity& Identity);
 
     void LookAtEntry(WalkListing& InOutListing, const char* Name, unsigned char Type);
-    void QueryEntry(WalkListing& InOutListing, const std::string& Name, bool bLink,
+    void QueryEntry(WalkListing& InOutListing, const char* Name, bool bLink,
                     const DestinationEntry& There);
     void WalkSubdirectories(WalkListing& Directory);
     void WalkSubdirectory(WalkListing& Directory, const Subdirectory& Entered,
@@ -55,7 +55,7 @@ private:
     DirectoryStatus StatusOfOpen(const WalkListing& Directory) const;
     DirectoryStatus StatusOf(int Parent, const char* Name, const struct stat& Status) const;
     void AddUninspectable(const std::string& Path, int Error);
-    void AddUnseenDestination(const WalkListing& Directory, const std::string& Name, int Error);
+    void AddUnseenDestination(const WalkListing& Directory, const char* Name, int Error);
     void AddUnopenable(const WalkListing& Directory, int Error);
 
     PreflightResult& Result;

@@ -43,10 +43,10 @@ void SourceWalk::LookAtEntry(WalkListing& InOutListing, const char* Name, unsign
     }
 }
 
-void SourceWalk::QueryEntry(WalkListing& InOutListing, const std::string& Name, bool bLink,
+void SourceWalk::QueryEntry(WalkListing& InOutListing, const char* Name, bool bLink,
                             const DestinationEntry& There) {
     struct stat status {};
-    const int error = ::fstatat(InOutListing.Descriptor, Name.c_str(), &status, 0) == 0 ? 0 : errno;
+    const int error = ::fstatat(InOutListing.Descriptor, Name, &status, 0) == 0 ? 0 : errno;
     if (bLink && LeadsNowhere(error)) {
         Files.Count(InOutListing);
         Result.Findings.AddStop(Kind::DanglingLink, InOutListing.PathOf(Name));
@@ -55,7 +55,7 @@ void SourceWalk::QueryEntry(WalkListing& InOutListing, const std::string& Name, 
         AddUninspectable(InOutListing.PathOf(Name), error);
     } else if (S_ISDIR(status.st_mode)) {
         InOutListing.Subdirectories.push_back(
-            {Name, StatusOf(InOutListing.Descriptor, Name.c_str(), status), bLink, There});
+            {Name, StatusOf(InOutListing.Descriptor, Name, status), bLink, There});
     } else if (There.Error == 0) {
         Files.LookAt(InOutListing, Name, status, bLink, There);
     } else {
@@ -81,8 +81,7 @@ void SourceWalk::AddUninspectable(const std::string& Path, int Error) {
     Result.Findings.AddStop(Kind::UninspectableEntry, Path, std::generic_category().message(Error));
 }
 
-void SourceWalk::AddUnseenDestination(const WalkListing& Directory, const std::string& Name,
-                                      int Error) {
+void SourceWalk::AddUnseenDestination(const WalkListing& Directory, const char* Name, int Error) {
     if (Files.FitsItsNames(Directory, Name)) {
         AddUninspectable(Directory.DestinationPathOf(Name), Error);
     }

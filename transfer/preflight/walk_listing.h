@@ -5,6 +5,7 @@
 #include "destination_side.h"
 #include "file_identity.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -54,8 +55,12 @@ struct WalkListing {
     std::vector<Subdirectory> Subdirectories = {};
 
     bool IsAboveItem() const { return Path.empty(); }
-    std::string PathOf(const std::string& Name) const;
-    std::string DestinationPathOf(const std::string& Name) const;
+    std::string PathOf(const char* Name) const;
+    std::string DestinationPathOf(const char* Name) const;
+    // The lengths of both, for which no text has to be made, and of the name at the destination.
+    std::size_t PathLengthOf(const char* Name) const;
+    std::size_t DestinationPathLengthOf(const char* Name) const;
+    std::size_t DestinationNameLengthOf(const char* Name) const;
     // What the copy of an entry would meet; nothing that is skipped or renamed meets anything.
-    DestinationEntry LookThere(const std::string& Name) const;
+    DestinationEntry LookThere(const char* Name) const;
 };
