@@ -5,11 +5,12 @@
 #include <fcntl.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 using Kind = PreflightFindingKind;
 
 struct FileLook::File {
-    const WalkListing& Directory;
+    WalkListing& Directory;
     const char* Name;
     const struct stat& Status;
     bool bLink = false;
@@ -109,9 +110,9 @@ bool FileLook::FitsItsNames(const WalkListing& Directory, const char* Name) {
     return true;
 }
 
-void FileLook::CheckCreation(const WalkListing& Directory) {
+void FileLook::CheckCreation(WalkListing& Directory) {
     const DestinationPlace& place = Directory.Destination;
-    if (!place.bExists) {
+    if (!place.bExists || std::exchange(Directory.bCreationChecked, true)) {
         return;
     }
     const bool bFirst = Directory.IsAboveItem();

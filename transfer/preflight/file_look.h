@@ -37,7 +37,7 @@ public:
     // is a finding.
     bool FitsItsNames(const WalkListing& Directory, const char* Name);
     // Finds that nothing can be created in a directory; once for each.
-    void CheckCreation(const WalkListing& Directory);
+    void CheckCreation(WalkListing& Directory);
 
 private:
     struct File;

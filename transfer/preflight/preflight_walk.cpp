@@ -114,7 +114,7 @@ void SourceWalk::ExtendDestinationChain(const DestinationPlace& Place) {
 }
 
 // The directory as it is going to be listed, with what becomes of it.
-WalkListing SourceWalk::Enter(const WalkListing& Directory, const Subdirectory& Entered,
+WalkListing SourceWalk::Enter(WalkListing& Directory, const Subdirectory& Entered,
                               const DestinationEntry& There) {
     const DestinationFacts* const facts = Directory.Destination.Facts;
     WalkListing target{.Path = Directory.PathOf(Entered.Name.c_str()),

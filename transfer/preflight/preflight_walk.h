@@ -43,7 +43,7 @@ private:
     void WalkSubdirectories(WalkListing& Directory);
     void WalkSubdirectory(WalkListing& Directory, const Subdirectory& Entered,
                           const DestinationEntry& There);
-    WalkListing Enter(const WalkListing& Directory, const Subdirectory& Entered,
+    WalkListing Enter(WalkListing& Directory, const Subdirectory& Entered,
                       const DestinationEntry& There);
     void ExtendDestinationChain(const DestinationPlace& Place);
     void FollowLink(WalkListing& Target, const DirectoryStatus& Status);

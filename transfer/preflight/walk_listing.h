@@ -52,6 +52,8 @@ struct WalkListing {
 
     // Entries that are copied, and then removed on a move.
     std::uint64_t Copied = 0;
+    // It is known by now whether anything can be created at the destination.
+    bool bCreationChecked = false;
     std::vector<Subdirectory> Subdirectories = {};
 
     bool IsAboveItem() const { return Path.empty(); }

@@ -143,6 +143,16 @@ TEST_F(PreflightCost, IsNoAccessQueryForRoot) {
     EXPECT_EQ(gAccessQueries, kOfTheDestination);
 }
 
+TEST_F(PreflightCost, IsOneAccessQueryForEachDirectoryThatGetsNewEntries) {
+    NeedRoot();
+    fs::create_directories(To / "tree/files");
+    gAccessQueries = 0;
+    Look();
+    constexpr int kOfTheDestination = 1;
+    constexpr int kTreeAndFiles = 2;
+    EXPECT_EQ(gAccessQueries, kOfTheDestination + kTreeAndFiles);
+}
+
 // The second one asks for what stands at the destination.
 TEST_F(PreflightCost, IsTwoStatusQueriesForEachEntryThatIsMerged) {
     fs::remove(From / "tree/to-directory");
