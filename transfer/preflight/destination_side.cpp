@@ -4,7 +4,6 @@
 #include <chrono>
 #include <climits>
 #include <fcntl.h>
-#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,28 +24,39 @@ void AddStatus(DestinationEntry& OutEntry, const struct statx& Status) {
     OutEntry.ModifiedTicks = TicksOf(Status.stx_mtime.tv_sec, Status.stx_mtime.tv_nsec);
 }
 
+bool QueryStatus(int Parent, const char* Name, int Flags, struct statx& OutStatus) {
+    return ::statx(Parent, Name, Flags, STATX_BASIC_STATS | STATX_MNT_ID, &OutStatus) == 0;
+}
+
+// Empty when it has gone meanwhile.
+std::string TargetOf(int Parent, const char* Link) {
+    char target[PATH_MAX];
+    const ssize_t length = ::readlinkat(Parent, Link, target, sizeof(target));
+    return length < 0 ? std::string() : std::string(target, static_cast<std::size_t>(length));
+}
+
 } // namespace
 
+bool LeadsNowhere(int Error) {
+    return Error == ENOENT || Error == ENOTDIR || Error == ELOOP;
+}
+
 DestinationEntry LookAtDestination(int Parent, const char* Name) {
-    char target[PATH_MAX];
-    const ssize_t length = ::readlinkat(Parent, Name, target, sizeof(target));
-    if (length < 0 && errno != EINVAL) {
+    struct statx status {};
+    if (!QueryStatus(Parent, Name, AT_SYMLINK_NOFOLLOW, status)) {
         return {.Error = errno == ENOENT ? 0 : errno};
     }
     DestinationEntry entry;
     entry.Taken.emplace();
-    if (length >= 0) {
+    if (S_ISLNK(status.stx_mode)) {
         entry.Taken->bLink = true;
-        entry.Taken->LinkTarget = std::string_view(target, static_cast<std::size_t>(length));
+        entry.Taken->LinkTarget = TargetOf(Parent, Name);
+        constexpr int kFollowLinks = 0;
+        if (!QueryStatus(Parent, Name, kFollowLinks, status)) {
+            return LeadsNowhere(errno) ? entry : DestinationEntry{.Error = errno};
+        }
     }
-    struct statx status {};
-    if (::statx(Parent, Name, 0, STATX_BASIC_STATS | STATX_MNT_ID, &status) == 0) {
-        AddStatus(entry, status);
-    } else if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP) {
-        return {.Error = errno};
-    } else if (!entry.Taken->bLink) {
-        return {};
-    }
+    AddStatus(entry, status);
     return entry;
 }
 

@@ -31,9 +31,12 @@ struct DestinationEntry {
     bool IsDirectory() const { return Taken && ::IsDirectory(*Taken); }
 };
 
-// Name is relative to the open directory Parent. At most one status query, and none where nothing
-// stands there: the system is asked by name, so that it decides which names are equal, and so that
-// nothing has to be kept of a directory of any size.
+// Whether a link, the status of which cannot be found out for this reason, leads nowhere.
+bool LeadsNowhere(int Error);
+
+// Name is relative to the open directory Parent. Asks the system once, and twice more about a link:
+// by name, so that it decides which names are equal, and so that nothing has to be kept of a
+// directory of any size.
 DestinationEntry LookAtDestination(int Parent, const char* Name);
 
 // A directory at the destination that the contents of a source directory go into.

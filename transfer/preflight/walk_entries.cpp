@@ -10,14 +10,6 @@
 
 using Kind = PreflightFindingKind;
 
-namespace {
-
-bool LeadsNowhere(int Error) {
-    return Error == ENOENT || Error == ENOTDIR || Error == ELOOP;
-}
-
-} // namespace
-
 bool SourceWalk::IsLinkIn(int Parent, const char* Name) {
     char target = 0;
     return ::readlinkat(Parent, Name, &target, sizeof(target)) >= 0;

@@ -1,4 +1,4 @@
-// What a look through the sources costs: status queries are counted at the link.
+// What a look through the sources costs: queries are counted at the link.
 
 #include "needs.h"
 #include "preflight_fixture.h"
@@ -14,6 +14,7 @@ namespace {
 constexpr uid_t kNobody = 65534;
 
 int gStatusQueries = 0;
+int gLinkQueries = 0;
 int gAccessQueries = 0;
 // File systems may leave it to the caller to find out what an entry is.
 bool gbHideTypes = false;
@@ -33,6 +34,8 @@ int __real_fstatat(int, const char*, struct stat*, int);
 int __wrap_fstatat(int, const char*, struct stat*, int);
 int __real_statx(int, const char*, int, unsigned, struct statx*);
 int __wrap_statx(int, const char*, int, unsigned, struct statx*);
+ssize_t __real_readlinkat(int, const char*, char*, size_t);
+ssize_t __wrap_readlinkat(int, const char*, char*, size_t);
 int __real_faccessat(int, const char*, int, int);
 int __wrap_faccessat(int, const char*, int, int);
 ssize_t __real_getdents64(int, void*, size_t);
@@ -57,6 +60,11 @@ int __wrap_fstatat(int Directory, const char* Name, struct stat* Out, int Flags)
 int __wrap_statx(int Directory, const char* Name, int Flags, unsigned Mask, struct statx* Out) {
     CountQuery();
     return __real_statx(Directory, Name, Flags, Mask, Out);
+}
+
+ssize_t __wrap_readlinkat(int Directory, const char* Name, char* Out, size_t Size) {
+    ++gLinkQueries;
+    return __real_readlinkat(Directory, Name, Out, Size);
 }
 
 int __wrap_faccessat(int Directory, const char* Name, int Access, int Flags) {
@@ -104,6 +112,7 @@ protected:
         constexpr int kOfTheSource = 1;
         const int queries = gStatusQueries - kOfTheSource;
         gStatusQueries = 0;
+        gLinkQueries = 0;
         Control.EntriesSeen = 0;
         return queries;
     }
@@ -153,8 +162,9 @@ TEST_F(PreflightCost, IsOneAccessQueryForEachDirectoryThatGetsNewEntries) {
     EXPECT_EQ(gAccessQueries, kOfTheDestination + kTreeAndFiles);
 }
 
-// The second one asks for what stands at the destination.
-TEST_F(PreflightCost, IsTwoStatusQueriesForEachEntryThatIsMerged) {
+// The second one asks for what stands at the destination, and two more for where a link there
+// leads.
+TEST_F(PreflightCost, IsTwoQueriesForEachEntryThatIsMerged) {
     fs::remove(From / "tree/to-directory");
     fs::copy(From / "tree", To / "tree",
              fs::copy_options::recursive | fs::copy_options::copy_symlinks);
@@ -162,9 +172,11 @@ TEST_F(PreflightCost, IsTwoStatusQueriesForEachEntryThatIsMerged) {
     const PreflightResult result = Look();
     EXPECT_EQ(result.Entries, 152U);
     EXPECT_EQ(result.Taken.Replaced, 100U);
-    // That of the item is among those of the destination.
+    // That of the item is among those of the destination, but not whether its source is a link.
     constexpr int kOfDestinationEntries = 151;
-    EXPECT_EQ(gStatusQueries - ofDestination, 152 + kOfDestinationEntries);
+    constexpr int kOfLinks = 50 * 2;
+    EXPECT_EQ(gStatusQueries + gLinkQueries - ofDestination,
+              152 + 1 + kOfDestinationEntries + kOfLinks);
 }
 
 TEST_F(PreflightCost, IsNothingMoreWhereADestinationHoldsOtherNames) {
@@ -174,23 +186,24 @@ TEST_F(PreflightCost, IsNothingMoreWhereADestinationHoldsOtherNames) {
     }
     const int ofDestination = DestinationQueries();
     Look();
-    EXPECT_EQ(gStatusQueries - ofDestination, 153);
+    constexpr int kOfNamesInTree = 52;
+    EXPECT_EQ(gStatusQueries + gLinkQueries - ofDestination, 153 + 1 + kOfNamesInTree);
 }
 
-TEST_F(PreflightCost, IsTwoStatusQueriesForEachItemThatIsRenamed) {
+TEST_F(PreflightCost, IsFourQueriesForEachItemThatIsRenamed) {
     std::vector<std::pair<fs::path, fs::path>> items;
     for (int number = 0; number < 50; ++number) {
         const std::string name = std::to_string(number);
         items.emplace_back(From / "tree/files" / name, To / name);
     }
     PlanToMove({items.front()});
-    gStatusQueries = 0;
+    gStatusQueries = gLinkQueries = 0;
     Look();
-    const int ofOne = gStatusQueries;
+    const int ofOne = gStatusQueries + gLinkQueries;
     PlanToMove(items);
-    gStatusQueries = 0;
+    gStatusQueries = gLinkQueries = 0;
     EXPECT_EQ(Look().CopiedEntries, 0U);
-    EXPECT_EQ(gStatusQueries - ofOne, 49 * 2);
+    EXPECT_EQ(gStatusQueries + gLinkQueries - ofOne, 49 * 4);
 }
 
 } // namespace
