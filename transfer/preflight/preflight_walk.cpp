@@ -63,7 +63,8 @@ bool SourceWalk::IsWorthALook(const WalkListing& Directory) const {
 }
 
 void SourceWalk::WalkSubdirectories(WalkListing& Directory) {
-    for (const Subdirectory& subdirectory : Directory.Subdirectories) {
+    while (!Directory.Subdirectories.IsEmpty()) {
+        const Subdirectory subdirectory = Directory.Subdirectories.Pop();
         const DestinationEntry there = subdirectory.There
                                            ? *subdirectory.There
                                            : Directory.LookThere(subdirectory.Name.c_str());

@@ -21,7 +21,7 @@ void SourceWalk::LookAtEntry(WalkListing& InOutListing, const char* Name, unsign
     ++Control.EntriesSeen;
     Result.Entries += InOutListing.bSelected ? 1 : 0;
     if (Type == DT_DIR) {
-        InOutListing.Subdirectories.push_back({.Name = Name});
+        InOutListing.Subdirectories.Push(Name);
         return;
     }
     const bool bLink =
@@ -46,7 +46,7 @@ void SourceWalk::QueryEntry(WalkListing& InOutListing, const char* Name, bool bL
         Files.Count(InOutListing);
         AddUninspectable(InOutListing.PathOf(Name), error);
     } else if (S_ISDIR(status.st_mode)) {
-        InOutListing.Subdirectories.push_back(
+        InOutListing.Subdirectories.PushQueried(
             {Name, StatusOf(InOutListing.Descriptor, Name, status), bLink, There});
     } else if (There.Error == 0) {
         Files.LookAt(InOutListing, Name, status, bLink, There);

@@ -2,7 +2,10 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -21,6 +24,27 @@ std::size_t JoinedLength(const std::string& Directory, std::string_view Name) {
 }
 
 } // namespace
+
+void SubdirectoryQueue::Push(std::string_view Name) {
+    Names.insert(Names.end(), Name.begin(), Name.end());
+    Names.push_back('\0');
+}
+
+void SubdirectoryQueue::PushQueried(Subdirectory Queried) {
+    Push({});
+    QueriedOnes.push_back(std::move(Queried));
+}
+
+Subdirectory SubdirectoryQueue::Pop() {
+    const auto end = std::find(Names.begin(), Names.end(), '\0');
+    Subdirectory next{.Name = std::string(Names.begin(), end)};
+    Names.erase(Names.begin(), std::next(end));
+    if (next.Name.empty()) {
+        next = std::move(QueriedOnes.front());
+        QueriedOnes.pop_front();
+    }
+    return next;
+}
 
 std::string WalkListing::PathOf(const char* Name) const {
     return Join(Path, Name);

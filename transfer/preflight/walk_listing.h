@@ -7,9 +7,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
+#include <list>
 #include <optional>
 #include <string>
-#include <vector>
+#include <string_view>
 
 // What is going to happen to entries. Only those that are copied, or removed after that, can end
 // the job in another way than its count.
@@ -36,6 +38,22 @@ struct Subdirectory {
     std::optional<DestinationEntry> There = {};
 };
 
+// The subdirectories of one directory in the order of its listing. There may be very many, so that
+// only the names are kept of those that were not queried.
+class SubdirectoryQueue {
+public:
+    void Push(std::string_view Name);
+    void PushQueried(Subdirectory Queried);
+    bool IsEmpty() const { return Names.empty(); }
+    // Requires: it is not empty.
+    Subdirectory Pop();
+
+private:
+    // With a NUL after each; an empty one stands for the next that was queried.
+    std::deque<char> Names;
+    std::list<Subdirectory> QueriedOnes;
+};
+
 struct WalkListing {
     // Empty above an item, the name of which is its full path then.
     std::string Path;
@@ -54,7 +72,7 @@ struct WalkListing {
     std::uint64_t Copied = 0;
     // It is known by now whether anything can be created at the destination.
     bool bCreationChecked = false;
-    std::vector<Subdirectory> Subdirectories = {};
+    SubdirectoryQueue Subdirectories = {};
 
     bool IsAboveItem() const { return Path.empty(); }
     std::string PathOf(const char* Name) const;
