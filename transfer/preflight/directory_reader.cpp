@@ -2,10 +2,6 @@
 
 #include <cerrno>
 #include <string_view>
-
-#include <fcntl.h>
-#include <unistd.h>
-
 namespace {
 
 constexpr std::size_t kBufferBytes = 65536;
@@ -16,19 +12,12 @@ bool IsDotOrDotDot(std::string_view Name) {
 
 } // namespace
 
-DirectoryReader::DirectoryReader(const std::string& Path, Buffer& BufferToUse)
-    : Entries(BufferToUse),
-      OpenDirectory(::open(Path.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC)) {
-    if (OpenDirectory < 0) {
+DirectoryReader::DirectoryReader(OwnedDescriptor Opened, Buffer& BufferToUse)
+    : Entries(BufferToUse), Directory(std::move(Opened)) {
+    if (Descriptor() < 0) {
         LastError = errno;
     }
     Entries.resize(kBufferBytes);
-}
-
-DirectoryReader::~DirectoryReader() {
-    if (OpenDirectory >= 0) {
-        ::close(OpenDirectory);
-    }
 }
 
 const dirent64* DirectoryReader::Next() {
@@ -44,7 +33,7 @@ const dirent64* DirectoryReader::Next() {
 }
 
 bool DirectoryReader::Fill() {
-    const ssize_t read = ::getdents64(OpenDirectory, Entries.data(), Entries.size());
+    const ssize_t read = ::getdents64(Descriptor(), Entries.data(), Entries.size());
     if (read < 0) {
         LastError = errno;
     }

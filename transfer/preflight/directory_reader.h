@@ -2,8 +2,10 @@
 
 #pragma once
 
+#include "owned_descriptor.h"
+
 #include <cstddef>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include <dirent.h>
@@ -13,14 +15,14 @@ public:
     // What the entries are read into; it can be used again when the reader is gone.
     using Buffer = std::vector<std::byte>;
 
-    DirectoryReader(const std::string& Path, Buffer& BufferToUse);
-    ~DirectoryReader();
-    DirectoryReader(const DirectoryReader&) = delete;
-    DirectoryReader& operator=(const DirectoryReader&) = delete;
+    // Of a directory that has just been opened; without one, errno says why.
+    DirectoryReader(OwnedDescriptor Opened, Buffer& BufferToUse);
 
     // The errno of the call that failed last, or 0.
     int Error() const { return LastError; }
-    int Descriptor() const { return OpenDirectory; }
+    int Descriptor() const { return Directory.Get(); }
+    // Requires: it is not read any more.
+    OwnedDescriptor Release() { return std::move(Directory); }
 
     // The next entry other than "." and "..", valid until the next call; nothing at the end, and
     // when there is an error.
@@ -30,7 +32,7 @@ private:
     bool Fill();
 
     Buffer& Entries;
-    int OpenDirectory;
+    OwnedDescriptor Directory;
     int LastError = 0;
     std::size_t Length = 0;
     std::size_t Position = 0;

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <utility>
 
 using Kind = PreflightFindingKind;
 
@@ -123,7 +124,8 @@ WalkListing SourceWalk::Enter(WalkListing& Directory, const Subdirectory& Entere
                                        .Facts = facts,
                                        .Identity = There.Identity},
                        .bSelected = Directory.bSelected && !Entered.bLink,
-                       .Fate = Directory.Fate};
+                       .Fate = Directory.Fate,
+                       .Above = std::move(Directory.Kept)};
     if (Directory.Fate != Treatment::Copied) {
         return target;
     }
@@ -163,8 +165,8 @@ void SourceWalk::FollowLink(WalkListing& Target, const DirectoryStatus& Status) 
     }
 }
 
-// Lists the whole directory before it goes deeper, so that only one directory of each side is open
-// at a time.
+// Lists the whole directory before it goes deeper, so that few are open at a time however deep the
+// walk is.
 void SourceWalk::WalkDirectory(WalkListing& Directory,
                                const std::optional<DirectoryStatus>& KnownStatus) {
     const std::optional<DirectoryStatus> status = ListDirectory(Directory, KnownStatus);
@@ -183,7 +185,7 @@ void SourceWalk::WalkDirectory(WalkListing& Directory,
 std::optional<DirectoryStatus>
 SourceWalk::ListDirectory(WalkListing& InOutListing,
                           const std::optional<DirectoryStatus>& KnownStatus) {
-    DirectoryReader reader(InOutListing.Path, ListingBuffer);
+    DirectoryReader reader(InOutListing.Open(), ListingBuffer);
     if (reader.Error() != 0) {
         AddUnopenable(InOutListing, reader.Error());
         return std::nullopt;
@@ -205,6 +207,9 @@ SourceWalk::ListDirectory(WalkListing& InOutListing,
         AddUninspectable(InOutListing.Path, reader.Error());
     }
     InOutListing.DestinationDescriptor = -1;
+    if (InOutListing.Subdirectories.IsSingle()) {
+        InOutListing.Kept = reader.Release();
+    }
     return status;
 }
 

@@ -1,5 +1,6 @@
 #include "walk_listing.h"
 
+#include <climits>
 #include <fcntl.h>
 
 #include <algorithm>
@@ -28,6 +29,7 @@ std::size_t JoinedLength(const std::string& Directory, std::string_view Name) {
 void SubdirectoryQueue::Push(std::string_view Name) {
     Names.insert(Names.end(), Name.begin(), Name.end());
     Names.push_back('\0');
+    ++Length;
 }
 
 void SubdirectoryQueue::PushQueried(Subdirectory Queried) {
@@ -38,12 +40,21 @@ void SubdirectoryQueue::PushQueried(Subdirectory Queried) {
 Subdirectory SubdirectoryQueue::Pop() {
     const auto end = std::find(Names.begin(), Names.end(), '\0');
     Subdirectory next{.Name = std::string(Names.begin(), end)};
+    --Length;
     Names.erase(Names.begin(), std::next(end));
     if (next.Name.empty()) {
         next = std::move(QueriedOnes.front());
         QueriedOnes.pop_front();
     }
     return next;
+}
+
+OwnedDescriptor WalkListing::Open() {
+    const OwnedDescriptor above = std::move(Above);
+    const bool bByName = above.Get() >= 0 && Path.size() < PATH_MAX;
+    const std::size_t nameStart = bByName ? Path.rfind('/') + 1 : 0;
+    return OwnedDescriptor(::openat(bByName ? above.Get() : AT_FDCWD, Path.c_str() + nameStart,
+                                    O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
 }
 
 std::string WalkListing::PathOf(const char* Name) const {

@@ -44,11 +44,13 @@ class SubdirectoryQueue {
 public:
     void Push(std::string_view Name);
     void PushQueried(Subdirectory Queried);
-    bool IsEmpty() const { return Names.empty(); }
+    bool IsEmpty() const { return Length == 0; }
+    bool IsSingle() const { return Length == 1; }
     // Requires: it is not empty.
     Subdirectory Pop();
 
 private:
+    std::size_t Length = 0;
     // With a NUL after each; an empty one stands for the next that was queried.
     std::deque<char> Names;
     std::list<Subdirectory> QueriedOnes;
@@ -64,6 +66,11 @@ struct WalkListing {
     bool bSelected = true;
     Treatment Fate = Treatment::Copied;
 
+    // The directory above, where this is the only way down from it.
+    OwnedDescriptor Above = OwnedDescriptor();
+    // This one after it was listed, for the only way down.
+    OwnedDescriptor Kept = OwnedDescriptor();
+
     // Both open while the entries are listed.
     int Descriptor = -1;
     int DestinationDescriptor = -1;
@@ -73,6 +80,10 @@ struct WalkListing {
     // It is known by now whether anything can be created at the destination.
     bool bCreationChecked = false;
     SubdirectoryQueue Subdirectories = {};
+
+    // For listing; -1 when it cannot be opened, as with a path that is too long. Lets go of Above,
+    // the name in which is found sooner than a path through all levels of a deep tree.
+    OwnedDescriptor Open();
 
     bool IsAboveItem() const { return Path.empty(); }
     std::string PathOf(const char* Name) const;

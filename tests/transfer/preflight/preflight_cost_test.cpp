@@ -7,6 +7,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -16,6 +20,7 @@ constexpr uid_t kNobody = 65534;
 int gStatusQueries = 0;
 int gLinkQueries = 0;
 int gAccessQueries = 0;
+std::size_t gLongestOpened = 0;
 // File systems may leave it to the caller to find out what an entry is.
 bool gbHideTypes = false;
 
@@ -36,6 +41,8 @@ int __real_statx(int, const char*, int, unsigned, struct statx*);
 int __wrap_statx(int, const char*, int, unsigned, struct statx*);
 ssize_t __real_readlinkat(int, const char*, char*, size_t);
 ssize_t __wrap_readlinkat(int, const char*, char*, size_t);
+int __real_openat(int, const char*, int, ...);
+int __wrap_openat(int, const char*, int, ...);
 int __real_faccessat(int, const char*, int, int);
 int __wrap_faccessat(int, const char*, int, int);
 ssize_t __real_getdents64(int, void*, size_t);
@@ -65,6 +72,11 @@ int __wrap_statx(int Directory, const char* Name, int Flags, unsigned Mask, stru
 ssize_t __wrap_readlinkat(int Directory, const char* Name, char* Out, size_t Size) {
     ++gLinkQueries;
     return __real_readlinkat(Directory, Name, Out, Size);
+}
+
+int __wrap_openat(int Directory, const char* Path, int Flags, ...) {
+    gLongestOpened = std::max(gLongestOpened, std::string_view(Path).size());
+    return __real_openat(Directory, Path, Flags);
 }
 
 int __wrap_faccessat(int Directory, const char* Name, int Access, int Flags) {
@@ -137,6 +149,19 @@ TEST_F(PreflightCost, IsTheSameWhereListingsTellNoTypes) {
                               "link-to-directory from/tree/to-directory",
                               "special-entry from/tree/pipe, stops"}));
     EXPECT_EQ(gStatusQueries - ofDestination, 155);
+}
+
+TEST_F(PreflightCost, IsNoLongerPathForADeeperTree) {
+    fs::path deepest = From / "deep";
+    for (int level = 0; level < 100; ++level) {
+        deepest /= "directory";
+    }
+    fs::create_directories(deepest);
+    WriteFile(From / "deep/file", "x");
+    PlanToCopy({{From / "deep", To / "deep"}});
+    gLongestOpened = 0;
+    EXPECT_EQ(Look().Entries, 102U);
+    EXPECT_EQ(gLongestOpened, (From / "deep").native().size());
 }
 
 TEST_F(PreflightCost, IsNoAccessQueryForRoot) {

@@ -101,6 +101,18 @@ TEST_F(PreflightLimits, OfTheLengthOfSourcePaths) {
     EXPECT_FALSE(Transfer().bSucceeded);
 }
 
+TEST_F(PreflightLimits, OfThePathsOfDirectoriesThatAreRenamed) {
+    const fs::path deepest = DirectoryOfLength(From / "tree", 4085);
+    const int directory = ::open(deepest.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    EXPECT_EQ(::mkdirat(directory, "1234567890", 0755), 0);
+    ::close(directory);
+    PlanToMove({{From / "tree", To / "tree"}});
+    EXPECT_EQ(Found(),
+              Strings{"uninspectable-entry " + deepest.lexically_relative(Room.Path()).string() +
+                      "/1234567890, stops"});
+    EXPECT_EQ(FirstReason(), "File name too long");
+}
+
 TEST_F(PreflightLimits, OfTheLengthOfDestinationPaths) {
     const fs::path deepest = DirectoryOfLength(From / "tree", 4000);
     WriteFile(deepest / "file", "x");
