@@ -160,15 +160,23 @@ void PrintFindings(const TransferRequest& Request, const PreflightFindings& Find
     }
 }
 
+PreflightScope ScopeOf(const TransferRequest& Request, const Reporter& Report) {
+    if (Request.bDryRun) {
+        return PreflightScope::Everything;
+    }
+    if (!Request.bPreflight) {
+        return PreflightScope::GuardsOnly;
+    }
+    return Report.WantsTotals() ? PreflightScope::Everything : PreflightScope::Findings;
+}
+
 } // namespace
 
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
                                             const PromptContext& Context, const KnownDiscs& Discs,
                                             FoundBeforehand& OutFound) {
-    const PreflightScope scope = Request.bPreflight || Request.bDryRun ? PreflightScope::Everything
-                                                                       : PreflightScope::GuardsOnly;
-    PreflightRun preflight({Plan, RulesOf(Request), scope, Discs});
+    PreflightRun preflight({Plan, RulesOf(Request), ScopeOf(Request, Context.Report), Discs});
     PreflightWait wait(preflight, Context);
     Context.Loop.Run(wait);
     Context.Shown.Clear();

@@ -39,6 +39,8 @@ public:
 
     // Whether each conflict has to be reported, so that the engine must not answer any by itself.
     virtual bool ReportsEachConflict() const { return false; }
+    // Whether the totals of the look before the job are written down.
+    virtual bool WantsTotals() const { return false; }
     // Whether the reader of the output has gone away.
     virtual bool IsBroken() const { return false; }
     // Waits until everything is out. Returns the errno of the failure to write it, or 0.

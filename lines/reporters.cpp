@@ -118,6 +118,7 @@ public:
         }
         Records.Add(TotalsRecord(Result));
     }
+    bool WantsTotals() const override { return true; }
 
     void JobRuns(const ProgressView& View) override {
         const bool bCancelNews = View.Snapshot.bCancelRequested && !bCancelSaid;

@@ -485,6 +485,16 @@ TEST_F(ResultsAtPrompt, AreRecordsInsteadOfWords) {
     EXPECT_TRUE(Output.ends_with(DoneRecord(Outcome, StatusInTests(Outcome)) + "\n")) << Output;
 }
 
+TEST_F(ResultsAtPrompt, HoldTheSizesOfWhatIsRenamed) {
+    WriteFile(Root / "from/tree/one", "data");
+    WriteFile(Root / "from/tree/two", "data");
+    Ask({PathOf("from/tree")});
+    Request.Transfer.bMove = true;
+    Request.Progress = ProgressStyle::Json;
+    Run();
+    EXPECT_TRUE(Output.starts_with(R"({"event":"totals","entries":3,"bytes":8,)")) << Output;
+}
+
 TEST_F(ResultsAtPrompt, HoldTheStatusThatTheProgramExitsWith) {
     TakeName();
     Request.Progress = ProgressStyle::Json;

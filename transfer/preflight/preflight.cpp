@@ -63,8 +63,8 @@ PreflightResult Preflight::Run() {
 bool Preflight::TakesOnlyFiles() const {
     const bool bLinks = Result.Findings.Count(PreflightFindingKind::LinkToDirectory) > 0 ||
                         Result.Findings.Count(PreflightFindingKind::LinkToDirectoryOnMove) > 0;
-    return Result.bComplete && !Result.Findings.AnyStopsJob() && Plan.Items.size() == 1 &&
-           !bLinks && Names.AreOnlyFiles();
+    return Scope != PreflightScope::GuardsOnly && !Result.Findings.AnyStopsJob() &&
+           Plan.Items.size() == 1 && !bLinks && Names.AreOnlyFiles();
 }
 
 void Preflight::LookAtParent(const fs::path& Destination) {

@@ -13,7 +13,10 @@
 
 // What a look is to find out.
 enum class PreflightScope {
+    // All findings, and the totals of all entries.
     Everything,
+    // All findings. Sizes are left out that only the totals would need.
+    Findings,
     // Only what keeps a run from removing or opening what nobody named.
     GuardsOnly,
 };

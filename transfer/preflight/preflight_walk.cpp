@@ -58,7 +58,7 @@ void SourceWalk::CheckRemoval(const std::filesystem::path& Source) {
 
 // There is nothing to guard where all names are free, nothing is removed and all can be read.
 bool SourceWalk::IsWorthALook(const WalkListing& Directory) const {
-    return Scope == PreflightScope::Everything ||
+    return Scope != PreflightScope::GuardsOnly ||
            (Directory.Fate == Treatment::Copied &&
             (bMove || Directory.Destination.bExists || !Rights.MayDoEverything()));
 }

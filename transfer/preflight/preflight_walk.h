@@ -37,6 +37,8 @@ private:
     bool IsWorthALook(const WalkListing& Directory) const;
     bool IsDestination(const WalkListing& Directory, const FileIdentity& Identity);
 
+    bool NeedsStatus(const WalkListing& Directory, unsigned char Type,
+                     const DestinationEntry& There) const;
     void LookAtEntry(WalkListing& InOutListing, const char* Name, unsigned char Type);
     void QueryEntry(WalkListing& InOutListing, const char* Name, bool bLink,
                     const DestinationEntry& There);

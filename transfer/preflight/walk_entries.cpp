@@ -15,6 +15,18 @@ bool SourceWalk::IsLinkIn(int Parent, const char* Name) {
     return ::readlinkat(Parent, Name, &target, sizeof(target)) >= 0;
 }
 
+// Of a file that goes the way of its directory, nothing could be learned but the size, and that a
+// disk cannot read the status, which the job's own scan finds before anything is touched.
+bool SourceWalk::NeedsStatus(const WalkListing& Directory, unsigned char Type,
+                             const DestinationEntry& There) const {
+    if (Type != DT_REG || Scope == PreflightScope::Everything) {
+        return true;
+    }
+    return Scope == PreflightScope::GuardsOnly
+               ? !There.IsFree()
+               : Directory.Fate == Treatment::Copied || !Directory.bSearchable;
+}
+
 // At most one status query on either side: none where the listing tells enough, and a directory's
 // are made when it is entered.
 void SourceWalk::LookAtEntry(WalkListing& InOutListing, const char* Name, unsigned char Type) {
@@ -30,8 +42,10 @@ void SourceWalk::LookAtEntry(WalkListing& InOutListing, const char* Name, unsign
     const bool bKnown = Type != DT_REG && Type != DT_LNK && Type != DT_UNKNOWN;
     if (there.IsFree() && bKnown) {
         Files.AddSpecial(InOutListing, Name);
-    } else if (Scope == PreflightScope::Everything || Type != DT_REG || !there.IsFree()) {
+    } else if (NeedsStatus(InOutListing, Type, there)) {
         QueryEntry(InOutListing, Name, bLink, there);
+    } else if (Scope != PreflightScope::GuardsOnly) {
+        Files.Count(InOutListing);
     }
 }
 
@@ -39,6 +53,7 @@ void SourceWalk::QueryEntry(WalkListing& InOutListing, const char* Name, bool bL
                             const DestinationEntry& There) {
     struct stat status {};
     const int error = ::fstatat(InOutListing.Descriptor, Name, &status, 0) == 0 ? 0 : errno;
+    InOutListing.bSearchable = InOutListing.bSearchable || error == 0;
     if (bLink && LeadsNowhere(error)) {
         Files.Count(InOutListing);
         Result.Findings.AddStop(Kind::DanglingLink, InOutListing.PathOf(Name));

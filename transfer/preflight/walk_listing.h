@@ -71,6 +71,9 @@ struct WalkListing {
     // This one after it was listed, for the only way down.
     OwnedDescriptor Kept = OwnedDescriptor();
 
+    // An entry was queried, so that all others can be.
+    bool bSearchable = false;
+
     // Both open while the entries are listed.
     int Descriptor = -1;
     int DestinationDescriptor = -1;

@@ -215,6 +215,22 @@ TEST_F(PreflightCost, IsNothingMoreWhereADestinationHoldsOtherNames) {
     EXPECT_EQ(gStatusQueries + gLinkQueries - ofDestination, 153 + 1 + kOfNamesInTree);
 }
 
+// A file in each directory tells that the others could be queried.
+TEST_F(PreflightCost, IsOneStatusQueryForAllFilesOfARenamedDirectoryWithoutTotals) {
+    PlanToMove({{From / "tree", To / "tree"}});
+    Scope = PreflightScope::Everything;
+    gStatusQueries = 0;
+    const PreflightResult all = Look();
+    const int withTotals = gStatusQueries;
+    Scope = PreflightScope::Findings;
+    gStatusQueries = 0;
+    const PreflightResult result = Look();
+    EXPECT_EQ(withTotals - gStatusQueries, 49);
+    EXPECT_EQ(result.Entries, all.Entries);
+    EXPECT_EQ(result.CopiedEntries, 0U);
+    EXPECT_EQ(InWords(result), InWords(all));
+}
+
 TEST_F(PreflightCost, IsFourQueriesForEachItemThatIsRenamed) {
     std::vector<std::pair<fs::path, fs::path>> items;
     for (int number = 0; number < 50; ++number) {

@@ -140,6 +140,23 @@ TEST_F(PreflightRename, IntoADirectoryThatIsMadeChangesTheParent) {
     EXPECT_NE(std::rename((From / "tree").c_str(), (From / "new/tree").c_str()), 0);
 }
 
+TEST_F(PreflightRename, FindsWhatCannotBeInspectedWithoutTotalsToo) {
+    for (const char* name : {"tree/blind/one", "tree/blind/two", "tree/plain/one"}) {
+        WriteFile(From / name, "x");
+    }
+    Set(From, 0777, kNobody);
+    Set(From / "tree", 0777, kNobody);
+    Set(From / "tree/blind", 0444, kNobody);
+    Set(To, 0777, 0);
+    PlanToMove({{From / "tree", To / "tree"}});
+    const ActingAsNobody nobody;
+    const Strings found = Found();
+    EXPECT_EQ(found, (Strings{"uninspectable-entry from/tree/blind/one, stops",
+                              "uninspectable-entry from/tree/blind/two, stops"}));
+    Scope = PreflightScope::Findings;
+    EXPECT_EQ(Found(), found);
+}
+
 TEST_F(PreflightRename, OutOfAnAppendOnlyDirectoryIsForetold) {
     EnterPrivateMountNamespace();
     const ScopedMount disk = MountLoopDisk(Room / "disk", 8);
