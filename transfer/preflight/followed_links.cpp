@@ -1,10 +1,8 @@
 #include "followed_links.h"
 
-#include <algorithm>
-
 void FollowedLinks::AddSelected(const FileIdentity& Directory) {
     if (bMove) {
-        Selected.insert(Directory);
+        Selected.push_back(Directory);
     }
 }
 
@@ -45,5 +43,9 @@ void FollowedLinks::Remember(const FileIdentity& Target, const DestinationFacts&
 }
 
 bool FollowedLinks::RemovesUnselected() const {
-    return !std::includes(Selected.begin(), Selected.end(), Targets.begin(), Targets.end());
+    std::set<FileIdentity> unselected = Targets;
+    for (const FileIdentity& directory : Selected) {
+        unselected.erase(directory);
+    }
+    return !unselected.empty();
 }

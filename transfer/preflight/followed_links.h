@@ -7,6 +7,7 @@
 #include "space_demand.h"
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <set>
 #include <string>
@@ -45,5 +46,6 @@ private:
     std::map<FileIdentity, Totals> Known;
     // Only of moves.
     std::set<FileIdentity> Targets;
-    std::set<FileIdentity> Selected;
+    // There may be very many; not in order.
+    std::deque<FileIdentity> Selected;
 };
