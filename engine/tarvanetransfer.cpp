@@ -1025,6 +1025,11 @@ bool ApplyFileAnswer(TarvaneTransferConflictAction Action, const std::string& Re
     return Fail(ErrorMessage, "Invalid file conflict decision.");
 }
 
+// Whether the status of a destination is one from before an answer, which may take any time.
+bool MayHaveWaited(const MetPath& Destination, TarvaneTransferConflictPolicy ConflictPolicy) {
+    return ConflictPolicy == TarvaneTransferConflictPolicy::Ask && Destination.Status.Exists();
+}
+
 // OutDestination changes only where the answer gives another name; it may be the same object as
 // Destination's path.
 bool ResolveLocalFileConflict(TarvaneTransferJob& Job, const MetPath& Source,
@@ -1230,7 +1235,7 @@ bool FillTarget(std::ifstream& In, std::ofstream& Out, const fs::path& Target,
 // Carries over the data only: the destination has the permissions, owner and times of a new file.
 // Counts: the file's bytes and one item, also when it is skipped. Errors: no destination is left
 // but where removing a move's source failed: then the complete copy stays.
-TransferCopyResult CopyFileWithProgress(const MetPath& Source, const fs::path& Destination,
+TransferCopyResult CopyFileWithProgress(const MetPath& Source, const MetPath& Destination,
                                         TarvaneTransferJob& Job,
                                         TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
                                         std::string& ErrorMessage) {
@@ -1244,10 +1249,9 @@ TransferCopyResult CopyFileWithProgress(const MetPath& Source, const fs::path& D
     }
     const std::uint64_t fileSize = Source.Status.SizeBytes();
 
-    const MetPath met(Destination);
     fs::path otherName;
     bool skip = false;
-    if (!ResolveLocalFileConflict(Job, Source, met, ConflictPolicy, otherName, skip,
+    if (!ResolveLocalFileConflict(Job, Source, Destination, ConflictPolicy, otherName, skip,
                                   ErrorMessage)) {
         return TransferCopyResult::Failed;
     }
@@ -1259,10 +1263,9 @@ TransferCopyResult CopyFileWithProgress(const MetPath& Source, const fs::path& D
         Job.MarkSkipped(1, fileSize);
         return TransferCopyResult::Skipped;
     }
-    const fs::path& target = otherName.empty() ? Destination : otherName;
-    // An answer may have come much later.
-    const bool asked = ConflictPolicy == TarvaneTransferConflictPolicy::Ask && met.Status.Exists();
-    if (!PrepareFileTarget(Source, asked ? MetPath(target) : met, Job, ErrorMessage)) {
+    const fs::path& target = otherName.empty() ? Destination.Path : otherName;
+    const MetPath current = MayHaveWaited(Destination, ConflictPolicy) ? target : Destination;
+    if (!PrepareFileTarget(Source, current, Job, ErrorMessage)) {
         return TransferCopyResult::Failed;
     }
 
@@ -1627,10 +1630,18 @@ TransferCopyResult CopySpecialEntry(const MetPath& Source, const fs::path& Desti
 
 namespace {
 
-TransferCopyResult CopyEntry(fs::path& Source, const PathStatus& SourceStatus,
-                             fs::path& Destination, TarvaneTransferJob& Job,
-                             TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
-                             std::string& ErrorMessage);
+// What stays the same throughout an item. Its paths grow and shrink with the tree, as building them
+// anew takes longer the deeper it is: after a success they are what they were.
+struct ItemCopy {
+    fs::path Source;
+    fs::path Destination;
+    TarvaneTransferJob& Job;
+    const TarvaneTransferConflictPolicy ConflictPolicy;
+    const bool bMove;
+    std::string& ErrorMessage;
+};
+
+TransferCopyResult CopyEntry(ItemCopy& Item, const PathStatus& SourceStatus);
 
 // Asks whenever anything stands at the destination, a file included. Both other policies merge:
 // Skip deliberately leaves whole directories to the file conflicts inside them.
@@ -1699,117 +1710,123 @@ bool PrepareDirectoryTarget(const fs::path& Source, const MetPath& Destination,
     return true;
 }
 
-// Goes through the entries in the order of the listing; the first failure ends it. Both paths grow
-// and shrink with the tree, as building them anew takes longer the deeper it is. After a success
-// they are what they were.
-bool CopyDirectoryEntries(fs::path& Source, fs::path& Destination, TarvaneTransferJob& Job,
-                          TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
-                          std::string& ErrorMessage) {
-    DirectoryListing listing(Source);
-    const bool endsWithSlash = !Source.has_filename();
-    Source /= "";
-    Destination /= "";
+// Goes through the entries in the order of the listing; the first failure ends it.
+bool CopyDirectoryEntries(ItemCopy& Item) {
+    DirectoryListing listing(Item.Source);
+    const bool endsWithSlash = !Item.Source.has_filename();
+    Item.Source /= "";
+    Item.Destination /= "";
     while (const dirent* entry = listing.Next()) {
-        if (Job.IsCancelRequested()) {
-            return Fail(ErrorMessage, "Transfer canceled.");
+        if (Item.Job.IsCancelRequested()) {
+            return Fail(Item.ErrorMessage, "Transfer canceled.");
         }
+        Item.Source.replace_filename(entry->d_name);
+        Item.Destination.replace_filename(entry->d_name);
         const PathStatus status(listing.Descriptor(), entry->d_name);
-        Source.replace_filename(entry->d_name);
-        Destination.replace_filename(entry->d_name);
-        const TransferCopyResult result =
-            CopyEntry(Source, status, Destination, Job, ConflictPolicy, bMove, ErrorMessage);
-        if (result == TransferCopyResult::Failed) {
+        if (CopyEntry(Item, status) == TransferCopyResult::Failed) {
             return false;
         }
     }
     if (listing.LastError()) {
-        return Fail(ErrorMessage, listing.LastError().message());
+        return Fail(Item.ErrorMessage, listing.LastError().message());
     }
-    Source = Source.parent_path();
+    Item.Source = Item.Source.parent_path();
     if (endsWithSlash) {
-        Source /= "";
+        Item.Source /= "";
     }
-    Destination = Destination.parent_path();
+    Item.Destination = Item.Destination.parent_path();
     return true;
 }
 
 // Counts: the directory as one item, before its entries.
-TransferCopyResult CopyDirectory(fs::path& Source, const PathStatus& SourceStatus,
-                                 fs::path& Destination, TarvaneTransferJob& Job,
-                                 TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
-                                 std::string& ErrorMessage) {
-    if (TarvanePathIsInside(Source, Destination)) {
-        return FailCopy(ErrorMessage, "Destination cannot be inside the source directory.");
+TransferCopyResult CopyDirectory(ItemCopy& Item, const PathStatus& SourceStatus,
+                                 const PathStatus& TargetStatus) {
+    auto& [source, destination, job, conflictPolicy, bMove, errorMessage] = Item;
+    if (TarvanePathIsInside(source, destination)) {
+        return FailCopy(errorMessage, "Destination cannot be inside the source directory.");
     }
-    const MetPath target(Destination);
+    const MetPath target(destination, TargetStatus);
     bool skip = false;
-    if (!ResolveLocalDirectoryConflict(Job, {Source, SourceStatus}, target, ConflictPolicy, skip,
-                                       ErrorMessage)) {
+    if (!ResolveLocalDirectoryConflict(job, {source, SourceStatus}, target, conflictPolicy, skip,
+                                       errorMessage)) {
         return TransferCopyResult::Failed;
     }
     if (skip) {
-        return MarkSkippedPath(Source, Job, ErrorMessage) ? TransferCopyResult::Skipped
+        return MarkSkippedPath(source, job, errorMessage) ? TransferCopyResult::Skipped
                                                           : TransferCopyResult::Failed;
     }
-    // An answer may have come much later.
-    const bool asked =
-        ConflictPolicy == TarvaneTransferConflictPolicy::Ask && target.Status.Exists();
-    if (!PrepareDirectoryTarget(Source, asked ? MetPath(Destination) : target, Job, ErrorMessage)) {
+    const MetPath current = MayHaveWaited(target, conflictPolicy) ? destination : target;
+    if (!PrepareDirectoryTarget(source, current, job, errorMessage)) {
         return TransferCopyResult::Failed;
     }
-    Job.MarkItemsDone(1);
-    if (!CopyDirectoryEntries(Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage)) {
+    job.MarkItemsDone(1);
+    if (!CopyDirectoryEntries(Item)) {
         return TransferCopyResult::Failed;
     }
     if (bMove) {
         std::error_code ec;
-        fs::remove(Source, ec);
+        fs::remove(source, ec);
         // Skipped entries remain in the source, deliberately without an error.
         if (ec && ec != std::errc::directory_not_empty) {
-            return FailCopy(ErrorMessage, "Copied data but could not remove original '" +
-                                              Source.native() + "': " + ec.message());
+            return FailCopy(errorMessage, "Copied data but could not remove original '" +
+                                              source.native() + "': " + ec.message());
         }
     }
     return TransferCopyResult::Succeeded;
 }
 
-TransferCopyResult CopyEntry(fs::path& Source, const PathStatus& SourceStatus,
-                             fs::path& Destination, TarvaneTransferJob& Job,
-                             TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
-                             std::string& ErrorMessage) {
-    if (TarvaneIsCddaPath(Source.native())) {
-        return CopyCddaTrack(Source, Destination, Job, ConflictPolicy, ErrorMessage);
-    }
-    if (!SourceStatus.Exists()) {
-        return FailCopy(ErrorMessage, "Source does not exist: " + Source.native());
-    }
-    if (TarvanePathsEquivalentOrSame(Source, Destination)) {
-        return FailCopy(ErrorMessage, "Source and destination are the same path.");
-    }
+// An existing source and a destination that is not the same.
+TransferCopyResult CopyByKind(ItemCopy& Item, const PathStatus& SourceStatus,
+                              const PathStatus& TargetStatus) {
+    auto& [source, destination, job, conflictPolicy, bMove, errorMessage] = Item;
     if (SourceStatus.IsDirectory()) {
-        return CopyDirectory(Source, SourceStatus, Destination, Job, ConflictPolicy, bMove,
-                             ErrorMessage);
+        return CopyDirectory(Item, SourceStatus, TargetStatus);
     }
     if (SourceStatus.IsRegularFile()) {
-        return CopyFileWithProgress({Source, SourceStatus}, Destination, Job, ConflictPolicy, bMove,
-                                    ErrorMessage);
+        return CopyFileWithProgress({source, SourceStatus}, {destination, TargetStatus}, job,
+                                    conflictPolicy, bMove, errorMessage);
     }
     if (const std::error_code error = SourceStatus.ErrorCode()) {
-        return FailCopy(ErrorMessage,
-                        "Could not inspect source '" + Source.native() + "': " + error.message());
+        return FailCopy(errorMessage,
+                        "Could not inspect source '" + source.native() + "': " + error.message());
     }
-    return CopySpecialEntry({Source, SourceStatus}, Destination, Job, ConflictPolicy, bMove,
-                            ErrorMessage);
+    return CopySpecialEntry({source, SourceStatus}, destination, job, conflictPolicy, bMove,
+                            errorMessage);
+}
+
+// Below an item, the texts of both paths differ as those of the item do: only what is there can be
+// the source.
+TransferCopyResult CopyEntry(ItemCopy& Item, const PathStatus& SourceStatus) {
+    if (TarvaneIsCddaPath(Item.Source.native())) {
+        return CopyCddaTrack(Item.Source, Item.Destination, Item.Job, Item.ConflictPolicy,
+                             Item.ErrorMessage);
+    }
+    if (!SourceStatus.Exists()) {
+        return FailCopy(Item.ErrorMessage, "Source does not exist: " + Item.Source.native());
+    }
+    const PathStatus targetStatus(Item.Destination.c_str());
+    if (targetStatus.Exists() && TarvanePathsEquivalentOrSame(Item.Source, Item.Destination)) {
+        return FailCopy(Item.ErrorMessage, "Source and destination are the same path.");
+    }
+    return CopyByKind(Item, SourceStatus, targetStatus);
 }
 
 TransferCopyResult CopyPathWithProgress(const fs::path& Source, const fs::path& Destination,
                                         TarvaneTransferJob& Job,
                                         TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
                                         std::string& ErrorMessage) {
-    fs::path source = Source;
-    fs::path destination = Destination;
-    return CopyEntry(source, PathStatus(source.c_str()), destination, Job, ConflictPolicy, bMove,
-                     ErrorMessage);
+    if (TarvaneIsCddaPath(Source.native())) {
+        return CopyCddaTrack(Source, Destination, Job, ConflictPolicy, ErrorMessage);
+    }
+    const PathStatus sourceStatus(Source.c_str());
+    if (!sourceStatus.Exists()) {
+        return FailCopy(ErrorMessage, "Source does not exist: " + Source.native());
+    }
+    if (TarvanePathsEquivalentOrSame(Source, Destination)) {
+        return FailCopy(ErrorMessage, "Source and destination are the same path.");
+    }
+    ItemCopy item{Source, Destination, Job, ConflictPolicy, bMove, ErrorMessage};
+    return CopyByKind(item, sourceStatus, PathStatus(Destination.c_str()));
 }
 
 } // namespace

@@ -78,6 +78,24 @@ TEST_F(PathCopier, RefusesToCopyAFileOntoItself) {
     EXPECT_EQ(ReadFile(Directory / "file"), "data");
 }
 
+TEST_F(PathCopier, RefusesToCopyAnEntryOntoItself) {
+    Write("from/sub/file", "data");
+    fs::create_directories(Directory / "to/sub");
+    fs::create_hard_link(Directory / "from/sub/file", Directory / "to/sub/file");
+    EXPECT_EQ(Run("from", "to", kMove), Result::Failed);
+    EXPECT_EQ(Message, "Source and destination are the same path.");
+    EXPECT_EQ(ReadFile(Directory / "from/sub/file"), "data");
+    EXPECT_EQ(ReadFile(Directory / "to/sub/file"), "data");
+}
+
+TEST_F(PathCopier, RefusesAnItemWithTheSameTextWhetherOrNotItIsThere) {
+    Write("away/file", "data");
+    fs::create_directory(Directory / "away/sub");
+    fs::create_symlink("away/sub", Directory / "link");
+    EXPECT_EQ(Run("link/../file", "file"), Result::Failed);
+    EXPECT_EQ(Message, "Source and destination are the same path.");
+}
+
 TEST_F(PathCopier, RefusesToCopyASpecialEntryOntoItself) {
     MakeFifo(Directory / "fifo");
     EXPECT_EQ(Run("fifo", "fifo", kMove), Result::Failed);
