@@ -48,7 +48,7 @@ const AnsweredConflict* ConflictDesk::Attend() {
     if (!bPending) {
         Open.reset();
     }
-    CurrentPause = std::min(CurrentPause * 2, kLongestPause);
+    CurrentPause = std::min(CurrentPause * 5 / 4, kLongestPause);
     return nullptr;
 }
 

@@ -376,9 +376,12 @@ TEST_F(ConflictDeskTest, CancelsTheJobWhereAChoiceFails) {
 TEST_F(ConflictDeskTest, LooksOftenAfterAnAnswerAndThenLessAndLess) {
     ConflictDesk desk = DeskWith(FileConflictChoice::Skip);
     EXPECT_EQ(desk.Pause(), microseconds(10));
-    desk.Attend();
-    EXPECT_EQ(desk.Pause(), microseconds(20));
-    for (int looks = 0; looks < 20; ++looks) {
+    for (int looks = 0; looks < 10; ++looks) {
+        const microseconds before = desk.Pause();
+        desk.Attend();
+        EXPECT_EQ(desk.Pause(), before * 5 / 4);
+    }
+    for (int looks = 0; looks < 30; ++looks) {
         desk.Attend();
     }
     EXPECT_EQ(desk.Pause(), microseconds(20000));
@@ -394,7 +397,7 @@ TEST_F(ConflictDeskTest, LooksLessAndLessWhileAQuestionWaits) {
     ConflictDesk desk = DeskWith(FileConflictChoice::Ask);
     WorkOn({ConflictAbout("a")});
     WaitUntilPending();
-    for (int looks = 0; looks < 20; ++looks) {
+    for (int looks = 0; looks < 40; ++looks) {
         desk.Attend();
     }
     ASSERT_TRUE(desk.OpenQuestion());
