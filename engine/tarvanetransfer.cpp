@@ -476,6 +476,12 @@ bool TarvaneTransferJob::WaitForConflict(const TarvaneTransferConflict& Conflict
     return OutAction != TarvaneTransferConflictAction::Cancel;
 }
 
+bool TarvaneTransferJob::RemembersAnswerFor(TarvaneTransferConflictKind Kind) const {
+    const std::lock_guard lock(Mutex);
+    return Kind == TarvaneTransferConflictKind::Directory ? bDirectoryDecisionSet
+                                                          : bFileDecisionSet;
+}
+
 // Requires: Mutex is held.
 void TarvaneTransferJob::PostConflict(const TarvaneTransferConflict& Conflict) {
     PendingConflict = Conflict;
@@ -876,6 +882,10 @@ std::int64_t ConflictFileTimeTicks(fs::file_time_type Time) {
     return std::chrono::nanoseconds(Time.time_since_epoch()).count();
 }
 
+fs::file_time_type FileTimeOf(std::int64_t Ticks) {
+    return fs::file_time_type(std::chrono::nanoseconds(Ticks));
+}
+
 // The fraction of a second is cut off, so a file written in that second shows that second.
 std::string FormatConflictFileTime(fs::file_time_type Time) {
     const auto systemTime = std::chrono::file_clock::to_sys(Time);
@@ -891,7 +901,7 @@ std::string FormatConflictFileTime(fs::file_time_type Time) {
 
 // False for a time that the file clock cannot tell: it begins in 1881 and ends in 2466, and what
 // lies beyond the end of the system's clock, in 2262, is left out too.
-bool ReadModifiedTime(const PathStatus& Status, fs::file_time_type& OutTime) {
+bool ReadModifiedTime(const PathStatus& Status, std::int64_t& OutTicks) {
     using std::chrono::seconds;
     static const std::int64_t earliest =
         std::chrono::file_clock::to_sys(fs::file_time_type::min()).time_since_epoch() / seconds(1);
@@ -901,14 +911,15 @@ bool ReadModifiedTime(const PathStatus& Status, fs::file_time_type& OutTime) {
         return false;
     }
     const std::chrono::sys_seconds wholeSeconds{seconds(time.tv_sec)};
-    OutTime =
-        std::chrono::file_clock::from_sys(wholeSeconds) + std::chrono::nanoseconds(time.tv_nsec);
+    OutTicks = ConflictFileTimeTicks(std::chrono::file_clock::from_sys(wholeSeconds) +
+                                     std::chrono::nanoseconds(time.tv_nsec));
     return true;
 }
 
-// What cannot be found out stays unset and is no error.
-TarvaneTransferConflict MakeLocalConflict(TarvaneTransferConflictKind Kind, const MetPath& Source,
-                                          const MetPath& Destination) {
+// A conflict without the texts of its dates, which only a person needs: writing them takes longer
+// than all the rest. What cannot be found out stays unset and is no error.
+TarvaneTransferConflict MakeUndatedConflict(TarvaneTransferConflictKind Kind, const MetPath& Source,
+                                            const MetPath& Destination) {
     TarvaneTransferConflict conflict;
     conflict.Kind = Kind;
     conflict.SourcePath = Source.Path.native();
@@ -923,17 +934,21 @@ TarvaneTransferConflict MakeLocalConflict(TarvaneTransferConflictKind Kind, cons
         conflict.bDestinationHasSize = true;
         conflict.DestinationSizeBytes = Destination.Status.SizeBytes();
     }
+    conflict.bSourceHasModifiedTime = ReadModifiedTime(Source.Status, conflict.SourceModifiedTicks);
+    conflict.bDestinationHasModifiedTime =
+        ReadModifiedTime(Destination.Status, conflict.DestinationModifiedTicks);
+    return conflict;
+}
 
-    fs::file_time_type time;
-    if (ReadModifiedTime(Source.Status, time)) {
-        conflict.bSourceHasModifiedTime = true;
-        conflict.SourceModifiedTicks = ConflictFileTimeTicks(time);
-        conflict.SourceDate = FormatConflictFileTime(time);
+TarvaneTransferConflict MakeLocalConflict(TarvaneTransferConflictKind Kind, const MetPath& Source,
+                                          const MetPath& Destination) {
+    TarvaneTransferConflict conflict = MakeUndatedConflict(Kind, Source, Destination);
+    if (conflict.bSourceHasModifiedTime) {
+        conflict.SourceDate = FormatConflictFileTime(FileTimeOf(conflict.SourceModifiedTicks));
     }
-    if (ReadModifiedTime(Destination.Status, time)) {
-        conflict.bDestinationHasModifiedTime = true;
-        conflict.DestinationModifiedTicks = ConflictFileTimeTicks(time);
-        conflict.DestinationDate = FormatConflictFileTime(time);
+    if (conflict.bDestinationHasModifiedTime) {
+        conflict.DestinationDate =
+            FormatConflictFileTime(FileTimeOf(conflict.DestinationModifiedTicks));
     }
     return conflict;
 }
@@ -1045,8 +1060,6 @@ bool ResolveLocalFileConflict(TarvaneTransferJob& Job, const MetPath& Source,
         return true;
     }
 
-    const TarvaneTransferConflict conflict =
-        MakeLocalConflict(TarvaneTransferConflictKind::File, Source, Destination);
     if (ConflictPolicy == TarvaneTransferConflictPolicy::Skip) {
         OutSkip = true;
         return true;
@@ -1055,6 +1068,10 @@ bool ResolveLocalFileConflict(TarvaneTransferJob& Job, const MetPath& Source,
         return true;
     }
 
+    constexpr auto kKind = TarvaneTransferConflictKind::File;
+    const TarvaneTransferConflict conflict = Job.RemembersAnswerFor(kKind)
+                                                 ? MakeUndatedConflict(kKind, Source, Destination)
+                                                 : MakeLocalConflict(kKind, Source, Destination);
     TarvaneTransferConflictAction action = TarvaneTransferConflictAction::Overwrite;
     std::string renamePath;
     if (!Job.WaitForConflict(conflict, action, renamePath)) {

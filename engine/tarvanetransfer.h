@@ -231,6 +231,10 @@ public:
     bool WaitForConflict(const TarvaneTransferConflict& Conflict,
                          TarvaneTransferConflictAction& OutAction, std::string& OutRenamePath);
 
+    // Whether an earlier "all" answer decides every later conflict of the kind, so that nobody will
+    // see one.
+    bool RemembersAnswerFor(TarvaneTransferConflictKind Kind) const;
+
     // Exactly one of these ends the job. The flags are set before the message, so a reader may
     // briefly see a finished job with its previous status text. Success plays the completion sound
     // on the calling thread, without the lock.

@@ -147,6 +147,17 @@ TEST_F(RememberedAnswer, EveryKindOtherThanDirectoryCountsAsFile) {
     EXPECT_FALSE(bAsked);
 }
 
+TEST_F(RememberedAnswer, IsKnownBeforeTheNextConflictOfItsKind) {
+    EXPECT_FALSE(Job.RemembersAnswerFor(Kind::File));
+    Ask(Kind::File, Action::Skip);
+    EXPECT_FALSE(Job.RemembersAnswerFor(Kind::File));
+    Ask(Kind::File, Action::OverwriteAllOlder);
+    EXPECT_TRUE(Job.RemembersAnswerFor(Kind::File));
+    EXPECT_FALSE(Job.RemembersAnswerFor(Kind::Directory));
+    Ask(Kind::Directory, Action::MergeAll);
+    EXPECT_TRUE(Job.RemembersAnswerFor(Kind::Directory));
+}
+
 TEST_F(RememberedAnswer, GivesWayToACancel) {
     Ask(Kind::File, Action::SkipAll);
     Job.RequestCancel();
