@@ -114,6 +114,12 @@ public:
     bool IsDirectory() const { return Error == 0 && S_ISDIR(Info.st_mode); }
     bool IsRegularFile() const { return Error == 0 && S_ISREG(Info.st_mode); }
 
+    // False only where both exist for certain and are two files.
+    bool MayBeSameAs(const PathStatus& Other) const {
+        return Error != 0 || Other.Error != 0 ||
+               (Info.st_ino == Other.Info.st_ino && Info.st_dev == Other.Info.st_dev);
+    }
+
     // Of a regular file.
     std::uint64_t SizeBytes() const { return static_cast<std::uint64_t>(Info.st_size); }
     const timespec& ModifiedTime() const { return Info.st_mtim; }
@@ -1823,8 +1829,8 @@ TransferCopyResult CopyByKind(ItemCopy& Item, const PathStatus& SourceStatus,
                             errorMessage);
 }
 
-// Below an item, the texts of both paths differ as those of the item do: only what is there can be
-// the source.
+// Below an item, the texts of both paths differ as those of the item do: only what is there and the
+// same file can be the source.
 TransferCopyResult CopyEntry(ItemCopy& Item, const PathStatus& SourceStatus) {
     if (TarvaneIsCddaPath(Item.Source.native())) {
         return CopyCddaTrack(Item.Source, Item.Destination, Item.Job, Item.ConflictPolicy,
@@ -1834,7 +1840,8 @@ TransferCopyResult CopyEntry(ItemCopy& Item, const PathStatus& SourceStatus) {
         return FailCopy(Item.ErrorMessage, "Source does not exist: " + Item.Source.native());
     }
     const PathStatus targetStatus(Item.Destination.c_str());
-    if (targetStatus.Exists() && TarvanePathsEquivalentOrSame(Item.Source, Item.Destination)) {
+    if (targetStatus.Exists() && targetStatus.MayBeSameAs(SourceStatus) &&
+        TarvanePathsEquivalentOrSame(Item.Source, Item.Destination)) {
         return FailCopy(Item.ErrorMessage, "Source and destination are the same path.");
     }
     return CopyByKind(Item, SourceStatus, targetStatus);
