@@ -83,7 +83,7 @@ TEST_F(BenchTool, MeasuresNoProgramThatCopiesNothing) {
     const ProgramResult result = RunProgram(Command("/bin/true", "1"));
 
     EXPECT_EQ(result.Status, 1);
-    EXPECT_NE(result.Errors.find("/out/tree is not what it should be: "), std::string::npos)
+    EXPECT_NE(result.Errors.find("/out/tree is not what it should be: diff: "), std::string::npos)
         << result.Errors;
     EXPECT_EQ(result.Output, "");
     ExpectNothingLeft();

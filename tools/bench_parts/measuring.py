@@ -32,7 +32,7 @@ def run(command):
         process.returncode = os.waitstatus_to_exitcode(status)
         if process.returncode != 0:
             errors.seek(0)
-            text = errors.read().decode(errors="replace")[-500:]
+            text = errors.read().decode(errors="replace").strip()[-500:]
             raise WrongResult(f"{command[0]} ended with {process.returncode}: {text}")
     return {"cpu": usage.ru_utime + usage.ru_stime, "wall": wall}
 

@@ -2,6 +2,7 @@
 
 import dataclasses
 import os
+import subprocess
 import sys
 
 from bench_parts.places import command, remove
@@ -15,10 +16,10 @@ class WrongResult(Exception):
 
 
 def require_equal(expected, actual):
-    try:
-        command("diff", "-r", "--brief", "--no-dereference", expected, actual)
-    except RuntimeError as error:
-        raise WrongResult(f"{actual} is not what it should be: {error}") from None
+    diff = subprocess.run(["diff", "-r", "--brief", "--no-dereference", expected, actual],
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+    if diff.returncode != 0:
+        raise WrongResult(f"{actual} is not what it should be: {diff.stdout.splitlines()[0]}")
 
 
 @dataclasses.dataclass
