@@ -72,6 +72,7 @@ class Bench:
             remove(self.places.tree(name, place).parent)
         for place in self.places.directories:
             remove(self.places.out(place))
+            remove(self.places.moved(place))
 
     def measure(self, row):
         commands = row.commands(self.options.program, self.places)

@@ -55,6 +55,9 @@ class Places:
     def out(self, place):
         return self.directories[place] / "out"
 
+    def moved(self, place):
+        return self.directories[place] / "moved"
+
 
 def enter_mount_table_of_our_own():
     """Nobody else sees what is mounted from here on, and it goes when this process does."""

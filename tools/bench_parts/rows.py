@@ -80,9 +80,114 @@ class MemoryRow(Row):
         return {"ours": commands["ours"]}
 
 
+class Overwrite(Row):
+    """A copy onto files of the same names with other contents."""
+
+    def other(self, places):
+        return places.tree(f"{self.tree}-other", self.target)
+
+    def trees(self):
+        return super().trees() + [(f"{self.tree}-other", self.target)]
+
+    def commands(self, program, places):
+        source, out = places.tree(self.tree, self.source), places.out(self.target)
+        return {"ours": [program, "copy", "-q", "-f", source, out],
+                self.against: ["cp", "-r", source, out]}
+
+    def prepare(self, places):
+        super().prepare(places)
+        command("cp", "-r", self.other(places), places.out(self.target))
+        os.sync()
+
+
+@dataclasses.dataclass
+class Keep(Overwrite):
+    """A copy that leaves everything as it is."""
+
+    option: str = ""
+
+    @property
+    def against(self):
+        return f"cp -r{self.option}"
+
+    def commands(self, program, places):
+        source, out = places.tree(self.tree, self.source), places.out(self.target)
+        return {"ours": [program, "copy", "-q", f"-{self.option}", source, out],
+                self.against: ["cp", f"-r{self.option}", source, out]}
+
+    def prepare(self, places):
+        if not places.out(self.target).exists():
+            super().prepare(places)
+
+    def check(self, who, places):
+        require_equal(self.other(places), places.out(self.target) / "tree")
+
+
+class Move(Row):
+    """A move of a copy of the tree, which stays in the target's file system."""
+
+    against = "mv"
+
+    def trees(self):
+        return [(self.tree, self.target)]
+
+    def room(self):
+        return super().room() + [(self.tree, self.source)]
+
+    def commands(self, program, places):
+        source, out = places.moved(self.source) / "tree", places.out(self.target)
+        return {"ours": [program, "move", "-q", source, out], "mv": ["mv", source, out]}
+
+    def prepare(self, places):
+        super().prepare(places)
+        remove(places.moved(self.source))
+        places.moved(self.source).mkdir()
+        command("cp", "-r", places.tree(self.tree, self.target), places.moved(self.source))
+        os.sync()
+
+    def check(self, who, places):
+        require_equal(places.tree(self.tree, self.target), places.out(self.target) / "tree")
+        if (places.moved(self.source) / "tree").exists():
+            raise WrongResult(f"{who} left the source behind")
+
+
+class Rename(Move):
+    """A move within a file system, against a look at every file: that is most of its work."""
+
+    against = "find -size"
+
+    def commands(self, program, places):
+        commands = super().commands(program, places)
+        source = places.moved(self.source) / "tree"
+        return {"ours": commands["ours"], self.against: ["find", source, "-size", "+1"]}
+
+    def check(self, who, places):
+        if who == "ours":
+            super().check(who, places)
+
+
+class Preflight(Row):
+    """The look at everything before the first byte, as a share of the whole run."""
+
+    against = "the whole run"
+
+    def commands(self, program, places):
+        whole = super().commands(program, places)["ours"]
+        return {"ours": [*whole, "--dry-run"], self.against: whole}
+
+    def check(self, who, places):
+        if who == self.against:
+            super().check(who, places)
+        elif any(places.out(self.target).iterdir()):
+            raise WrongResult("The dry run copied something")
+
+
 def rows():
     def ratio(goal, beyond):
         return {"ratio": (goal, beyond), "memory": MEMORY}
+
+    def preflight(name, title, *where):
+        return Preflight(f"preflight-{name}", f"pre-flight of {title}", *where, ratio(0.06, 0.03))
 
     big, small = "one file of 4 GiB", "50,000 small files"
     mixed = "20,000 mixed files, 1 GiB"
@@ -98,8 +203,20 @@ def rows():
             {"ratio": (1.75, 1)}),
         SlowRow("deep-2000", "2,000 levels deep, 2,000 files, tmpfs", "deep-2000", "tmpfs",
                 "tmpfs", {"seconds": (5, 1), "memory": (300, 300)}),
+        Move("move-across", f"move of {mixed}, tmpfs → ext4", "mixed", "tmpfs", "ext4",
+             ratio(0.85, 0.6)),
+        Rename("move-rename", f"move of {mixed}, by rename, tmpfs", "mixed", "tmpfs", "tmpfs",
+               ratio(2.2, 1.5)),
+        Overwrite("overwrite", f"overwrite {mixed}, ext4", "mixed", "ext4", "ext4",
+                  ratio(1.25, 1.05)),
+        Keep("skip", f"skip {mixed}, ext4", "mixed", "ext4", "ext4", ratio(2.5, 1.3), option="n"),
+        Keep("update", "-u onto 30,000 small files, tmpfs", "update", "tmpfs", "tmpfs",
+             ratio(4, 2), option="u"),
         Row("empty", "200,000 empty files in a folder, tmpfs → ext4", "empty", "tmpfs", "ext4",
             ratio(1.3, 1)),
+        preflight("small-tmpfs", f"{small}, tmpfs", "small", "tmpfs", "tmpfs"),
+        preflight("small-ext4", f"{small}, ext4", "small", "ext4", "ext4"),
+        preflight("mixed", f"{mixed}, ext4", "mixed", "ext4", "ext4"),
         MemoryRow("million", "1,000,000 empty files, tmpfs", "million", "tmpfs", "tmpfs",
                   {"memory": MEMORY}),
     ]

@@ -88,6 +88,10 @@ def trees(quick):
         "big": one_file(4 * GIB // part // MIB * MIB),
         "small": folders(50_000 // part, 500, small_size, 0),
         "mixed": folders(20_000 // part, 200, mixed_size, 52 * KIB),
+        # The same names with other contents, to be where a copy goes.
+        "mixed-other": folders(20_000 // part, 200, mixed_size, 52 * KIB),
+        "update": folders(30_000 // part, 500, small_size, 0),
+        "update-other": folders(30_000 // part, 500, small_size, 0),
         "empty": folders(200_000 // part, 200_000, no_size, 0),
         "million": folders(1_000_000, 1000, no_size, 0),
         "deep-200": chain(200, 1000),
