@@ -4,6 +4,7 @@ import contextlib
 import os
 import pathlib
 import platform
+import shutil
 import signal
 import subprocess
 import sys
@@ -74,8 +75,16 @@ class Bench:
             remove(self.places.out(place))
             remove(self.places.moved(place))
 
+    def present(self, commands):
+        """A program that could not be installed is left out; the first two are always there."""
+        for name in list(commands):
+            if name in ("rsync", "mc") and not shutil.which(name):
+                print(f"{name} is not installed and left out.", file=sys.stderr)
+                del commands[name]
+        return commands
+
     def measure(self, row):
-        commands = row.commands(self.options.program, self.places)
+        commands = self.present(row.commands(self.options.program, self.places))
         # A round that does not count: it warms the caches, and it is checked.
         for who, command in commands.items():
             row.prepare(self.places)

@@ -49,7 +49,7 @@ class Places:
         self.directories = {"tmpfs": work / "tmpfs", "ext4": work / "ext4"}
 
     def tree(self, name, place):
-        """A tree is called tree wherever it is."""
+        """A tree is alone in its directory, because mc is told to copy the first entry."""
         return self.directories[place] / name / "tree"
 
     def out(self, place):

@@ -6,16 +6,16 @@ MIB_IN_KIB = 1024
 SHOWN_CALLS = 8
 
 
-def ratios(row, what):
+def ratios(row, what, who="ours"):
     """Of each round, against the other of the same round."""
     if row["against"] not in row["runs"]:
         return []
     return [run[what] / other[what]
-            for run, other in zip(row["runs"]["ours"], row["runs"][row["against"]])]
+            for run, other in zip(row["runs"].get(who, []), row["runs"][row["against"]])]
 
 
-def median_ratio(row, what):
-    values = ratios(row, what)
+def median_ratio(row, what, who="ours"):
+    values = ratios(row, what, who)
     return statistics.median(values) if values else None
 
 
@@ -86,6 +86,13 @@ def ratio_table(figures):
     return table(heads, lines, {0, 1, 2, 11})
 
 
+def peer_table(figures):
+    peers = ["rsync", "tar", "mc"]
+    lines = [[row["name"], *(number(median_ratio(row, "cpu", who)) for who in ["ours", *peers])]
+             for row in figures["rows"] if any(peer in row["runs"] for peer in peers)]
+    return table(["CPU against cp -r", "tarvane", *peers], lines, {0}) if lines else ""
+
+
 def calls_an_entry(row):
     """All calls for an entry of the tree, and the most frequent ones."""
     if not row["calls"]:
@@ -108,4 +115,5 @@ def cost_table(figures):
 
 
 def markdown(figures):
-    return ratio_table(figures) + "\n\n" + cost_table(figures)
+    parts = [ratio_table(figures), peer_table(figures), cost_table(figures)]
+    return "\n\n".join(part for part in parts if part)

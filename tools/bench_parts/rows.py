@@ -2,11 +2,14 @@
 
 import dataclasses
 import os
+import pathlib
 import subprocess
 import sys
 
 from bench_parts.places import command, remove
 
+PEERS = ("rsync", "tar", "mc")
+MC_COPY = pathlib.Path(__file__).with_name("mc_copy.py")
 # In MiB: the goal, and what is beyond it.
 MEMORY = (8, 5)
 
@@ -33,6 +36,7 @@ class Row:
     target: str
     # By what is measured: the goal, and what is beyond it.
     goals: dict
+    peers: tuple = ()
 
     against = "cp -r"
     bWithQuick = True
@@ -48,11 +52,18 @@ class Row:
         return self.trees() + [(self.tree, self.target)]
 
     def commands(self, program, places):
-        """By who does it: ours first, then the one to compare with."""
+        """By who does it: ours first, then the one to compare with, then others."""
         source = places.tree(self.tree, self.source)
         out = places.out(self.target)
+        pipe = 'tar -C "$1" -c tree | tar -C "$2" -x'
+        peers = {
+            "rsync": ["rsync", "-r", source, f"{out}/"],
+            "tar": ["sh", "-c", pipe, "sh", source.parent, out],
+            "mc": [MC_COPY, source, out],
+        }
         return {"ours": [program, "copy", "-q", source, out],
-                self.against: ["cp", "-r", source, out]}
+                self.against: ["cp", "-r", source, out],
+                **{name: peers[name] for name in self.peers}}
 
     def prepare(self, places):
         remove(places.out(self.target))
@@ -195,10 +206,10 @@ def rows():
         Row("big-tmpfs", f"{big}, tmpfs", "big", "tmpfs", "tmpfs", ratio(1, 0.95)),
         Row("big-ext4", f"{big}, ext4", "big", "ext4", "ext4", ratio(1, 0.95)),
         Row("small-tmpfs-ext4", f"{small}, tmpfs → ext4", "small", "tmpfs", "ext4",
-            ratio(0.95, 0.75)),
-        Row("small-ext4", f"{small}, ext4", "small", "ext4", "ext4", ratio(1.45, 1.1)),
-        Row("small-tmpfs", f"{small}, tmpfs", "small", "tmpfs", "tmpfs", ratio(1.5, 1.2)),
-        Row("mixed", f"{mixed}, ext4", "mixed", "ext4", "ext4", ratio(1.25, 1)),
+            ratio(0.95, 0.75), PEERS),
+        Row("small-ext4", f"{small}, ext4", "small", "ext4", "ext4", ratio(1.45, 1.1), PEERS),
+        Row("small-tmpfs", f"{small}, tmpfs", "small", "tmpfs", "tmpfs", ratio(1.5, 1.2), PEERS),
+        Row("mixed", f"{mixed}, ext4", "mixed", "ext4", "ext4", ratio(1.25, 1), PEERS),
         Row("deep-200", "200 levels deep, 1,000 files, tmpfs", "deep-200", "tmpfs", "tmpfs",
             {"ratio": (1.75, 1)}),
         SlowRow("deep-2000", "2,000 levels deep, 2,000 files, tmpfs", "deep-2000", "tmpfs",
