@@ -42,8 +42,12 @@ protected:
     BenchTool() { NeedLoopDevices(); }
 
     std::vector<std::string> Command(const fs::path& Program, const std::string& Pairs) const {
-        return {TARVANE_BENCH, "--quick", "--pairs",   Pairs,    "--program",
-                Program,       "--dir",   Work.Path(), "--json", Results / "figures.json",
+        return {TARVANE_BENCH, "--quick",
+                "--pairs",     Pairs,
+                "--program",   Program,
+                "--dir",       Work.Path(),
+                "--json",      Results / "figures.json",
+                "--chart",     Results / "chart.svg",
                 "deep-200"};
     }
 
@@ -76,6 +80,7 @@ TEST_F(BenchTool, MeasuresTheRowThatIsNamed) {
     EXPECT_EQ(row["runs"]["cp -r"].size(), 2U);
     EXPECT_GT(row["memory"], 0);
     EXPECT_GT(row["calls"]["openat"], 1000);
+    EXPECT_TRUE(TextOf(Results / "chart.svg").starts_with("<svg "));
     ExpectNothingLeft();
 }
 
