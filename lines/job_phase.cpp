@@ -26,17 +26,6 @@
 
 namespace {
 
-// Where the copy of a source, or of what lies in one, is put.
-std::filesystem::path DirectoryForCopyOf(const std::filesystem::path& Source,
-                                         const TarvaneTransferPlan& Plan) {
-    for (const TarvaneTransferItemPlan& item : Plan.Items) {
-        if (IsWithin(Source, item.SourcePath)) {
-            return Rebased(Source, item.SourcePath, item.DestinationPath).parent_path();
-        }
-    }
-    return {};
-}
-
 // None where each name is told. Nor where a track may be skipped: it counts no bytes then, which
 // nobody would know at the end.
 EngineAnswers AnswersLeftToEngine(const TarvaneTransferPlan& Plan, const FoundBeforehand& Found,
@@ -219,8 +208,9 @@ std::string JobActivity::PartingSentence() {
         return left + "nothing was copied yet";
     }
     const std::string source = Session.Job().GetCurrentPath();
+    const std::filesystem::path directory = PlannedDestination(source, Plan).parent_path();
     return left + "a partial copy of " + Quoted(source) + " may stay in " +
-           Quoted(DirectoryForCopyOf(source, Plan).native());
+           Quoted(directory.native());
 }
 
 RunOutcome JobActivity::Finish() {

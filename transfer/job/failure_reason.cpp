@@ -34,12 +34,10 @@ fs::path CurrentDestination(const FailedJob& Failed) {
     const auto holds = [&Failed](const TarvaneTransferItemPlan& Item) {
         return IsWithin(Failed.CurrentPath, Item.SourcePath);
     };
-    const auto& items = Failed.Plan.Items;
-    const auto found = std::ranges::find_if(items, holds);
-    if (found == items.end() || std::ranges::count_if(items, holds) > 1) {
+    if (std::ranges::count_if(Failed.Plan.Items, holds) > 1) {
         return {};
     }
-    return Rebased(Failed.CurrentPath, found->SourcePath, found->DestinationPath);
+    return PlannedDestination(Failed.CurrentPath, Failed.Plan);
 }
 
 Addition AboutUnopenedDestination(const FailedJob& Failed) {

@@ -42,6 +42,15 @@ fs::path Rebased(const fs::path& Path, const fs::path& From, const fs::path& To)
     return Path == From ? To : To / Path.lexically_relative(From);
 }
 
+fs::path PlannedDestination(const fs::path& Source, const TarvaneTransferPlan& Plan) {
+    for (const TarvaneTransferItemPlan& item : Plan.Items) {
+        if (IsWithin(Source, item.SourcePath)) {
+            return Rebased(Source, item.SourcePath, item.DestinationPath);
+        }
+    }
+    return {};
+}
+
 fs::path NearestExistingDirectory(const fs::path& Path) {
     std::error_code ec;
     fs::path directory = fs::absolute(Path, ec);
