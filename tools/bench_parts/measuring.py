@@ -12,8 +12,8 @@ import tempfile
 import time
 
 from bench_parts import trees
-from bench_parts.places import remove
-from bench_parts.rows import WrongResult, kept_trees
+from bench_parts.places import Failure, remove
+from bench_parts.rows import kept_trees
 
 
 def run(command):
@@ -34,7 +34,7 @@ def run(command):
         if process.returncode != 0:
             errors.seek(0)
             text = errors.read().decode(errors="replace").strip()[-500:]
-            raise WrongResult(f"{command[0]} ended with {process.returncode}: {text}")
+            raise Failure(f"{command[0]} ended with {process.returncode}: {text}")
     return {"cpu": usage.ru_utime + usage.ru_stime, "wall": wall}
 
 

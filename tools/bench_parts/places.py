@@ -15,15 +15,15 @@ CLONE_NEWNS = 0x20000
 ENDING_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 
 
-class TooLittleRoom(Exception):
-    pass
+class Failure(Exception):
+    """Ends the tool with its sentence."""
 
 
 def command(*words):
     done = subprocess.run(words, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                           stderr=subprocess.PIPE, text=True)
     if done.returncode != 0:
-        raise RuntimeError(f"{' '.join(map(str, words))}: {done.stderr.strip()}")
+        raise Failure(f"{' '.join(map(str, words))}: {done.stderr.strip()}")
 
 
 def remove(path):
@@ -38,8 +38,8 @@ def available_memory():
 
 def refuse_unless(needed, free, what):
     if needed > free:
-        raise TooLittleRoom(f"These rows need {needed / GIB:.1f} GiB {what}, and"
-                            f" {free / GIB:.1f} GiB are free; name fewer rows or use --quick.")
+        raise Failure(f"These rows need {needed / GIB:.1f} GiB {what}, and {free / GIB:.1f} GiB"
+                      " are free; name fewer rows or use --quick.")
 
 
 class Places:

@@ -6,7 +6,7 @@ import pathlib
 import subprocess
 import sys
 
-from bench_parts.places import command, remove
+from bench_parts.places import Failure, command, remove
 
 PEERS = ("rsync", "tar", "mc")
 MC_COPY = pathlib.Path(__file__).with_name("mc_copy.py")
@@ -14,15 +14,11 @@ MC_COPY = pathlib.Path(__file__).with_name("mc_copy.py")
 MEMORY = (8, 5)
 
 
-class WrongResult(Exception):
-    pass
-
-
 def require_equal(expected, actual):
     diff = subprocess.run(["diff", "-r", "--brief", "--no-dereference", expected, actual],
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
     if diff.returncode != 0:
-        raise WrongResult(f"{actual} is not what it should be: {diff.stdout.splitlines()[0]}")
+        raise Failure(f"{actual} is not what it should be: {diff.stdout.splitlines()[0]}")
 
 
 @dataclasses.dataclass
@@ -159,7 +155,7 @@ class Move(Row):
     def check(self, who, places):
         require_equal(places.tree(self.tree, self.target), places.out(self.target) / "tree")
         if (places.moved(self.source) / "tree").exists():
-            raise WrongResult(f"{who} left the source behind")
+            raise Failure(f"{who} left the source behind")
 
 
 class Rename(Move):
@@ -190,7 +186,7 @@ class Preflight(Row):
         if who == self.against:
             super().check(who, places)
         elif any(places.out(self.target).iterdir()):
-            raise WrongResult("The dry run copied something")
+            raise Failure("The dry run copied something")
 
 
 def rows():
