@@ -114,6 +114,14 @@ def cost_table(figures):
     return table(heads, lines, {0, 6})
 
 
+def machine_sentence(figures):
+    machine = figures["machine"]
+    kernel = machine["kernel"].partition("-")[0]
+    return (f"Measured on {machine['cores']} cores of {machine['cpu']} with"
+            f" {machine['memory'] / 1024**3:.0f} GiB of memory, Linux {kernel}; trees made from"
+            f" seed {figures['seed']}.")
+
+
 def markdown(figures):
-    parts = [ratio_table(figures), peer_table(figures), cost_table(figures)]
+    parts = [machine_sentence(figures), ratio_table(figures), peer_table(figures), cost_table(figures)]
     return "\n\n".join(part for part in parts if part)
