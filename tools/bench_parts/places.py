@@ -52,6 +52,11 @@ class Places:
         """A tree is alone in its directory, because mc is told to copy the first entry."""
         return self.directories[place] / name / "tree"
 
+    def flush(self):
+        """Writes what is still to be written here; nobody else's data."""
+        for directory in self.directories.values():
+            command("sync", "--file-system", directory)
+
     def out(self, place):
         return self.directories[place] / "out"
 

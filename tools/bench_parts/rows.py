@@ -1,7 +1,6 @@
 """The rows of the table: what each copies or moves, against what, and how fast it should be."""
 
 import dataclasses
-import os
 import pathlib
 import subprocess
 import sys
@@ -64,7 +63,7 @@ class Row:
     def prepare(self, places):
         remove(places.out(self.target))
         places.out(self.target).mkdir()
-        os.sync()
+        places.flush()
 
     def check(self, who, places):
         require_equal(places.tree(self.tree, self.source), places.out(self.target) / "tree")
@@ -104,7 +103,7 @@ class Overwrite(Row):
     def prepare(self, places):
         super().prepare(places)
         command("cp", "-r", self.other(places), places.out(self.target))
-        os.sync()
+        places.flush()
 
 
 @dataclasses.dataclass
@@ -150,7 +149,7 @@ class Move(Row):
         remove(places.moved(self.source))
         places.moved(self.source).mkdir()
         command("cp", "-r", places.tree(self.tree, self.target), places.moved(self.source))
-        os.sync()
+        places.flush()
 
     def check(self, who, places):
         require_equal(places.tree(self.tree, self.target), places.out(self.target) / "tree")
