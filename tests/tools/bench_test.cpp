@@ -103,7 +103,7 @@ TEST_F(BenchTool, TakesEverythingAwayOnCtrlC) {
 
     bench.Type("\x03");
 
-    EXPECT_TRUE(bench.ShowsText("Interrupted; nothing is left behind."));
+    EXPECT_TRUE(bench.ShowsText("Interrupted by SIGINT; nothing is left behind."));
     EXPECT_TRUE(bench.ExitsWith(1));
     ExpectNothingLeft();
 }
