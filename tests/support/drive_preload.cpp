@@ -9,16 +9,17 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <pthread.h>
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <time.h>
 #include <unistd.h>
 
 namespace {
@@ -80,6 +81,12 @@ std::unique_ptr<Drives> gDrives;
     auto drives = std::make_unique<Drives>();
     drives->Description = ReadDriveDescription(file);
     gDrives = std::move(drives);
+    // A process forked by one thread while another holds the lock could not take it any more.
+    const auto lock = [] { gDrives->Mutex.lock(); };
+    const auto unlock = [] { gDrives->Mutex.unlock(); };
+    if (pthread_atfork(lock, unlock, unlock) != 0) {
+        std::abort();
+    }
 }
 
 // As in the kernel, no signal ends the wait early.

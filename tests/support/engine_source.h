@@ -3,4 +3,5 @@
 
 #pragma once
 
+// NOLINTNEXTLINE(bugprone-suspicious-include)
 #include "tarvanetransfer.cpp"

@@ -23,8 +23,13 @@ bool MayAllocate() {
 
 } // namespace
 
+// The address sanitizer has one of its own, which does not go with the delete below.
+void* operator new(std::size_t Size, const std::nothrow_t&) noexcept {
+    return MayAllocate() ? std::malloc(Size == 0 ? 1 : Size) : nullptr;
+}
+
 void* operator new(std::size_t Size) {
-    void* memory = MayAllocate() ? std::malloc(Size == 0 ? 1 : Size) : nullptr;
+    void* memory = operator new(Size, std::nothrow);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
@@ -33,6 +38,10 @@ void* operator new(std::size_t Size) {
 
 void* operator new[](std::size_t Size) {
     return operator new(Size);
+}
+
+void operator delete(void* Memory, const std::nothrow_t&) noexcept {
+    std::free(Memory);
 }
 
 void operator delete(void* Memory) noexcept {

@@ -1,53 +1,16 @@
 #include "hanging_file_system.h"
 
-#include "needs.h"
+#include "fuse_device.h"
 
 #include <array>
-#include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <linux/fuse.h>
 #include <poll.h>
-#include <string>
 #include <sys/eventfd.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/uio.h>
-#include <system_error>
 #include <unistd.h>
+#include <vector>
 
 namespace {
-
-std::filesystem::path NeededDevice() {
-    const std::filesystem::path node = "/dev/fuse";
-    NeedDeviceNode(node);
-    return node;
-}
-
-std::filesystem::path MountFuse(const std::filesystem::path& Where, int Device) {
-    std::filesystem::create_directories(Where);
-    const std::string options =
-        "fd=" + std::to_string(Device) + ",rootmode=40000,user_id=0,group_id=0,allow_other";
-    if (mount("hanging", Where.c_str(), "fuse", 0, options.c_str()) != 0) {
-        throw std::system_error(errno, std::generic_category(), "mounting a FUSE file system");
-    }
-    return Where;
-}
-
-template <typename Reply>
-void Send(int Device, const fuse_in_header& To, Reply Body) {
-    fuse_out_header header{sizeof(header) + sizeof(Body), 0, To.unique};
-    const std::array<iovec, 2> parts{{{&header, sizeof(header)}, {&Body, sizeof(Body)}}};
-    [[maybe_unused]] const ssize_t written = writev(Device, parts.data(), parts.size());
-}
-
-fuse_init_out Agreement() {
-    fuse_init_out reply{};
-    reply.major = FUSE_KERNEL_VERSION;
-    reply.minor = FUSE_KERNEL_MINOR_VERSION;
-    reply.max_write = 4096;
-    return reply;
-}
 
 fuse_attr_out RootStatus() {
     fuse_attr_out reply{};
@@ -60,8 +23,8 @@ fuse_attr_out RootStatus() {
 } // namespace
 
 HangingFileSystem::HangingFileSystem(const std::filesystem::path& Where)
-    : Device(open(NeededDevice().c_str(), O_RDWR | O_CLOEXEC)), Stop(eventfd(0, EFD_CLOEXEC)),
-      Mount(MountFuse(Where, Device.Get())), Server(&HangingFileSystem::Serve, this) {}
+    : Device(OpenFuseDevice()), Stop(eventfd(0, EFD_CLOEXEC)), Mount(MountFuse(Where, Device)),
+      Server(&HangingFileSystem::Serve, this) {}
 
 HangingFileSystem::~HangingFileSystem() {
     eventfd_write(Stop.Get(), 1);
@@ -69,7 +32,7 @@ HangingFileSystem::~HangingFileSystem() {
 }
 
 void HangingFileSystem::Serve() {
-    alignas(fuse_in_header) std::array<char, FUSE_MIN_READ_BUFFER> request;
+    std::vector<char> request(FUSE_MIN_READ_BUFFER + kFuseWriteBytes);
     while (true) {
         std::array<pollfd, 2> events{{{Device.Get(), POLLIN, 0}, {Stop.Get(), POLLIN, 0}}};
         poll(events.data(), events.size(), -1);
@@ -87,10 +50,10 @@ bool HangingFileSystem::Answer(const char* Request) {
     std::memcpy(&header, Request, sizeof(header));
     switch (header.opcode) {
     case FUSE_INIT:
-        Send(Device.Get(), header, Agreement());
+        SendToFuse(Device, header, FuseAgreement());
         return true;
     case FUSE_GETATTR:
-        Send(Device.Get(), header, RootStatus());
+        SendToFuse(Device, header, RootStatus());
         return true;
     default:
         return false;

@@ -54,3 +54,10 @@
 // RunTarvaneTransferJob(const std::shared_ptr<TarvaneTransferJob>&, TarvaneTransferPlan)
 #define LINK_NAME_RunTarvaneTransferJob                                                            \
     "_Z21RunTarvaneTransferJobRKSt10shared_ptrI18TarvaneTransferJobE19TarvaneTransferPlan"
+// FindOpticalDrives()
+#define LINK_NAME_FindOpticalDrives "_Z17FindOpticalDrivesB5cxx11v"
+
+// What a pane shows.
+
+// BrowseList::EntryAt(std::size_t) const
+#define LINK_NAME_EntryAt "_ZNK10BrowseList7EntryAtEm"

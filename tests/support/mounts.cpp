@@ -36,6 +36,18 @@ void RunOrThrow(const std::string& Command) {
     }
 }
 
+// On a loop device.
+ScopedMount MountMade(const std::filesystem::path& Where, int SizeMegabytes,
+                      const std::string& MakeCommand, const std::string& MountOptions) {
+    NeedLoopDevices();
+    std::filesystem::create_directories(Where);
+    const std::string image = Where.string() + ".image";
+    std::ofstream(image).close();
+    std::filesystem::resize_file(image, static_cast<std::uintmax_t>(SizeMegabytes) << 20U);
+    RunOrThrow(MakeCommand + " '" + image + "' >/dev/null");
+    return MountImage(Where, image, MountOptions);
+}
+
 // Big enough for the files of the tests that measure the rate.
 constexpr int kDiskMegabytes = 24;
 
@@ -76,14 +88,25 @@ ScopedMount MountTmpfs(const std::filesystem::path& Where, const std::string& Op
     return ScopedMount(Where);
 }
 
-ScopedMount MountLoopDisk(const std::filesystem::path& Where, int SizeMegabytes) {
+ScopedMount MountLoopDisk(const std::filesystem::path& Where, int SizeMegabytes,
+                          const std::string& Options) {
+    return MountMade(Where, SizeMegabytes, "mkfs.ext4 -q -F " + Options, "loop");
+}
+
+ScopedMount MountVfat(const std::filesystem::path& Where, int SizeMegabytes) {
+    std::filesystem::create_directories(Where);
+    // Nothing can be mounted from there, but the kernel looks for the file system first.
+    if (::mount("none", Where.c_str(), "vfat", 0, "") != 0 && errno == ENODEV) {
+        SkipTest("needs the file system vfat");
+    }
+    return MountMade(Where, SizeMegabytes, "mkfs.vfat", "loop,umask=022");
+}
+
+ScopedMount MountImage(const std::filesystem::path& Where, const std::filesystem::path& Image,
+                       const std::string& Options) {
     NeedLoopDevices();
     std::filesystem::create_directories(Where);
-    const std::string image = Where.string() + ".image";
-    std::ofstream(image).close();
-    std::filesystem::resize_file(image, static_cast<std::uintmax_t>(SizeMegabytes) << 20U);
-    RunOrThrow("mkfs.ext4 -q -F '" + image + "'");
-    RunOrThrow("mount -o loop '" + image + "' '" + Where.string() + "'");
+    RunOrThrow("mount -o " + Options + " '" + Image.string() + "' '" + Where.string() + "'");
     return ScopedMount(Where);
 }
 

@@ -35,8 +35,17 @@ private:
 // Options is the text that tmpfs takes: "size=1m".
 ScopedMount MountTmpfs(const std::filesystem::path& Where, const std::string& Options);
 
-// A fresh ext4 on a loop device, which goes away with the mount.
-ScopedMount MountLoopDisk(const std::filesystem::path& Where, int SizeMegabytes);
+// A fresh ext4 on a loop device, which goes away with the mount. Options are for mkfs.ext4.
+ScopedMount MountLoopDisk(const std::filesystem::path& Where, int SizeMegabytes,
+                          const std::string& Options = "");
+
+// The same with vfat, for those tests that can do without where the kernel does not have it. All
+// entries are root's, with 0755.
+ScopedMount MountVfat(const std::filesystem::path& Where, int SizeMegabytes);
+
+// The file system that Image holds, on a loop device.
+ScopedMount MountImage(const std::filesystem::path& Where, const std::filesystem::path& Image,
+                       const std::string& Options = "loop");
 
 // Shows What at Where, read-only. Both may be the same directory.
 ScopedMount BindReadOnly(const std::filesystem::path& What, const std::filesystem::path& Where);

@@ -61,7 +61,7 @@ protected:
 
     std::string Short(const std::filesystem::path& Path) const {
         const std::string start = Directory.Path().native() + "/";
-        const std::string text = Path.native();
+        const std::string& text = Path.native();
         return text.rfind(start, 0) == 0 ? text.substr(start.size()) : text;
     }
 

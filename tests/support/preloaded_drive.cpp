@@ -1,9 +1,9 @@
 #include "preloaded_drive.h"
 
 #include "drive_description.h"
+#include "sanitizer_options.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -30,13 +30,10 @@ void PreloadedDrives::Describe(const FakeDisc& Disc) {
 }
 
 std::vector<std::pair<std::string, std::string>> PreloadedDrives::Environment() const {
-    // The address sanitizer insists on being loaded first, though only the calls of drives come
-    // between it and the program.
-    const char* options = std::getenv("ASAN_OPTIONS");
-    return {{"LD_PRELOAD", Directory / "drives.so"},
-            {"TEST_DRIVES", (Directory / "description").string()},
-            {"ASAN_OPTIONS",
-             (options == nullptr ? "" : std::string(options) + ":") + "verify_asan_link_order=0"}};
+    EnvironmentVariables variables{{"LD_PRELOAD", Directory / "drives.so"},
+                                   {"TEST_DRIVES", (Directory / "description").string()}};
+    LetLibrariesPrecedeIt(variables);
+    return variables;
 }
 
 std::vector<std::string> PreloadedDrives::Calls() const {

@@ -2,10 +2,10 @@
 
 #pragma once
 
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <system_error>
