@@ -38,6 +38,7 @@
 #include <fstream>
 #include <iterator>
 #include <limits>
+#include <optional>
 #include <stack>
 #include <string_view>
 #include <system_error>
@@ -827,16 +828,39 @@ void RemovePathIfPresent(const fs::path& Path) {
     }
 }
 
-// True when Path, or a link on its way, lies in Directory: removing that would take it along. What
-// is to be replaced is asked this first, so that an item that fails leaves its source alone.
-bool LeadsInto(const fs::path& Directory, const fs::path& Path) {
+bool IsSameLink(const fs::path& Link, const fs::path& Path) {
+    struct stat link {};
+    struct stat info {};
+    return ::lstat(Link.c_str(), &link) == 0 && ::lstat(Path.c_str(), &info) == 0 &&
+           link.st_ino == info.st_ino && link.st_dev == info.st_dev;
+}
+
+// True when Path, or a link on its way, lies in Directory, or is the link that Directory is:
+// removing that would take it along. What is to be replaced is asked this first, so that an item
+// that fails leaves its source alone. Links that do not come to an end count as leading there.
+bool LeadsInto(const fs::path& Directory, const fs::path& Path, int& InOutLinksLeft) {
+    std::error_code ec;
+    const bool removesLinkOnly = fs::is_symlink(Directory, ec);
     for (fs::path step = Path; step.has_relative_path(); step = step.parent_path()) {
-        if (TarvanePathIsInside(Directory, step) ||
-            TarvanePathsEquivalentOrSame(Directory, step.parent_path() / ".")) {
+        if (removesLinkOnly
+                ? IsSameLink(Directory, step)
+                : TarvanePathIsInside(Directory, step) ||
+                      TarvanePathsEquivalentOrSame(Directory, step.parent_path() / ".")) {
+            return true;
+        }
+        const fs::path next = fs::read_symlink(step, ec);
+        if (!ec && (--InOutLinksLeft < 0 ||
+                    LeadsInto(Directory, step.parent_path() / next, InOutLinksLeft))) {
             return true;
         }
     }
     return false;
+}
+
+bool LeadsInto(const fs::path& Directory, const fs::path& Path) {
+    constexpr int kMaxLinks = 1000;
+    int linksLeft = kMaxLinks;
+    return LeadsInto(Directory, Path, linksLeft);
 }
 
 // Counts: every entry below Path as an item, regular files with their bytes; links are not
@@ -1093,10 +1117,63 @@ bool ResolveLocalFileConflict(TarvaneTransferJob& Job, const MetPath& Source,
 //
 // Worker thread, once per file. Asks the kernel's block-device tree for the device number that
 // holds the destination and nothing else: a file system on a partition has no attribute there and
-// is not removable, deliberately.
+// is not removable, deliberately. The kernel is asked each time; only the attribute of the device
+// that was asked last stays open during a run, as opening it takes longer than all of the rest.
 // -------------------------------------------------------------------------------------------------
 
 namespace {
+
+// A device's attribute, which is open from the first question to the end of the scope.
+class RemovableAttribute {
+public:
+    RemovableAttribute() = default;
+    ~RemovableAttribute() { Close(); }
+    RemovableAttribute(const RemovableAttribute&) = delete;
+    RemovableAttribute& operator=(const RemovableAttribute&) = delete;
+
+    bool SaysRemovable(dev_t Asked) {
+        std::optional<long> value = Asked == Device ? Read() : std::nullopt;
+        if (!value) {
+            // Another device, or one with the number of a device that has gone.
+            Open(Asked);
+            value = Read();
+        }
+        return value == 1;
+    }
+
+private:
+    void Open(dev_t Asked) {
+        Close();
+        Device = Asked;
+        const std::string number =
+            std::to_string(major(Asked)) + ":" + std::to_string(minor(Asked));
+        const std::string path = "/sys/dev/block/" + number + "/removable";
+        Descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    }
+    std::optional<long> Read() const {
+        std::array<char, 32> text{};
+        if (Descriptor < 0 || ::pread(Descriptor, text.data(), text.size() - 1, 0) < 0) {
+            return std::nullopt;
+        }
+        return std::strtol(text.data(), nullptr, 10);
+    }
+    void Close() {
+        if (Descriptor >= 0) {
+            ::close(std::exchange(Descriptor, -1));
+        }
+    }
+
+    dev_t Device = 0;
+    int Descriptor = -1;
+};
+
+// The one of this thread's run, for all of its files.
+struct AttributeOfRun : RemovableAttribute {
+    AttributeOfRun() { gCurrent = this; }
+    ~AttributeOfRun() { gCurrent = nullptr; }
+
+    static inline thread_local RemovableAttribute* gCurrent = nullptr;
+};
 
 // Errors: false, silently; only the existence check throws (filesystem_error), when a folder on the
 // way cannot be searched.
@@ -1108,17 +1185,9 @@ bool IsRemovableDestination(const fs::path& Destination) {
             return false;
         }
     }
-    const std::string device =
-        std::to_string(major(info.st_dev)) + ":" + std::to_string(minor(info.st_dev));
-    const std::string attribute = "/sys/dev/block/" + device + "/removable";
-    const int fd = ::open(attribute.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
-        return false;
-    }
-    std::array<char, 32> text{};
-    const ssize_t length = ::read(fd, text.data(), text.size() - 1);
-    ::close(fd);
-    return length > 0 && std::strtol(text.data(), nullptr, 10) == 1;
+    RemovableAttribute ofThisFile;
+    RemovableAttribute* const ofRun = AttributeOfRun::gCurrent;
+    return (ofRun != nullptr ? *ofRun : ofThisFile).SaysRemovable(info.st_dev);
 }
 
 } // namespace
@@ -1210,16 +1279,14 @@ bool CopyBlocks(std::ifstream& In, std::ofstream& Out, const fs::path& Target,
     return true;
 }
 
-// Makes room for a file at Target: its folder exists and no directory stands in its place. An
-// existing file is left for the open to truncate.
+// Makes room for a file at Target, where no directory may stand. An existing file is left for the
+// open to truncate, and a folder that is missing for the open to miss.
 bool PrepareFileTarget(const MetPath& Source, const MetPath& Target, TarvaneTransferJob& Job,
                        std::string& ErrorMessage) {
-    if (!EnsureDestinationParent(Target.Path, ErrorMessage)) {
-        return false;
-    }
     const std::error_code error = Target.Status.ErrorCode();
     if (error && error != std::errc::no_such_file_or_directory) {
-        return Fail(ErrorMessage, "Could not inspect destination '" + Target.Path.native() +
+        return EnsureDestinationParent(Target.Path, ErrorMessage) &&
+               Fail(ErrorMessage, "Could not inspect destination '" + Target.Path.native() +
                                       "': " + error.message());
     }
     if (!Target.Status.IsDirectory()) {
@@ -1243,6 +1310,13 @@ bool FillTarget(std::ifstream& In, std::ofstream& Out, const fs::path& Target,
     try {
         Out.open(Target, std::ios::binary | std::ios::trunc);
         if (!Out.is_open()) {
+            // Its folder is missing in the rarest of cases, and looking for it takes longer.
+            if (!EnsureDestinationParent(Target, ErrorMessage)) {
+                return false;
+            }
+            Out.open(Target, std::ios::binary | std::ios::trunc);
+        }
+        if (!Out.is_open()) {
             return Fail(ErrorMessage, "Failed to open destination file.");
         }
         return CopyBlocks(In, Out, Target, Job, ErrorMessage);
@@ -1255,25 +1329,49 @@ bool FillTarget(std::ifstream& In, std::ofstream& Out, const fs::path& Target,
     }
 }
 
-// The streams of the file that is copied, closed at the end of the scope. A thread has one pair for
-// all its files, as making a pair takes longer than opening it.
-struct FileStreams {
-    ~FileStreams() {
-        gIn.close();
-        gOut.close();
-    }
+// Making a pair of streams takes longer than opening it, so a run has one pair for all its files.
+// It is on the runner's stack: a thread's own objects have to be registered for the thread's end,
+// and where memory runs out in that, the process ends.
+struct StreamsOfRun {
+    StreamsOfRun() { gCurrent = this; }
+    ~StreamsOfRun() { gCurrent = nullptr; }
+    StreamsOfRun(const StreamsOfRun&) = delete;
+    StreamsOfRun& operator=(const StreamsOfRun&) = delete;
 
-    static inline thread_local std::ifstream gIn;
-    static inline thread_local std::ofstream gOut;
+    std::ifstream In;
+    std::ofstream Out;
+
+    static inline thread_local StreamsOfRun* gCurrent = nullptr;
+};
+
+// The streams of the file that is copied, closed at the end of the scope.
+class FileStreams {
+public:
+    FileStreams()
+        : Streams(StreamsOfRun::gCurrent != nullptr ? *StreamsOfRun::gCurrent
+                                                    : OfThisFile.emplace()) {}
+    ~FileStreams() {
+        Streams.In.close();
+        Streams.Out.close();
+    }
+    FileStreams(const FileStreams&) = delete;
+    FileStreams& operator=(const FileStreams&) = delete;
+
+    std::ifstream& In() { return Streams.In; }
+    std::ofstream& Out() { return Streams.Out; }
+
+private:
+    std::optional<StreamsOfRun> OfThisFile;
+    StreamsOfRun& Streams;
 };
 
 // Carries over the data only: the destination has the permissions, owner and times of a new file.
 // Counts: the file's bytes and one item, also when it is skipped. Errors: no destination is left
 // but where removing a move's source failed: then the complete copy stays.
-TransferCopyResult CopyFileWithProgress(const MetPath& Source, const MetPath& Destination,
-                                        TarvaneTransferJob& Job,
-                                        TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
-                                        std::string& ErrorMessage) {
+[[gnu::noinline]] TransferCopyResult
+CopyFileWithProgress(const MetPath& Source, const MetPath& Destination, TarvaneTransferJob& Job,
+                     TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
+                     std::string& ErrorMessage) {
     if (Job.IsCancelRequested()) {
         return FailCopy(ErrorMessage, "Transfer canceled.");
     }
@@ -1306,11 +1404,13 @@ TransferCopyResult CopyFileWithProgress(const MetPath& Source, const MetPath& De
 
     Job.SetCurrentPath(sourceText, fileSize);
     FileStreams streams;
-    streams.gIn.open(Source.Path, std::ios::binary);
-    if (!streams.gIn.is_open()) {
-        return FailCopy(ErrorMessage, "Failed to open source file.");
+    streams.In().open(Source.Path, std::ios::binary);
+    if (!streams.In().is_open()) {
+        return EnsureDestinationParent(target, ErrorMessage)
+                   ? FailCopy(ErrorMessage, "Failed to open source file.")
+                   : TransferCopyResult::Failed;
     }
-    if (!FillTarget(streams.gIn, streams.gOut, target, Job, ErrorMessage)) {
+    if (!FillTarget(streams.In(), streams.Out(), target, Job, ErrorMessage)) {
         return TransferCopyResult::Failed;
     }
     Job.SetCurrentFileProgress(fileSize, fileSize);
@@ -1577,10 +1677,9 @@ bool ExtractCddaTrackToWav(const std::string& Source, const fs::path& Destinatio
 namespace {
 
 // Removes nothing: the tracks of a moved CD stay where they are.
-TransferCopyResult CopyCddaTrack(const fs::path& Source, const fs::path& Destination,
-                                 TarvaneTransferJob& Job,
-                                 TarvaneTransferConflictPolicy ConflictPolicy,
-                                 std::string& ErrorMessage) {
+[[gnu::noinline]] TransferCopyResult
+CopyCddaTrack(const fs::path& Source, const fs::path& Destination, TarvaneTransferJob& Job,
+              TarvaneTransferConflictPolicy ConflictPolicy, std::string& ErrorMessage) {
     const std::string sourceText = Source.string();
     fs::path target = Destination;
     bool skip = false;
@@ -1599,12 +1698,33 @@ TransferCopyResult CopyCddaTrack(const fs::path& Source, const fs::path& Destina
                : TransferCopyResult::Failed;
 }
 
+// As the standard copy does it, whose form without exceptions ends the process where memory runs
+// out over a link.
+void RecreateLink(const fs::path& Source, const fs::path& Target, std::error_code& OutError) {
+    std::array<char, PATH_MAX> text{};
+    const ssize_t length = ::readlink(Source.c_str(), text.data(), text.size() - 1);
+    const bool made = length >= 0 && ::symlink(text.data(), Target.c_str()) == 0;
+    OutError = {made ? 0 : errno, std::generic_category()};
+}
+
+void CopySpecial(const fs::path& Source, const fs::path& Target, std::error_code& OutError) {
+    struct stat info {};
+    const bool link = ::lstat(Source.c_str(), &info) == 0 && S_ISLNK(info.st_mode);
+    if (link && ::lstat(Target.c_str(), &info) != 0 && errno == ENOENT) {
+        RecreateLink(Source, Target, OutError);
+        return;
+    }
+    fs::copy(Source, Target, fs::copy_options::overwrite_existing | fs::copy_options::copy_symlinks,
+             OutError);
+}
+
 // A link that leads to neither a file nor a directory is recreated as a link; what the standard
 // copy refuses (a pipe, a socket, a device) fails with its text.
-TransferCopyResult CopySpecialEntry(const MetPath& Source, const fs::path& Destination,
-                                    TarvaneTransferJob& Job,
-                                    TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
-                                    std::string& ErrorMessage) {
+[[gnu::noinline]] TransferCopyResult CopySpecialEntry(const MetPath& Source,
+                                                      const fs::path& Destination,
+                                                      TarvaneTransferJob& Job,
+                                                      TarvaneTransferConflictPolicy ConflictPolicy,
+                                                      bool bMove, std::string& ErrorMessage) {
     fs::path target = Destination;
     bool skip = false;
     if (!ResolveLocalFileConflict(Job, Source, target, ConflictPolicy, target, skip,
@@ -1635,8 +1755,7 @@ TransferCopyResult CopySpecialEntry(const MetPath& Source, const fs::path& Desti
             return FailCopy(ErrorMessage, ec.message());
         }
     }
-    fs::copy(Source.Path, target,
-             fs::copy_options::overwrite_existing | fs::copy_options::copy_symlinks, ec);
+    CopySpecial(Source.Path, target, ec);
     if (ec) {
         return FailCopy(ErrorMessage, ec.message());
     }
@@ -1661,6 +1780,8 @@ TransferCopyResult CopySpecialEntry(const MetPath& Source, const fs::path& Desti
 // entries of a directory. All kind tests follow links: a link to a directory becomes a real
 // directory with the linked contents, and on a move the files inside it are removed and then the
 // link. A move that gets here is always copy, then delete, entry by entry; nothing is rolled back.
+// A path has room for 2,047 directories, and a thread's stack for as many calls: the steps that
+// need much of it are never inlined into them.
 // -------------------------------------------------------------------------------------------------
 
 namespace {
@@ -1745,6 +1866,16 @@ bool PrepareDirectoryTarget(const fs::path& Source, const MetPath& Destination,
     return true;
 }
 
+// What is there by the whole path, which the copy goes by and which can have too many links or be
+// too long, though the name in the open directory is neither.
+PathStatus StatusOfEntry(const DirectoryListing& Listing, const dirent& Entry,
+                         const fs::path& Path) {
+    const bool byName = Entry.d_type != DT_LNK && Entry.d_type != DT_UNKNOWN;
+    return byName && Path.native().size() < PATH_MAX
+               ? PathStatus(Listing.Descriptor(), Entry.d_name)
+               : PathStatus(Path.c_str());
+}
+
 // Goes through the entries in the order of the listing; the first failure ends it.
 bool CopyDirectoryEntries(ItemCopy& Item) {
     DirectoryListing listing(Item.Source);
@@ -1757,8 +1888,8 @@ bool CopyDirectoryEntries(ItemCopy& Item) {
         }
         Item.Source.replace_filename(entry->d_name);
         Item.Destination.replace_filename(entry->d_name);
-        const PathStatus status(listing.Descriptor(), entry->d_name);
-        if (CopyEntry(Item, status) == TransferCopyResult::Failed) {
+        if (CopyEntry(Item, StatusOfEntry(listing, *entry, Item.Source)) ==
+            TransferCopyResult::Failed) {
             return false;
         }
     }
@@ -2121,6 +2252,8 @@ void RunTarvaneTransferJob(const std::shared_ptr<TarvaneTransferJob>& Job,
         return;
     }
     const ScopedIdleIoPriority idleIoPriority;
+    const AttributeOfRun attributeOfRun;
+    const StreamsOfRun streamsOfRun;
     if (!ScanPlan(Plan, *Job)) {
         return;
     }

@@ -31,6 +31,12 @@
 #include <utility>
 #include <vector>
 
+// Stands before all that a shared library of the engine has to export. Its build may define it, for
+// example as __attribute__((visibility("default"))).
+#ifndef TARVANE_EXPORT
+#define TARVANE_EXPORT
+#endif
+
 // The coarse phase of a job. RemovingSource is reserved: it has a label, but a move deletes its
 // sources entry by entry during Copying and never enters it.
 enum class TarvaneTransferStage : std::int32_t {
@@ -161,7 +167,7 @@ struct TarvaneTransferJobSnapshot {
 //     may see counters and texts from slightly different moments.
 //     (3) Whoever holds the registry's mutex may take Mutex; never the other way round. No other
 //     lock is taken while Mutex is held.
-class TarvaneTransferJob {
+class TARVANE_EXPORT TarvaneTransferJob {
 public:
     // Interface.
 
@@ -295,16 +301,16 @@ private:
 // Threads: needs a thread of its own, whose I/O priority is idle for the whole run.
 // Errors: everything already copied or moved stays; a file that was being written is removed. The
 //     reason is the job's message.
-void RunTarvaneTransferJob(const std::shared_ptr<TarvaneTransferJob>& Job,
-                           TarvaneTransferPlan Plan);
+TARVANE_EXPORT void RunTarvaneTransferJob(const std::shared_ptr<TarvaneTransferJob>& Job,
+                                          TarvaneTransferPlan Plan);
 
 // Lists the job in every later collection until it finishes. Call it once per job; an empty Job is
 // ignored. The registry keeps no job alive.
 //
 // Threads: any. Lock: the registry's mutex.
-void RegisterTarvaneTransferJob(const std::shared_ptr<TarvaneTransferJob>& Job);
+TARVANE_EXPORT void RegisterTarvaneTransferJob(const std::shared_ptr<TarvaneTransferJob>& Job);
 
 // One row for every registered job that exists and has not finished, in order of registration.
 //
 // Threads: any. Lock: the registry's mutex, and under it each job's Mutex.
-std::vector<TarvaneTransferJobSnapshot> CollectActiveTarvaneTransferJobSnapshots();
+TARVANE_EXPORT std::vector<TarvaneTransferJobSnapshot> CollectActiveTarvaneTransferJobSnapshots();

@@ -45,7 +45,7 @@ TEST_F(TrackCopy, NeedsNoEntryInTheFileSystem) {
     EXPECT_EQ(ErrorMessage, "untouched");
     EXPECT_EQ(fs::file_size(Wav), kWavBytes);
     EXPECT_EQ(ReadFile(Wav).substr(44), FakeFrames(1, 150, 1000));
-    ExpectCounters(1000 * 2352, 1);
+    ExpectCounters(std::uint64_t{1000} * 2352, 1);
 }
 
 TEST_F(TrackCopy, FailsWithTheReasonOfTheExtraction) {
@@ -72,7 +72,7 @@ TEST_F(TrackCopy, WithThePolicyOverwriteReplacesTheFile) {
     WriteFile(Wav, PatternBytes(kWavBytes + 1));
     EXPECT_EQ(Copy(TarvaneTransferConflictPolicy::Overwrite), TransferCopyResult::Succeeded);
     EXPECT_EQ(fs::file_size(Wav), kWavBytes);
-    ExpectCounters(1000 * 2352, 1);
+    ExpectCounters(std::uint64_t{1000} * 2352, 1);
 }
 
 TEST_F(TrackCopy, AsksAboutATakenNameWithoutSizeAndDateOfTheTrack) {

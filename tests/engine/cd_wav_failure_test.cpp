@@ -98,7 +98,7 @@ TEST_F(TrackExtraction, RemovesTheFileWhenTheFileSystemIsFull) {
     EXPECT_EQ(drive.OpenDescriptors(), 0U);
     // What was written before stays counted.
     EXPECT_EQ(drive.Reads(), (Strings{"read 150 16", "read 166 16"}));
-    ExpectCounters(16 * 2352, 0);
+    ExpectCounters(std::uint64_t{16} * 2352, 0);
 }
 
 TEST_F(TrackExtraction, RemovesTheFileWhenItCannotBeFlushed) {
@@ -107,7 +107,7 @@ TEST_F(TrackExtraction, RemovesTheFileWhenItCannotBeFlushed) {
     ExpectFailure("Failed to flush destination WAV file.");
     EXPECT_FALSE(fs::exists(Wav));
     EXPECT_EQ(drive.OpenDescriptors(), 0U);
-    ExpectCounters(17 * 2352, 0);
+    ExpectCounters(std::uint64_t{17} * 2352, 0);
 }
 
 TEST_F(TrackExtraction, RemovesTheFileWhenCanceledBetweenReads) {
@@ -121,7 +121,7 @@ TEST_F(TrackExtraction, RemovesTheFileWhenCanceledBetweenReads) {
     EXPECT_FALSE(fs::exists(Wav));
     EXPECT_EQ(drive.Reads(), (Strings{"read 150 16", "read 166 16"}));
     EXPECT_EQ(drive.OpenDescriptors(), 0U);
-    ExpectCounters(32 * 2352, 0);
+    ExpectCounters(std::uint64_t{32} * 2352, 0);
 }
 
 TEST_F(TrackExtraction, IsCompleteWhenTheCancelComesWithTheLastRead) {
@@ -143,7 +143,7 @@ TEST_F(TrackExtraction, RemovesTheFileAfterAReadErrorAndDoesNotTryAgain) {
     EXPECT_FALSE(fs::exists(Wav));
     EXPECT_EQ(drive.Reads(), (Strings{"read 150 16", "read 166 16"}));
     EXPECT_EQ(drive.OpenDescriptors(), 0U);
-    ExpectCounters(16 * 2352, 0);
+    ExpectCounters(std::uint64_t{16} * 2352, 0);
 }
 
 TEST_F(TrackExtraction, LosesTheReplacedFileAfterAReadError) {

@@ -68,7 +68,7 @@ TEST_F(TrackExtraction, OfSeventeenFramesReadsSixteenAndOne) {
     EXPECT_TRUE(Extract());
     EXPECT_EQ(drive.Reads(), (Strings{"read 150 16", "read 166 1"}));
     EXPECT_EQ(ReadFile(Wav), HeaderOf(17 * 2352) + FakeFrames(kDisc, kStart, 17));
-    ExpectCounters(17 * 2352, 1);
+    ExpectCounters(std::uint64_t{17} * 2352, 1);
 }
 
 TEST_F(TrackExtraction, OfSixteenFramesReadsOnce) {

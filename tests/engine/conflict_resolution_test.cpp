@@ -74,6 +74,18 @@ TEST_F(FileConflict, FailsAtADestinationThatCannotBeLookedAt) {
                            "': Too many levels of symbolic links");
 }
 
+TEST_F(FileConflict, IsAskedAboutWithItsDates) {
+    AnsweringInterface interface(Job, {{Act::Skip, "", nullptr}});
+    EXPECT_TRUE(Resolve(Policy::Ask));
+    const std::vector<TarvaneTransferConflict>& asked = interface.Stop();
+    ASSERT_EQ(asked.size(), 1U);
+    const TarvaneTransferConflict whole =
+        MakeLocalConflict(TarvaneTransferConflictKind::File, Source, Destination);
+    EXPECT_NE(whole.SourceDate, "");
+    EXPECT_EQ(asked[0].SourceDate, whole.SourceDate);
+    EXPECT_EQ(asked[0].DestinationDate, whole.DestinationDate);
+}
+
 TEST_F(FileConflict, IsOverwrittenByPolicyWithoutAQuestion) {
     EXPECT_TRUE(Resolve(Policy::Overwrite));
     EXPECT_EQ(Target, Destination);

@@ -6,6 +6,7 @@
 #include "mounts.h"
 #include "transfer_fixture.h"
 
+#include <fstream>
 #include <malloc.h>
 
 std::istream& RealRead(std::istream* In, char* Buffer, std::streamsize Size) REAL(StreamRead);

@@ -16,12 +16,19 @@
 #include <optional>
 
 int WrappedIoctl(int Descriptor, unsigned long Code, ...) asm("__wrap_ioctl");
+int RealAtThreadEnd(void (*Destroy)(void*), void* Object,
+                    void* Program) asm("__real___cxa_thread_atexit");
+int WrappedAtThreadEnd(void (*Destroy)(void*), void* Object,
+                       void* Program) asm("__wrap___cxa_thread_atexit");
 int RealClose(int Descriptor) asm("__real_close");
 int WrappedClose(int Descriptor) asm("__wrap_close");
 
 namespace {
 
 using Policy = TarvaneTransferConflictPolicy;
+
+// What is registered to be destroyed with its thread.
+std::atomic<int> gObjectsOfThreads{0};
 
 // Lets every allocation of Step fail once, until none does. Check looks at what each failure left.
 // Returns how many there were.
@@ -105,6 +112,30 @@ TEST_F(FileException, OfALockLeavesNoPartialFile) {
     EXPECT_EQ(OpenDescriptors(), OpenBefore);
 }
 
+// The process would end where the library's exception met a function that promises none.
+TEST_F(Exception, OfALinkLeavesTheEngineAsOne) {
+    const fs::path link = Directory / "a link with a long name";
+    const fs::path copy = Directory / "its copy with a long name";
+    fs::create_symlink("/dev/../dev/../dev/../dev/null", link);
+    Job.SetCurrentPath(link.string(), 0);
+    EXPECT_GT(FailEachAllocationOf(
+                  [&] { CopySpecialEntry(link, copy, Job, Policy::Overwrite, kCopy, Message); },
+                  [&] { EXPECT_FALSE(fs::is_symlink(copy)); }),
+              0U);
+    EXPECT_EQ(fs::read_symlink(copy), fs::read_symlink(link));
+}
+
+// Where memory runs out while the C library takes note of what a thread has to destroy at its end,
+// the process ends.
+TEST_F(FileException, CannotComeFromTheEndOfTheThread) {
+    const int before = gObjectsOfThreads;
+    std::thread([this] {
+        RunTarvaneTransferJob(SharedJob, PlanOf(kCopy, {{Source, Destination}}));
+    }).join();
+    EXPECT_EQ(ReadFile(Destination), Contents);
+    EXPECT_EQ(gObjectsOfThreads, before);
+}
+
 // A drive that allocates nothing: /dev/null, which opens like one, with the answers of WrappedIoctl
 // below. Its disc has one track, of 20 frames.
 struct Drive {
@@ -140,6 +171,23 @@ protected:
     Drive InDrive;
     const fs::path Wav = Directory / "Track 01.wav";
 };
+
+// Closing a number twice would close what another thread has opened meanwhile.
+TEST_F(TrackException, OfTheNameOfAnAttributeClosesTheOneBeforeOnce) {
+    const RemovableDisk disk(Directory.Path(), "1\n");
+    struct stat onDisk {};
+    struct stat elsewhere {};
+    ASSERT_EQ(::stat(disk.Path().c_str(), &onDisk), 0);
+    ASSERT_EQ(::stat("/proc", &elsewhere), 0);
+    EXPECT_GT(FailEachAllocationOf(
+                  [&] {
+                      RemovableAttribute attribute;
+                      EXPECT_TRUE(attribute.SaysRemovable(onDisk.st_dev));
+                      EXPECT_FALSE(attribute.SaysRemovable(elsewhere.st_dev));
+                  },
+                  [this] { ExpectNothingOpen(); }),
+              1U);
+}
 
 TEST_F(TrackException, LeavesNoPartialWavWhereverMemoryRunsOut) {
     std::size_t removed = 0;
@@ -233,4 +281,9 @@ int WrappedClose(int Descriptor) {
         ++gDrive->SurplusCloses;
     }
     return result;
+}
+
+int WrappedAtThreadEnd(void (*Destroy)(void*), void* Object, void* Program) {
+    ++gObjectsOfThreads;
+    return RealAtThreadEnd(Destroy, Object, Program);
 }

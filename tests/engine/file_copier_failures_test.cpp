@@ -56,6 +56,23 @@ TEST_F(FileCopierFailure, FailsWhereTheFolderCannotBeMade) {
     EXPECT_EQ(Message, "Failed to create destination directory: Not a directory");
 }
 
+// The folder is seen to first: what it fails for is what a user can mend.
+TEST_F(FileCopierFailure, TellsOfTheFolderBeforeASourceThatCannotBeOpened) {
+    const MetPath source = Source;
+    fs::remove(Source);
+    EXPECT_EQ(
+        CopyFileWithProgress(source, Directory / "missing/new", Job, Policy::Ask, kCopy, Message),
+        Result::Failed);
+    EXPECT_EQ(Message, "Failed to open source file.");
+    EXPECT_TRUE(fs::is_empty(Directory / "missing"));
+
+    WriteFile(Directory / "taken", "x");
+    EXPECT_EQ(
+        CopyFileWithProgress(source, Directory / "taken/new", Job, Policy::Ask, kCopy, Message),
+        Result::Failed);
+    EXPECT_EQ(Message, "Failed to create destination directory: Not a directory");
+}
+
 // The destination turns into a link to itself while the user thinks about it.
 TEST_F(FileCopierFailure, FailsAtADestinationThatCannotBeInspectedAfterTheQuestion) {
     WriteFile(Destination, "old");

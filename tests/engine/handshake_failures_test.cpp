@@ -12,13 +12,19 @@ protected:
     // A path that no string holds in itself.
     const std::string LongPath = "/given" + std::string(100, 'x');
 
+    void AnswerWithoutMemory(Action Given) {
+        const FailingAllocation failing(0);
+        Job.ResolveConflict(Given, LongPath);
+    }
+
+    void ExpectAnswerIsThrown(Action Given) {
+        EXPECT_THROW(AnswerWithoutMemory(Given), std::bad_alloc);
+    }
+
     // A step of the interface: gives an answer without memory, which is thrown and changes nothing.
     ScriptedWait::Step FailsToAnswer(Action Given) {
         return [this, Given] {
-            {
-                const FailingAllocation failing(0);
-                EXPECT_THROW(Job.ResolveConflict(Given, LongPath), std::bad_alloc);
-            }
+            ExpectAnswerIsThrown(Given);
             EXPECT_TRUE(IsPending());
             EXPECT_FALSE(Job.IsCancelRequested());
             EXPECT_EQ(Status(), "Waiting for conflict choice");

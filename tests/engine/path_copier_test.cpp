@@ -66,6 +66,36 @@ TEST_F(PathCopier, FailsForALinkThatLeadsToItselfWithoutTheSystemText) {
     EXPECT_EQ(Message, "Source does not exist: " + (Directory / "loop").string());
 }
 
+// The kernel follows forty links in one path: the last one's own, but not those and one before.
+TEST_F(PathCopier, MissesASourceBehindMoreLinksThanAPathMayHave) {
+    Write("links/0", "data");
+    for (int link = 1; link < 40; ++link) {
+        fs::create_symlink(std::to_string(link - 1), Directory / "links" / std::to_string(link));
+    }
+    fs::create_directory(Directory / "from");
+    fs::create_symlink("../links/39", Directory / "from/last");
+    fs::create_directory_symlink("from", Directory / "link");
+    EXPECT_EQ(Run("link", "to"), Result::Failed);
+    EXPECT_EQ(Message, "Source does not exist: " + (Directory / "link/last").string());
+    EXPECT_EQ(DoneBy(Job), (Counted{1, 0}));
+}
+
+TEST_F(PathCopier, MissesASourceWhosePathIsTooLongThroughALink) {
+    const std::string name(250, 'd');
+    fs::path deep = Directory / "deep";
+    while (deep.native().size() + name.size() < PATH_MAX - name.size()) {
+        deep /= name;
+    }
+    fs::create_directories(deep);
+    Write("file", "data");
+    fs::create_hard_link(Directory / "file", deep / name);
+    fs::create_directories(Directory / "from");
+    fs::create_directory_symlink("../deep", Directory / "from" / name);
+    EXPECT_EQ(Run("from", "to"), Result::Failed);
+    EXPECT_EQ(Message.substr(0, Message.find('/')), "Source does not exist: ");
+    EXPECT_TRUE(Message.ends_with(name));
+}
+
 TEST_F(PathCopier, RefusesToCopyAFileOntoItself) {
     Write("file", "data");
     fs::create_symlink("file", Directory / "link");

@@ -28,7 +28,7 @@ protected:
     }
 
     // Returns the kinds of the questions that were asked.
-    std::vector<Kind> Run(const std::vector<std::string>& Names, std::vector<Act> Answers) {
+    std::vector<Kind> Run(const std::vector<std::string>& Names, const std::vector<Act>& Answers) {
         std::vector<std::pair<fs::path, fs::path>> items;
         for (const std::string& name : Names) {
             items.emplace_back(Directory / "from" / name, Directory / "to" / name);

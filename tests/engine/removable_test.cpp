@@ -3,8 +3,13 @@
 
 #include "engine_source.h"
 
+#include "engine_hooks.h"
 #include "mounts.h"
+#include "open_descriptors.h"
 #include "transfer_fixture.h"
+
+#include <linux/loop.h>
+#include <linux/major.h>
 
 namespace {
 
@@ -90,6 +95,80 @@ TEST_F(RemovableProbe, ThrowsWhereAFolderMayNotBeSearched) {
     } catch (const fs::filesystem_error& error) {
         EXPECT_EQ(error.code(), std::errc::permission_denied);
     }
+}
+
+class RemovableRun : public RemovableProbe {
+protected:
+    bool IsRemovable(const fs::path& Folder) { return IsRemovableDestination(Folder / "new"); }
+
+    const AttributeOfRun OfRun;
+};
+
+TEST_F(RemovableRun, AsksTheDeviceForEachFile) {
+    EXPECT_TRUE(IsRemovable(Disk.Path()));
+    Disk.SetAttribute("0\n");
+    EXPECT_FALSE(IsRemovable(Disk.Path()));
+    Disk.SetAttribute("1\n");
+    EXPECT_TRUE(IsRemovable(Disk.Path()));
+}
+
+TEST_F(RemovableRun, AsksTheDeviceOfEachFile) {
+    EXPECT_TRUE(IsRemovable(Disk.Path()));
+    EXPECT_FALSE(IsRemovable(Directory.Path()));
+    EXPECT_TRUE(IsRemovable(Disk.Path()));
+}
+
+TEST_F(RemovableProbe, LeavesTheAttributeOpenForOneRunOnly) {
+    WriteFile(Directory / "from/a", "x");
+    WriteFile(Directory / "from/b", "x");
+    EngineHooks hooks;
+    int opened = 0;
+    hooks.DeviceProbed = [&] { ++opened; };
+    const auto before = OpenDescriptors();
+    for (const std::string run : {"1", "2"}) {
+        const auto job = std::make_shared<TarvaneTransferJob>(false, 1, "");
+        RunTarvaneTransferJob(job, PlanOf(kCopy, {{Directory / "from", Disk.Path() / run}}));
+        EXPECT_EQ(job->MakeUiSnapshot().DoneItems, 3U);
+        EXPECT_EQ(std::to_string(opened), run);
+        EXPECT_EQ(OpenDescriptors(), before);
+    }
+}
+
+// With a number that no other loop device has.
+class LoopDevice {
+public:
+    LoopDevice() : Control(::open("/dev/loop-control", O_RDWR | O_CLOEXEC)) {}
+    ~LoopDevice() {
+        Remove();
+        ::close(Control);
+    }
+    LoopDevice(const LoopDevice&) = delete;
+    LoopDevice& operator=(const LoopDevice&) = delete;
+
+    bool Add() const { return ::ioctl(Control, LOOP_CTL_ADD, kNumber) == kNumber; }
+    bool Remove() const { return ::ioctl(Control, LOOP_CTL_REMOVE, kNumber) == 0; }
+    static dev_t Number() { return makedev(LOOP_MAJOR, kNumber); }
+    static fs::path Attribute() {
+        return "/sys/dev/block/" + std::to_string(LOOP_MAJOR) + ":" + std::to_string(kNumber) +
+               "/removable";
+    }
+
+private:
+    static constexpr int kNumber = 3141;
+
+    const int Control;
+};
+
+TEST_F(RemovableRun, AsksADeviceThatHasTheNumberOfOneThatHasGone) {
+    const LoopDevice device;
+    ASSERT_TRUE(device.Add());
+    RemovableAttribute attribute;
+    EXPECT_FALSE(attribute.SaysRemovable(device.Number()));
+    ASSERT_TRUE(device.Remove());
+    EXPECT_FALSE(attribute.SaysRemovable(device.Number()));
+    ASSERT_TRUE(device.Add());
+    const ScopedMount one = BindFile(Directory / "attribute", LoopDevice::Attribute());
+    EXPECT_TRUE(attribute.SaysRemovable(device.Number()));
 }
 
 } // namespace

@@ -33,6 +33,25 @@ TEST_F(Scan, CountsADirectoryWithTwoFilesAndASubdirectoryAsFourItems) {
     EXPECT_EQ(Message, "a message from before");
 }
 
+// No copy could open it by its path.
+TEST_F(Scan, FailsForAFileWhosePathIsTooLong) {
+    const std::string name(200, 'n');
+    fs::create_directory(Directory / "tree");
+    int level = ::open((Directory / "tree").c_str(), O_RDONLY | O_DIRECTORY);
+    for (int i = 0; i < 21; ++i) {
+        ASSERT_EQ(::mkdirat(level, name.c_str(), 0755), 0);
+        const int below = ::openat(level, name.c_str(), O_RDONLY | O_DIRECTORY);
+        ::close(level);
+        level = below;
+    }
+    EXPECT_TRUE(Run("tree"));
+    EXPECT_EQ(Counts(), (Counted{22, 0}));
+    ::close(::openat(level, "file", O_WRONLY | O_CREAT, 0644));
+    ::close(level);
+    EXPECT_FALSE(Run("tree"));
+    EXPECT_EQ(Message, "File name too long");
+}
+
 TEST_F(Scan, CountsWhatIsFurtherDown) {
     WriteFile(Directory / "tree/a/b/c/ten", "0123456789");
     EXPECT_TRUE(Run("tree"));

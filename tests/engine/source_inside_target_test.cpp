@@ -80,6 +80,29 @@ TEST_F(SourceInsideTarget, StaysWhenTheTargetIsALinkThatItsPathGoesThrough) {
     ExpectFileStays(Directory / "link/deep/x", Directory / "link");
 }
 
+TEST_F(SourceInsideTarget, StaysWhenTheTargetIsALinkThatALinkOnItsPathGoesThrough) {
+    fs::create_directory_symlink("x", Directory / "link");
+    fs::create_directory_symlink("../link/deep", Directory / "elsewhere/in");
+    ExpectFileStays(Directory / "elsewhere/in/x", Directory / "link");
+}
+
+TEST_F(SourceInsideTarget, StaysWhenALinkOnItsPathLeadsToALinkInside) {
+    WriteFile(Directory / "file", "data");
+    fs::create_symlink("../file", Target / "link");
+    fs::create_symlink("../x/link", Directory / "elsewhere/in");
+    ExpectFileStays(Directory / "elsewhere/in", Target);
+}
+
+TEST_F(SourceInsideTarget, ReplacesALinkToItsDirectory) {
+    fs::create_directory_symlink("x", Directory / "link");
+    EXPECT_EQ(
+        CopyPathWithProgress(Source, Directory / "link", Job, Policy::Overwrite, kMove, Message),
+        Result::Succeeded);
+    EXPECT_EQ(fs::symlink_status(Directory / "link").type(), fs::file_type::regular);
+    EXPECT_EQ(ReadFile(Directory / "link"), "0123456789");
+    EXPECT_EQ(ReadFile(Target / "other"), "stays");
+}
+
 TEST_F(SourceInsideTarget, StaysWhenOnlyTheLinkToItIsInside) {
     WriteFile(Directory / "elsewhere/file", "data");
     fs::create_symlink("../elsewhere/file", Target / "link");
