@@ -110,5 +110,9 @@ std::optional<std::string> WorkerProcess::TakeReply() {
     while ((size = read(Output.Get(), block.data(), block.size())) > 0) {
         Received.append(block.data(), static_cast<std::size_t>(size));
     }
-    return size == 0 ? std::optional(std::exchange(Received, {})) : std::nullopt;
+    if (size < 0 && errno == EAGAIN) {
+        return std::nullopt;
+    }
+    // What cannot be read whole is no reply.
+    return size == 0 ? std::exchange(Received, {}) : std::string();
 }

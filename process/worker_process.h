@@ -37,7 +37,7 @@ public:
 
     // Becomes readable when TakeReply has something to read, and stays so at the end; for poll.
     int OverFd() const { return Output.Get(); }
-    // Nothing while the process works. Empty when it has died without a word.
+    // Nothing while the process works. Empty when it has died without a word, or cannot be read.
     std::optional<std::string> TakeReply();
 
 private:

@@ -4,6 +4,7 @@
 #include "child_processes.h"
 #include "no_descriptors_left.h"
 #include "no_processes_left.h"
+#include "no_room_for_threads.h"
 #include "open_descriptors.h"
 #include "text_of_exception.h"
 
@@ -94,6 +95,29 @@ TEST(WorkerProcess, GivesAnEmptyReplyWhenItHasDied) {
     EXPECT_EQ(ReplyOf(process), "");
 }
 
+TEST(WorkerProcess, GivesAnEmptyReplyWhenItCannotBeRead) {
+    WorkerProcess process([] { return std::string_view("a reply"); });
+    // Reading a directory fails for good.
+    const int directory = open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_GE(dup3(directory, process.OverFd(), O_CLOEXEC), 0);
+    close(directory);
+    EXPECT_EQ(process.TakeReply(), "");
+}
+
+// A reply of more than a pipe holds is still being written when its reader goes.
+TEST(WorkerProcess, EndsByItselfWhenNobodyCanReadItsReply) {
+    const std::string text(1000000, 'x');
+    const WorkerProcess process([&text] { return std::string_view(text); });
+    const int directory = open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_GE(dup3(directory, process.OverFd(), O_CLOEXEC), 0);
+    close(directory);
+    siginfo_t ended{};
+    EXPECT_TRUE(BecomesTrue("it has ended", [&ended] {
+        return waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid != 0;
+    }));
+    EXPECT_EQ(ended.si_code, CLD_EXITED);
+}
+
 TEST(WorkerProcess, DiesOfAnException) {
     WorkerProcess process([]() -> std::string_view { throw std::runtime_error("thrown"); });
     EXPECT_EQ(ReplyOf(process), "");
@@ -122,6 +146,21 @@ TEST(WorkerProcess, LeavesNoZombieAndNoDescriptorWhenItIsLetGo) {
     }
     EXPECT_TRUE(NoChildIsLeft());
     EXPECT_EQ(OpenDescriptors(), before);
+}
+
+// It is waited for by nobody then, and stays a zombie until the program ends.
+TEST(WorkerProcess, CanBeLetGoWhereNoThreadCanBeStarted) {
+    ASSERT_TRUE(NoChildIsLeft());
+    {
+        const NoRoomForThreads noRoom;
+        const WorkerProcess process(NeverReply);
+    }
+    for (const pid_t child : ChildProcesses()) {
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    }
+    EXPECT_TRUE(ChildProcesses().empty());
 }
 
 TEST(WorkerProcess, BlocksSignalsButFaultsAndNoneOutside) {
