@@ -16,18 +16,59 @@ enum class KeyCode {
     Delete,
     Left,
     Right,
+    Up,
+    Down,
+    PageUp,
+    PageDown,
     Home,
     End,
+    Insert,
+    Tab,
+    BackTab,
     // Ctrl-U.
     ClearLine,
-    // A key without a use here: function keys, Alt and a letter, other control characters.
+    // F1 to F12; Alt and a digit count as one too, Alt-0 as F10.
+    Function,
+    // Ctrl and a letter that is none of the above.
+    Control,
+    // Alt and a character that is no digit.
+    Alt,
+    Mouse,
+    // A key without a use here.
     Other,
+};
+
+// Where the mouse was when one of its buttons went down or its wheel was turned.
+struct MousePress {
+    enum class Button {
+        Left,
+        Middle,
+        Right,
+        WheelUp,
+        WheelDown,
+    };
+    Button Pressed = Button::Left;
+    // From 0.
+    int Column = 0;
+    int Row = 0;
+
+    bool operator==(const MousePress&) const = default;
 };
 
 struct KeyPress {
     KeyCode Code = KeyCode::Other;
-    // The bytes of a Text key, else empty.
-    std::string Text;
+    // The bytes of a Text key, the small letter of a Control key, the character of an Alt key; else
+    // empty.
+    std::string Text = {};
+    // Of a Function key.
+    int Number = 0;
+    // Of a Mouse key.
+    MousePress Mouse = {};
+
+    // Whether it is this one, without Alt or Ctrl.
+    bool IsCharacter(char Character) const {
+        return Code == KeyCode::Text && Text == std::string_view(&Character, 1);
+    }
 
     bool operator==(const KeyPress&) const = default;
 };
@@ -50,7 +91,8 @@ public:
     void Clear();
 
 private:
-    KeyPress TakeEscape();
+    std::optional<KeyPress> TakeOne();
+    std::optional<KeyPress> TakeEscape();
     std::string TakeBytes(std::size_t Count);
 
     std::string Pending;

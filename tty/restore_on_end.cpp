@@ -4,9 +4,7 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
-#include <poll.h>
 #include <string_view>
-#include <unistd.h>
 #include <utility>
 
 #include "crash_stack.h"
@@ -47,11 +45,7 @@ bool EndsProgramsByItself(int Signal) {
 // rests. A frame that was broken off may have turned wrapping off.
 void TakeBlockAway(int Terminal) {
     constexpr std::string_view kEraseBelowAndWrap = "\r\x1B[J\x1B[?7h";
-    pollfd output{Terminal, POLLOUT, 0};
-    if (poll(&output, 1, 0) > 0 && (output.revents & POLLOUT) != 0) {
-        [[maybe_unused]] const ssize_t written =
-            write(Terminal, kEraseBelowAndWrap.data(), kEraseBelowAndWrap.size());
-    }
+    WriteWithoutWaiting(Terminal, kEraseBelowAndWrap);
 }
 
 // Everything in here is safe in a signal handler.

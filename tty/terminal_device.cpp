@@ -39,6 +39,13 @@ bool HasColors() {
     return !bColorless && Environment("NO_COLOR").empty();
 }
 
+// Standard error, which may be sent away later, is used only where it is another terminal.
+int ScreenDescriptor(int ControllingFd) {
+    const bool bControlling = ControllingFd >= 0 && tcgetpgrp(STDERR_FILENO) >= 0;
+    const bool bElsewhere = isatty(STDERR_FILENO) != 0 && !bControlling;
+    return bElsewhere ? STDERR_FILENO : ControllingFd;
+}
+
 } // namespace
 
 bool TerminalCanRedraw() {
@@ -69,8 +76,8 @@ std::string StyleOff(TextStyle Style) {
 
 TerminalDevice::TerminalDevice()
     : ControllingFd(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)),
-      ScreenFd(IsOutputTerminal() ? STDERR_FILENO : ControllingFd),
-      EscapeDelay(ChosenEscapeDelay()), Output(ScreenFd) {}
+      ScreenFd(ScreenDescriptor(ControllingFd)), EscapeDelay(ChosenEscapeDelay()),
+      Output(ScreenFd) {}
 
 TerminalDevice::~TerminalDevice() {
     LeaveKeyMode();

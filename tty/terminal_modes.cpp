@@ -1,9 +1,11 @@
 #include "terminal_modes.h"
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -17,6 +19,11 @@ int gTerminal = -1;
 termios gModesBefore{};
 std::atomic<bool> gModesChanged{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
+
+// Written only while the length is 0, for the same reason.
+std::array<char, 512> gBytesOnRestore{};
+std::atomic<std::size_t> gBytesOnRestoreLength{0};
+static_assert(std::atomic<std::size_t>::is_always_lock_free);
 
 bool SetModes(int Descriptor, const termios& Modes) {
     const SignalsBlocked noStop(SIGTTOU);
@@ -58,8 +65,24 @@ int TerminalInKeyModes() {
     return gModesChanged ? gTerminal : -1;
 }
 
+void SendOnRestore(std::string_view Bytes) {
+    gBytesOnRestoreLength = 0;
+    gBytesOnRestoreLength = Bytes.copy(gBytesOnRestore.data(), gBytesOnRestore.size());
+}
+
+void WriteWithoutWaiting(int Terminal, std::string_view Bytes) {
+    pollfd output{Terminal, POLLOUT, 0};
+    if (poll(&output, 1, 0) > 0 && (output.revents & POLLOUT) != 0) {
+        [[maybe_unused]] const ssize_t written = write(Terminal, Bytes.data(), Bytes.size());
+    }
+}
+
 void RestoreTerminalNow() {
+    const std::size_t length = gBytesOnRestoreLength.exchange(0);
     if (gModesChanged && OwnsTerminal(gTerminal)) {
+        if (length > 0) {
+            WriteWithoutWaiting(gTerminal, {gBytesOnRestore.data(), length});
+        }
         SetModes(gTerminal, gModesBefore);
     }
     gModesChanged = false;

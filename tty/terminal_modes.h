@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <string_view>
+
 // Whether the program owns the terminal now: not after Ctrl-Z and `bg`, and not with `&`. A
 // terminal without job control counts as owned, and so does what is no terminal.
 bool OwnsTerminal(int Descriptor);
@@ -15,6 +17,14 @@ bool EnterKeyModes(int Descriptor);
 // The terminal that RestoreTerminalNow has modes to give back to; -1 for none. May be called in a
 // signal handler.
 int TerminalInKeyModes();
+
+// What RestoreTerminalNow writes first, once: what gives back a terminal that is drawn on as a
+// whole. Empty for nothing.
+void SendOnRestore(std::string_view Bytes);
+
+// Writes as far as the terminal takes it now: Ctrl-S must not keep anybody from ending. May be
+// called in a signal handler.
+void WriteWithoutWaiting(int Terminal, std::string_view Bytes);
 
 // Gives the terminal the modes back that it had before EnterKeyModes; does nothing when that was
 // not called, or in the background, where the terminal is someone else's. May be called in a signal

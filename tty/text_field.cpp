@@ -38,6 +38,17 @@ void TextField::Handle(const KeyPress& Key) {
         break;
     case KeyCode::Enter:
     case KeyCode::Escape:
+    case KeyCode::Up:
+    case KeyCode::Down:
+    case KeyCode::PageUp:
+    case KeyCode::PageDown:
+    case KeyCode::Insert:
+    case KeyCode::Tab:
+    case KeyCode::BackTab:
+    case KeyCode::Function:
+    case KeyCode::Control:
+    case KeyCode::Alt:
+    case KeyCode::Mouse:
     case KeyCode::Other:
         break;
     }

@@ -37,9 +37,13 @@ protected:
     }
 
     // A question ignores keys for a moment, so that what was typed before cannot answer it.
-    void AnswerQuestion(const std::string& Text, const std::string& Keys) {
+    // Text may be there before its question is, and a busy machine takes its time.
+    void AwaitQuestion(const std::string& Text) {
         ASSERT_TRUE(Program->ShowsText(Text));
-        Program->Watch(0.9);
+        Program->Watch(1.5);
+    }
+    void AnswerQuestion(const std::string& Text, const std::string& Keys) {
+        AwaitQuestion(Text);
         Program->Type(Keys);
     }
 

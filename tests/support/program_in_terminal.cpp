@@ -246,6 +246,20 @@ testing::AssertionResult ProgramInTerminal::ShowsScreen(const std::string& Whole
     return testing::AssertionFailure() << "not:\n" << Whole << "but:\n" << HistoryAndScreen();
 }
 
+testing::AssertionResult ProgramInTerminal::ShowsCursorAt(int Column, int Row, double Seconds) {
+    VTermPos at{};
+    const auto isThere = [&] {
+        vterm_state_get_cursorpos(vterm_obtain_state(Emulator), &at);
+        return bCursorVisible && at.col == Column && at.row == Row;
+    };
+    if (WaitUntil(Seconds, isThere)) {
+        return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure() << (bCursorVisible ? "a" : "no") << " visible cursor at "
+                                       << at.col << ", " << at.row << " of:\n"
+                                       << Screen();
+}
+
 testing::AssertionResult ProgramInTerminal::ExitsWith(int Status, double Seconds) {
     if (!WaitUntil(Seconds, [&] { return HasExited(); })) {
         return testing::AssertionFailure() << "still running; screen:\n" << HistoryAndScreen();

@@ -51,6 +51,8 @@ public:
     // The whole screen, as Screen gives it. What a program draws at once can arrive in pieces, so a
     // text that has come says nothing about what stands behind it.
     testing::AssertionResult ShowsScreen(const std::string& Whole, double Seconds = 20.0);
+    // A visible cursor in that place, counted from 0.
+    testing::AssertionResult ShowsCursorAt(int Column, int Row, double Seconds = 20.0);
     testing::AssertionResult ExitsWith(int Status, double Seconds = 30.0);
 
     // Reads the terminal for that long, for what must not happen.

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
+#include <map>
 #include <optional>
 #include <poll.h>
 #include <string>
@@ -23,25 +24,12 @@ namespace {
 using Reporter = ForkedInTerminal::Reporter;
 
 std::string Described(const KeyPress& Key) {
-    switch (Key.Code) {
-    case KeyCode::Text:
-        return Key.Text;
-    case KeyCode::Escape:
-        return "Escape";
-    case KeyCode::Left:
-        return "Left";
-    case KeyCode::Enter:
-        return "Enter";
-    case KeyCode::Backspace:
-    case KeyCode::Delete:
-    case KeyCode::Right:
-    case KeyCode::Home:
-    case KeyCode::End:
-    case KeyCode::ClearLine:
-    case KeyCode::Other:
-        break;
+    const std::map<KeyCode, std::string> names = {
+        {KeyCode::Escape, "Escape"}, {KeyCode::Left, "Left"}, {KeyCode::Enter, "Enter"}};
+    if (const auto name = names.find(Key.Code); name != names.end()) {
+        return name->second;
     }
-    return "another key";
+    return Key.Code == KeyCode::Text ? Key.Text : "another key";
 }
 
 // Waits for keys and reports each, until a "q" has come.

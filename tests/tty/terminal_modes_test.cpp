@@ -147,3 +147,15 @@ TEST(TerminalRestore, HappensOnlyOnce) {
     });
     EXPECT_EQ(process.NextReport(), "as the next user left it");
 }
+
+TEST(TerminalRestore, SendsOnceWhatItWasToldTo) {
+    ForkedInTerminal process([](const Reporter&) {
+        EnterKeyModes(STDIN_FILENO);
+        SendOnRestore("given back");
+        RestoreTerminalNow();
+        EnterKeyModes(STDIN_FILENO);
+        RestoreTerminalNow();
+        return 0;
+    });
+    EXPECT_EQ(process.Output(), "given back");
+}

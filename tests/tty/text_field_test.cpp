@@ -80,7 +80,10 @@ TEST_F(TextFieldTest, ClearsTheLine) {
 }
 
 TEST_F(TextFieldTest, IgnoresOtherKeys) {
-    const TextField line = After("ab", {KeyCode::Enter, KeyCode::Escape, KeyCode::Other});
+    TextField line = After("ab", {KeyCode::Enter, KeyCode::Escape, KeyCode::Up, KeyCode::Tab,
+                                  KeyCode::Function, KeyCode::Mouse, KeyCode::Other});
+    line.Handle({KeyCode::Alt, "x"});
+    line.Handle({KeyCode::Control, "x"});
     EXPECT_EQ(line.Text(), "ab");
     EXPECT_EQ(Seen(line, 20), "ab|");
 }
