@@ -35,6 +35,15 @@ protected:
         return keys;
     }
 
+    static void ExpectFits(const BlockPart& Part, int Width) {
+        for (const ScreenLine& line : Part.Lines) {
+            EXPECT_LE(DisplayWidth(line.Text), Width) << line.Text;
+            for (const StyledRange& range : line.Styles) {
+                EXPECT_LE(range.End, line.Text.size());
+            }
+        }
+    }
+
     const std::vector<ListedAnswer> kAnswers = {
         {"o", "overwrite"},
         {"s or Enter", "skip"},
@@ -100,14 +109,7 @@ TEST_F(AnswerList, LosesNothingOfALongWord) {
 
 TEST_F(AnswerList, FitsEveryWidth) {
     for (int width = 1; width < 80; ++width) {
-        for (const BlockPart& part :
-             {AnswerTable(5, kAnswers, width), FlowingAnswers(5, kAnswers, width)}) {
-            for (const ScreenLine& line : part.Lines) {
-                EXPECT_LE(DisplayWidth(line.Text), width) << line.Text;
-                for (const StyledRange& range : line.Styles) {
-                    EXPECT_LE(range.End, line.Text.size());
-                }
-            }
-        }
+        ExpectFits(AnswerTable(5, kAnswers, width), width);
+        ExpectFits(FlowingAnswers(5, kAnswers, width), width);
     }
 }

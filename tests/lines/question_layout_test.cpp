@@ -1,17 +1,17 @@
 // What the question about a taken name shows.
 
-#include "conflict_question.h"
+#include "question_layout.h"
 
 #include <algorithm>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "asked_conflict.h"
+#include "shown_question.h"
 
 namespace {
 
-using QuestionLayout = AskedConflict;
+using QuestionLayout = ShownQuestion;
 
 } // namespace
 
@@ -263,11 +263,11 @@ TEST_F(QuestionLayout, ShowsTheKeysAloneWhereTheListHasNoRoomBelowTheTitle) {
     ConflictQuestion question = Ask(FileConflict());
     EXPECT_EQ(Shown(question, {80, 5}), (Texts{
                                             "File exists: /media/usb0/Backup/cover.jpg",
-                                            "             46.0 KB (47110 bytes)  "
-                                            "2023-12-24 18:00:00",
+                                            ("             46.0 KB (47110 bytes)  "
+                                             "2023-12-24 18:00:00"),
                                             "Source:      /home/u/Music/cover.jpg",
-                                            "             47.1 KB (48230 bytes)  "
-                                            "2024-03-07 14:05:09  newer",
+                                            ("             47.1 KB (48230 bytes)  "
+                                             "2024-03-07 14:05:09  newer"),
                                             "[oOusSrkKbB Esc, ? lists] ",
                                         }));
     Type(question, "?");
@@ -302,6 +302,47 @@ TEST_F(QuestionLayout, LeavesNoFactsBehindWithoutTheirPath) {
             }
         }
     }
+}
+
+TEST_F(QuestionLayout, AsksToConfirmWhatRemovesAnEntry) {
+    ConflictQuestion directory = Ask(FileOntoDirectory());
+    Type(directory, "o");
+    EXPECT_EQ(Shown(directory).back(), "Remove the directory? ");
+    ConflictQuestion file = Ask(DirectoryOntoFile());
+    Type(file, "m");
+    EXPECT_EQ(Shown(file).back(), "Remove the file? ");
+    ConflictQuestion link = Ask(At(DirectoryOntoFile(), kLinkToFile));
+    Type(link, "m");
+    EXPECT_EQ(Shown(link).back(), "Remove the link? ");
+    link.Handle(kEscape);
+    EXPECT_EQ(Shown(link).back(), "? ");
+}
+
+TEST_F(QuestionLayout, EditsTheNewNameInItsLastLine) {
+    ConflictQuestion question = Ask(FileConflict());
+    Type(question, "r");
+    const QuestionScreen screen = LayOutQuestion(question, kUsualSize);
+    EXPECT_EQ(screen.Lines.back().Text, "Rename to: cover-2.jpg");
+    EXPECT_EQ(screen.Lines[screen.Lines.size() - 2].Text,
+              "Enter use this name  Esc back to the answers");
+    EXPECT_EQ(screen.Cursor, (BlockCursor{screen.Lines.size() - 1, "Rename to: cover-2.jpg"}));
+}
+
+TEST_F(QuestionLayout, CleansTheNewName) {
+    FreePath = "/x/bad\xFF\xFE\n-2.bin";
+    ConflictQuestion question = Ask(FileConflict());
+    Type(question, "r");
+    EXPECT_EQ(Shown(question).back(), "Rename to: bad\uFFFD\uFFFD?-2.bin");
+}
+
+TEST_F(QuestionLayout, SaysWhyAnAnswerIsNotTaken) {
+    Refusal = "That name exists already.";
+    ConflictQuestion question = Ask(FileConflict());
+    Type(question, "r");
+    EXPECT_EQ(question.Handle(kEnter), std::nullopt);
+    EXPECT_NE(ShownText(question).find("\nThat name exists already.\n"), std::string::npos);
+    Type(question, "3");
+    EXPECT_EQ(ShownText(question).find("That name exists already."), std::string::npos);
 }
 
 TEST_F(QuestionLayout, NeverExceedsTheWindow) {

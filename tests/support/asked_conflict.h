@@ -1,8 +1,7 @@
-// Questions about taken names, and what the tests of them press and read.
+// Questions about taken names, and what the tests of them press.
 
 #pragma once
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,13 +10,10 @@
 #include <gtest/gtest.h>
 
 #include "conflict_question.h"
-#include "question_layout.h"
 #include "screen_text.h"
 
 using Action = TarvaneTransferConflictAction;
 using Texts = std::vector<std::string>;
-
-inline constexpr TerminalSize kUsualSize{80, 24};
 
 inline TarvaneTransferConflict FileConflict() {
     TarvaneTransferConflict conflict;
@@ -82,14 +78,16 @@ protected:
         return Ask(At(Conflict, EntryOf(Conflict)));
     }
 
-    ConflictQuestion Ask(const TakenName& Name) {
+    ConflictQuestion Ask(const TakenName& Name) { return ConflictQuestion(Name, Advice()); }
+
+    RenameAdvice Advice() {
         RenameAdvice advice;
         advice.ProposeFreePath = [this] { return FreePath; };
         advice.Refusal = [this](const std::string& Path) {
             Checked.push_back(Path);
             return Refusal;
         };
-        return ConflictQuestion(Name, advice);
+        return advice;
     }
 
     // The keys that are offered.
@@ -106,50 +104,10 @@ protected:
         return Ask(Conflict).Handle(Letter(Key));
     }
 
-    static void ExpectToFitEveryWindow(const ConflictQuestion& Question) {
-        for (int columns = 6; columns < 100; columns += 7) {
-            for (int rows = 1; rows < 16; ++rows) {
-                const QuestionScreen screen = LayOutQuestion(Question, {columns, rows});
-                ASSERT_LE(screen.Lines.size(), static_cast<std::size_t>(rows));
-                ASSERT_EQ(screen.Cursor.Line, screen.Lines.size() - 1);
-                ASSERT_LT(DisplayWidth(screen.Cursor.Prefix), columns);
-                for (const ScreenLine& line : screen.Lines) {
-                    ASSERT_LT(DisplayWidth(line.Text), columns) << line.Text;
-                }
-            }
-        }
-    }
-
     static void Type(ConflictQuestion& Question, std::string_view Text) {
         for (const char byte : Text) {
             EXPECT_EQ(Question.Handle(Letter(byte)), std::nullopt);
         }
-    }
-
-    static Texts Shown(const ConflictQuestion& Question, TerminalSize Size = kUsualSize) {
-        Texts texts;
-        for (const ScreenLine& line : LayOutQuestion(Question, Size).Lines) {
-            texts.push_back(line.Text);
-        }
-        return texts;
-    }
-
-    static std::string ShownText(const ConflictQuestion& Question) {
-        std::string all;
-        for (const std::string& text : Shown(Question)) {
-            all += text + "\n";
-        }
-        return all;
-    }
-
-    static Texts Warnings(const ConflictQuestion& Question) {
-        Texts texts;
-        for (const ScreenLine& line : LayOutQuestion(Question, kUsualSize).Lines) {
-            if (!line.Styles.empty() && line.Styles[0].Style == TextStyle::Warning) {
-                texts.push_back(line.Text);
-            }
-        }
-        return texts;
     }
 
     const TakenEntry kLinkToFile{TakenEntry::Kind::File, true, "../old.jpg"};

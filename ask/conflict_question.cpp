@@ -33,7 +33,8 @@ std::optional<ConflictAnswer> ConflictQuestion::Handle(const KeyPress& Key) {
     if (Key.Code == KeyCode::Enter) {
         return HandleLetter(kDefaultChoiceLetter);
     }
-    return Key.Text.size() == 1 ? HandleLetter(Key.Text[0]) : std::nullopt;
+    const bool bLetter = Key.Code == KeyCode::Text && Key.Text.size() == 1;
+    return bLetter ? HandleLetter(Key.Text[0]) : std::nullopt;
 }
 
 std::optional<ConflictAnswer> ConflictQuestion::HandleLetter(char Letter) {
@@ -58,7 +59,7 @@ std::optional<ConflictAnswer> ConflictQuestion::HandleLetter(char Letter) {
 
 std::optional<ConflictAnswer> ConflictQuestion::HandleConfirmation(const KeyPress& Key) {
     const std::optional<ConflictChoice> choice = std::exchange(ToConfirm, std::nullopt);
-    return Key.Text == std::string(1, kConfirmLetter) ? Give(*choice, {}) : std::nullopt;
+    return Key.IsCharacter(kConfirmLetter) ? Give(*choice, {}) : std::nullopt;
 }
 
 std::optional<ConflictAnswer> ConflictQuestion::OpenRename() {

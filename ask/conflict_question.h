@@ -1,5 +1,5 @@
 // The question about a taken name, as a model: keys in, and an answer in the end. How it looks is
-// in question_layout.h.
+// its front end's.
 //
 // It offers only what can apply to the name. Enter alone skips, which never destroys. An answer
 // that would replace a directory by a file, or the other way round, has to be confirmed with a
