@@ -12,6 +12,8 @@ struct FileIdentity {
     dev_t Device = 0;
     ino_t Inode = 0;
 
+    // The check takes the 0 that the comparison is compared with for a pointer.
+    // NOLINTNEXTLINE(modernize-use-nullptr)
     auto operator<=>(const FileIdentity&) const = default;
 };
 

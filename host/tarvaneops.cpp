@@ -129,6 +129,25 @@ struct ResolvedPath {
     }
 };
 
+// A directory that is open for questions about it, also when memory runs out between them.
+class OpenedDirectory {
+public:
+    explicit OpenedDirectory(const std::string& Path)
+        : Number(::open(Path.c_str(), O_PATH | O_CLOEXEC)) {}
+    ~OpenedDirectory() {
+        if (Number >= 0) {
+            ::close(Number);
+        }
+    }
+    OpenedDirectory(const OpenedDirectory&) = delete;
+    OpenedDirectory& operator=(const OpenedDirectory&) = delete;
+
+    int Descriptor() const { return Number; }
+
+private:
+    const int Number;
+};
+
 // The canonical path of Directory, asked of the kernel at once, and Name in it: link by link, the
 // time for a deep path grows with the square of its length. Without a name it is the directory
 // itself. Nothing where the kernel does not tell, and where the name leads elsewhere.
@@ -136,7 +155,8 @@ std::optional<ResolvedPath> AskKernel(const std::string& Directory, const std::s
     if (Name == "." || Name == "..") {
         return std::nullopt;
     }
-    const int descriptor = ::open(Directory.c_str(), O_PATH | O_CLOEXEC);
+    const OpenedDirectory directory(Directory);
+    const int descriptor = directory.Descriptor();
     if (descriptor < 0) {
         return std::nullopt;
     }
@@ -144,7 +164,6 @@ std::optional<ResolvedPath> AskKernel(const std::string& Directory, const std::s
     const std::optional<std::string> text = LinkTarget(link);
     const std::optional<Status> opened = StatusOf("", AT_EMPTY_PATH, descriptor);
     const std::optional<Status> named = StatusOf(Name, AT_SYMLINK_NOFOLLOW, descriptor);
-    ::close(descriptor);
     if (!text || !opened || (named && S_ISLNK(named->stx_mode))) {
         return std::nullopt;
     }

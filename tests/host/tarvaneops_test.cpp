@@ -7,6 +7,7 @@
 #include "file_tree.h"
 #include "mounts.h"
 #include "no_descriptors_left.h"
+#include "open_descriptors.h"
 #include "temporary_directory.h"
 
 #include <algorithm>
@@ -514,4 +515,21 @@ TEST_F(PathIsInside, HoldsToBeSafeWhenMemoryRunsOut) {
     const FailingAllocation memory(0);
     EXPECT_TRUE(TarvanePathIsInside(outside, outside));
     EXPECT_TRUE(memory.Failed());
+}
+
+TEST_F(PathIsInside, LeavesNothingOpenWhereverMemoryRunsOut) {
+    fs::create_directories("a/b");
+    const fs::path directory = At("a");
+    const fs::path path = At("a/b/c");
+    const auto before = OpenDescriptors();
+    bool bFailed = true;
+    for (std::size_t allowed = 0; bFailed; ++allowed) {
+        ASSERT_LT(allowed, 100U);
+        {
+            const FailingAllocation memory(allowed);
+            EXPECT_TRUE(TarvanePathIsInside(directory, path));
+            bFailed = memory.Failed();
+        }
+        EXPECT_EQ(OpenDescriptors(), before);
+    }
 }

@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
 
+#include "desk_notes.h"
+#include "entry_access.h"
 #include "free_name.h"
 #include "quoted.h"
+#include "tarvanepane.h"
 
 using Action = TarvaneTransferConflictAction;
 using Verdict = ConflictDecision::Verdict;
@@ -33,6 +37,17 @@ bool TouchesEntry(Action Answer) {
     return Answer != Action::Skip && Answer != Action::Rename && Answer != Action::Cancel;
 }
 
+// Whether the answer has the source's contents written to the file that stands there.
+bool WritesToFile(const ConflictDecision& Decision) {
+    const bool bWrites =
+        Decision.Action == Action::Overwrite || Decision.Action == Action::CompareByContent;
+    return bWrites && !Decision.bReplacesLink;
+}
+
+EntryAccess AccessOf(const struct stat& Status) {
+    return {.Mode = Status.st_mode, .Owner = Status.st_uid, .Group = Status.st_gid};
+}
+
 } // namespace
 
 ItemCounters CountersOf(const TarvaneTransferJob& Job) {
@@ -48,6 +63,7 @@ const AnsweredConflict* ConflictDesk::Attend() {
     if (!bPending) {
         Open.reset();
     }
+    Waited += Open ? CurrentPause.zero() : CurrentPause;
     CurrentPause = std::min(CurrentPause * 5 / 4, kLongestPause);
     return nullptr;
 }
@@ -104,6 +120,10 @@ const AnsweredConflict* ConflictDesk::CarryOut(const ConflictDecision& Decision,
             "cannot remove " + Quoted(destination) + ": " + std::generic_category().message(error);
         return GiveUp(std::move(sentence), std::move(Answer));
     }
+    if (Notes != nullptr && Notes->bMakesPrivate && WritesToFile(Decision) &&
+        !Job.IsCancelRequested()) {
+        MakePrivate(Answer.Conflict);
+    }
     Answer.Action = Decision.Action;
     if (!Decision.bReplacesLink) {
         Answer.Action = ForEngine(Answer);
@@ -139,11 +159,32 @@ const AnsweredConflict* ConflictDesk::GiveUp(std::string Sentence, AnsweredConfl
     return Resolve(std::move(Answer));
 }
 
+// A file of somebody else stays as it is: its owner may read what is written to it anyway.
+void ConflictDesk::MakePrivate(const TarvaneTransferConflict& Conflict) const {
+    struct stat source {};
+    struct stat there {};
+    const char* const path = Conflict.DestinationPath.c_str();
+    // A track's path is no path of the file system, and everybody may read the disc.
+    if (TarvaneIsCddaPath(Conflict.SourcePath) ||
+        ::stat(Conflict.SourcePath.c_str(), &source) != 0 || ::stat(path, &there) != 0 ||
+        !S_ISREG(there.st_mode) || !IsMoreOpen(AccessOf(there), AccessOf(source))) {
+        return;
+    }
+    const mode_t mode = there.st_mode & ~static_cast<mode_t>(S_IFMT);
+    if (mode != (mode & S_IRWXU) && ::chmod(path, mode & S_IRWXU) == 0) {
+        Notes->Privates.push_back(
+            {Conflict.DestinationPath, mode, there.st_mtim, there.st_dev, there.st_ino});
+    }
+}
+
 const AnsweredConflict* ConflictDesk::Resolve(AnsweredConflict Answer) {
-    CurrentPause = kShortestPause;
+    CurrentPause = std::clamp(std::exchange(Waited, {}) / 8, kShortestPause, kLongestPause);
     Answer.Before = CountersOf(Job);
     if (!Job.ResolveConflict(Answer.Action, Answer.RenamePath)) {
         return nullptr;
+    }
+    if (Notes != nullptr) {
+        Notes->Names.Add(Answer);
     }
     ++AllAnswers;
     LatestAnswers.push_back(std::move(Answer));

@@ -54,6 +54,8 @@ struct AnsweredConflict {
     ItemCounters Before = {};
 };
 
+struct DeskNotes;
+
 // Looks for the job's conflicts, lets the policy decide, and hands out a question where a person is
 // needed. It is the only one that resolves them. A link that an answer replaces is removed before
 // the answer, while the worker waits, because the engine would write through it.
@@ -70,10 +72,13 @@ public:
 
     static constexpr std::size_t kKeptAnswers = 1000;
 
-    // The job must outlive the desk.
+    // The job must outlive the desk, and so must the notes. Those who read them give the files that
+    // were made private the modes that they are to have.
     ConflictDesk(TarvaneTransferJob& JobToServe, ConflictPolicy ChosenPolicy,
-                 EngineAnswers AllowedAnswers = EngineAnswers::None)
-        : Job(JobToServe), Policy(std::move(ChosenPolicy)), Allowed(AllowedAnswers) {}
+                 EngineAnswers AllowedAnswers = EngineAnswers::None,
+                 DeskNotes* NotesToFill = nullptr)
+        : Job(JobToServe), Policy(std::move(ChosenPolicy)), Allowed(AllowedAnswers),
+          Notes(NotesToFill) {}
 
     // Looks at the job: decides a conflict, opens its question, or closes that of a conflict that
     // is gone because the job was canceled. Returns the conflict if one was resolved; the pointer
@@ -81,8 +86,8 @@ public:
     const AnsweredConflict* Attend();
 
     // How long to wait before the next look. The job tells nobody that it waits, so it is looked at
-    // often after an answer, when the next taken name is likely to come soon, and then less and
-    // less often.
+    // often after an answer, when the next taken name is likely to come as soon as this one did,
+    // and then less and less often.
     std::chrono::microseconds Pause() const { return CurrentPause; }
 
     const std::optional<Question>& OpenQuestion() const { return Open; }
@@ -110,14 +115,18 @@ private:
     const AnsweredConflict* CarryOut(const ConflictDecision& Decision, AnsweredConflict Answer);
     TarvaneTransferConflictAction ForEngine(const AnsweredConflict& Answer) const;
     const AnsweredConflict* GiveUp(std::string Sentence, AnsweredConflict Answer);
+    void MakePrivate(const TarvaneTransferConflict& Conflict) const;
     const AnsweredConflict* Resolve(AnsweredConflict Answer);
 
     TarvaneTransferJob& Job;
     ConflictPolicy Policy;
     const EngineAnswers Allowed;
+    DeskNotes* const Notes;
     std::optional<Question> Open;
     std::uint64_t LastId = 0;
     std::chrono::microseconds CurrentPause = kShortestPause;
+    // The sum of the pauses since the latest answer, without those for a person.
+    std::chrono::microseconds Waited{};
     std::deque<AnsweredConflict> LatestAnswers;
     std::uint64_t AllAnswers = 0;
     std::string WhyFailed;

@@ -47,20 +47,21 @@ Action Compare(const TakenName& Name) {
 
 // Why the name is not taken from what stands there unless a person says so; empty when it may be.
 std::string WhyNotReplaced(const TakenName& Name) {
-    const std::string destination = Quoted(Name.Conflict.DestinationPath);
-    const std::string source = Quoted(Name.Conflict.SourcePath);
+    const auto cannotOverwrite = [&](const char* What, const char* With, const char* Why = "") {
+        return "cannot overwrite " + (What + Quoted(Name.Conflict.DestinationPath)) + " with " +
+               (With + Quoted(Name.Conflict.SourcePath)) + Why;
+    };
     if (Name.bHoldsSource) {
-        return "cannot overwrite directory " + destination + " with " + source +
-               ", which is inside it";
+        return cannotOverwrite("directory ", "", ", which is inside it");
     }
     if (IsSpecialInTheWay(Name)) {
-        return "cannot overwrite special file " + destination + " with " + source;
+        return cannotOverwrite("special file ", "");
     }
     if (Name.Conflict.Kind == TarvaneTransferConflictKind::Directory) {
-        return "cannot overwrite non-directory " + destination + " with directory " + source;
+        return cannotOverwrite("non-directory ", "directory ");
     }
     if (IsDirectory(Name.Entry) && (Name.bFollowLinks || !Name.Entry.bLink)) {
-        return "cannot overwrite directory " + destination + " with non-directory " + source;
+        return cannotOverwrite("directory ", "non-directory ");
     }
     return {};
 }
@@ -88,6 +89,9 @@ ConflictDecision ConflictPolicy::CarryOut(const TakenName& Name, Action Answer) 
     }
     if (!MayBeReplaced(Name)) {
         return FailWith(WhyNotReplaced(Name));
+    }
+    if (MakesRoomInVain(Name)) {
+        return FailWith("cannot copy special file " + Quoted(Name.Conflict.SourcePath));
     }
     // The engine removes by itself what a directory replaces.
     if (Name.Conflict.Kind == TarvaneTransferConflictKind::File && ReplacesLink(Name)) {

@@ -36,11 +36,24 @@ std::optional<TakenEntry> LookAtTakenEntry(const fs::path& Path) {
     return entry;
 }
 
+namespace {
+
+// Of the entry itself: a link to a device is copied as a link.
+bool IsSpecial(const std::string& Path) {
+    struct stat status;
+    return lstat(Path.c_str(), &status) == 0 && !S_ISLNK(status.st_mode) &&
+           KindByMode(status.st_mode) == TakenEntry::Kind::Special;
+}
+
+} // namespace
+
 TakenName MakeTakenName(TarvaneTransferConflict Conflict, TakenEntry Entry, bool bFollowLinks) {
-    const bool bReplacesDirectory =
-        Conflict.Kind == TarvaneTransferConflictKind::File && IsDirectory(Entry);
     // A track's path is no path of the file system.
-    const bool bHoldsSource = bReplacesDirectory && !TarvaneIsCddaPath(Conflict.SourcePath) &&
+    const bool bFile = Conflict.Kind == TarvaneTransferConflictKind::File &&
+                       !TarvaneIsCddaPath(Conflict.SourcePath);
+    const bool bHoldsSource = bFile && IsDirectory(Entry) &&
                               TarvanePathIsInside(Conflict.DestinationPath, Conflict.SourcePath);
-    return {std::move(Conflict), std::move(Entry), bHoldsSource, bFollowLinks};
+    const bool bSourceIsSpecial =
+        bFile && !Conflict.bSourceHasSize && IsSpecial(Conflict.SourcePath);
+    return {std::move(Conflict), std::move(Entry), bHoldsSource, bFollowLinks, bSourceIsSpecial};
 }

@@ -42,6 +42,8 @@ struct TakenName {
     bool bHoldsSource;
     // Links at the destination are followed.
     bool bFollowLinks;
+    // A device, a pipe or a socket, which the engine refuses only after it has made room for it.
+    bool bSourceIsSpecial = false;
 };
 
 inline bool IsDirectory(const TakenEntry& Entry) {
@@ -63,10 +65,16 @@ inline bool IsSpecialInTheWay(const TakenName& Name) {
     return Name.Entry.LeadsTo == TakenEntry::Kind::Special && !ReplacesLink(Name);
 }
 
+// Whether room would be made for what then is not copied.
+inline bool MakesRoomInVain(const TakenName& Name) {
+    return Name.bSourceIsSpecial && (ReplacesLink(Name) || IsDirectory(Name.Entry));
+}
+
 // Whether anybody may let something else take the name, a person included.
 inline bool MayBeReplaced(const TakenName& Name) {
     return !Name.bHoldsSource && !IsSpecialInTheWay(Name);
 }
 
-// Looks at the disk only where something would take the place of a directory.
+// Looks at the disk only where something would take the place of a directory, and at a source
+// without a size.
 TakenName MakeTakenName(TarvaneTransferConflict Conflict, TakenEntry Entry, bool bFollowLinks);

@@ -385,7 +385,19 @@ TEST_F(ConflictDeskTest, LooksOftenAfterAnAnswerAndThenLessAndLess) {
         desk.Attend();
     }
     EXPECT_EQ(desk.Pause(), microseconds(20000));
-    WorkOn({ConflictAbout("a")});
+}
+
+TEST_F(ConflictDeskTest, LooksAsOftenAsTheLastNameCameSoon) {
+    ConflictDesk desk = DeskWith(FileConflictChoice::Skip);
+    microseconds waited{0};
+    for (int looks = 0; looks < 20; ++looks) {
+        waited += desk.Pause();
+        desk.Attend();
+    }
+    WorkOn({ConflictAbout("a"), ConflictAbout("b")});
+    WaitUntilPending();
+    desk.Attend();
+    EXPECT_EQ(desk.Pause(), waited / 8);
     WaitUntilPending();
     desk.Attend();
     EXPECT_EQ(desk.Pause(), microseconds(10));

@@ -41,7 +41,7 @@ void AskAboutNext(TarvaneTransferJob& Job, int Number) {
 } // namespace
 
 TEST(ConflictDeskMemory, StaysFlatHoweverManyNamesAreTaken) {
-    constexpr std::size_t kMostGrowth = 256 * 1024;
+    constexpr std::size_t kMostGrowth = std::size_t{256} * 1024;
     TarvaneTransferJob job(false, 1, "");
     ConflictDesk desk(job, ConflictPolicy({.ForFiles = FileConflictChoice::Skip,
                                            .ForDirectories = DirectoryConflictChoice::Skip}));

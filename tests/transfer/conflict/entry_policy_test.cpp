@@ -96,6 +96,26 @@ void ExpectNotReplaced(const TakenName& Name, const std::string& Sentence) {
     EXPECT_EQ(InWords(later.Decide(Name)), "ask");
 }
 
+TEST(SpecialSource, MakesNoRoomForWhatCannotBeCopied) {
+    TakenName name = FileOnto(LinkTo(Kind::Directory));
+    name.bSourceIsSpecial = true;
+    const auto decided = [&name](Choice ForFiles) {
+        return InWords(ConflictPolicy({.ForFiles = ForFiles}).Decide(name));
+    };
+    EXPECT_EQ(decided(Choice::Overwrite), "fail: cannot copy special file '/source/x'");
+    EXPECT_EQ(decided(Choice::Skip), "skip");
+    EXPECT_EQ(decided(Choice::KeepBoth), "rename");
+    EXPECT_EQ(InWords(ConflictPolicy::CarryOut(FileOnto({Kind::Directory}), Action::Overwrite)),
+              "overwrite");
+    const auto carriedOut = [&name] {
+        return InWords(ConflictPolicy::CarryOut(name, Action::Overwrite));
+    };
+    name.Entry = {Kind::Directory};
+    EXPECT_EQ(carriedOut(), "fail: cannot copy special file '/source/x'");
+    name.Entry = {Kind::File};
+    EXPECT_EQ(carriedOut(), "overwrite");
+}
+
 } // namespace
 
 TEST(LinkPolicy, ALinkInAFilesWayIsReplacedItself) {

@@ -97,4 +97,20 @@ TEST_F(TakenNameTest, ADirectoryHoldsNoTrackWhereverTheProgramStands) {
     EXPECT_FALSE(bHolds);
 }
 
+TEST_F(TakenNameTest, ASourceIsSpecialItselfAndNotByALink) {
+    MakeFifo(Root / "pipe");
+    WriteFile(Root / "x", "bytes");
+    LinkTo("pipe");
+    const auto isSpecial = [this](const std::string& Source) {
+        TarvaneTransferConflict conflict;
+        conflict.SourcePath = Root / Source;
+        conflict.DestinationPath = Root / "x";
+        return MakeTakenName(conflict, Look("x").value(), kLinksStay).bSourceIsSpecial;
+    };
+    EXPECT_TRUE(isSpecial("pipe"));
+    EXPECT_FALSE(isSpecial("link"));
+    EXPECT_FALSE(isSpecial("x"));
+    EXPECT_FALSE(isSpecial("missing"));
+}
+
 } // namespace
