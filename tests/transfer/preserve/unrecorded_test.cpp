@@ -1,0 +1,427 @@
+// What a private job has made without a record gets what the user's umask gives, and nothing else
+// does.
+
+#include "unrecorded.h"
+
+#include "finisher_fixture.h"
+#include "mounts.h"
+#include "needs.h"
+
+#include <sys/mount.h>
+#include <tuple>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Action = TarvaneTransferConflictAction;
+using Paths = std::vector<fs::path>;
+
+constexpr mode_t kUmask = 027;
+
+class Unrecorded : public FinisherTest {
+protected:
+    FinishTask UnrecordedTask() {
+        FinishTask task = Task();
+        task.Umask = kUmask;
+        return task;
+    }
+
+    static void OpenUpAll(const FinishTask& ToDo, std::uint64_t RecordedThere = 0) {
+        const std::atomic<bool> bCancel{false};
+        OpenUpUnrecorded(ToDo, RecordedThere, bCancel);
+    }
+
+    static void MakeFile(const fs::path& Path, mode_t Mode = 0600) {
+        WriteFile(Path, "contents");
+        ASSERT_EQ(::chmod(Path.c_str(), Mode), 0);
+    }
+
+    static void MakeDirectory(const fs::path& Path, mode_t Mode = 0700) {
+        fs::create_directories(Path);
+        ASSERT_EQ(::chmod(Path.c_str(), Mode), 0);
+    }
+
+    TarvaneTransferPlan PlanTo(const Paths& Destinations, const char* Source = "/from") const {
+        TarvaneTransferPlan plan;
+        for (const fs::path& destination : Destinations) {
+            TarvaneTransferItemPlan& item = plan.Items.emplace_back();
+            item.SourcePath = Source;
+            item.DestinationPath = destination;
+        }
+        return plan;
+    }
+
+    static constexpr const char* kTrack = "cdda:///dev/sr0#1";
+};
+
+class MadeParents : public Unrecorded {};
+
+TEST_F(MadeParents, AreThoseThatAreMissingBefore) {
+    EXPECT_EQ(MissingParents(PlanTo({To / "a/b/file", To / "a/b/other", To / "a/c/file"})),
+              Paths({To / "a", To / "a/b", To / "a/c"}));
+    EXPECT_EQ(MissingParents(PlanTo({To / "file"})), Paths());
+}
+
+TEST_F(MadeParents, GetTheirModesFromTheUmask) {
+    FinishTask task = UnrecordedTask();
+    task.MadeParents = {To / "a", To / "a/b", To / "not-made"};
+    MakeDirectory(To / "a/b");
+    MakeDirectory(To / "a");
+    OpenUpAll(task);
+    EXPECT_EQ(ModeOf(To / "a"), 0750U);
+    EXPECT_EQ(ModeOf(To / "a/b"), 0750U);
+}
+
+TEST_F(MadeParents, KeepTheBitThatGivesTheirGroupOn) {
+    FinishTask task = UnrecordedTask();
+    task.MadeParents = {To / "a"};
+    MakeDirectory(To / "a", 02700);
+    OpenUpAll(task);
+    EXPECT_EQ(ModeOf(To / "a"), 02750U);
+}
+
+TEST_F(MadeParents, AreLeftAloneWhereSomebodyHasOpenedThem) {
+    FinishTask task = UnrecordedTask();
+    task.MadeParents = {To / "a"};
+    MakeDirectory(To / "a", 0711);
+    OpenUpAll(task);
+    EXPECT_EQ(ModeOf(To / "a"), 0711U);
+}
+
+TEST_F(MadeParents, AreLeftAloneWhereSomethingElseStands) {
+    FinishTask task = UnrecordedTask();
+    task.MadeParents = {To / "link", To / "file"};
+    MakeDirectory(To / "secret");
+    fs::create_symlink("secret", To / "link");
+    MakeFile(To / "file");
+    OpenUpAll(task);
+    EXPECT_EQ(ModeOf(To / "secret"), 0700U);
+    EXPECT_EQ(ModeOf(To / "file"), 0600U);
+}
+
+TEST_F(MadeParents, AreLeftAloneWhereTheyAreSomebodyElses) {
+    NeedRoot();
+    FinishTask task = UnrecordedTask();
+    task.MadeParents = {To / "a"};
+    MakeDirectory(To / "a");
+    const uid_t somebody = 1234;
+    ASSERT_EQ(::chown((To / "a").c_str(), somebody, somebody), 0);
+    OpenUpAll(task);
+    EXPECT_EQ(ModeOf(To / "a"), 0700U);
+}
+
+class MadeTracks : public Unrecorded {};
+
+TEST_F(MadeTracks, AreThoseWithAFreeName) {
+    MakeFile(To / "taken.wav");
+    EXPECT_EQ(FreeTrackNames(PlanTo({To / "01.wav", To / "taken.wav"}, kTrack)),
+              Paths({To / "01.wav"}));
+    EXPECT_EQ(FreeTrackNames(PlanTo({To / "file"})), Paths());
+}
+
+TEST_F(MadeTracks, GetTheirModesFromTheUmask) {
+    FinishTask task = UnrecordedTask();
+    task.MadeFiles = {To / "01.wav", To / "canceled.wav"};
+    MakeFile(To / "01.wav");
+    OpenUpAll(task);
+    EXPECT_EQ(ModeOf(To / "01.wav"), 0640U);
+}
+
+TEST_F(MadeTracks, AreFoundByTheirNewNames) {
+    AnsweredConflict answered;
+    answered.Conflict.SourcePath = kTrack;
+    answered.Conflict.DestinationPath = To / "01.wav";
+    answered.Action = Action::Rename;
+    answered.RenamePath = To / "01-2.wav";
+    Names.Add(answered);
+    FinishTask task = UnrecordedTask();
+    // Somebody has taken the name in the last moment.
+    task.MadeFiles = {To / "01.wav"};
+    MakeFile(To / "01.wav");
+    MakeFile(To / "01-2.wav");
+    OpenUpAll(task);
+    EXPECT_EQ(ModeOf(To / "01.wav"), 0600U);
+    EXPECT_EQ(ModeOf(To / "01-2.wav"), 0640U);
+}
+
+TEST_F(MadeTracks, AreLeftAloneWhereSomethingElseStands) {
+    FinishTask task = UnrecordedTask();
+    task.MadeFiles = {To / "link.wav", To / "directory.wav", To / "linked.wav", To / "skipped.wav"};
+    MakeFile(To / "secret");
+    fs::create_symlink("secret", To / "link.wav");
+    MakeDirectory(To / "directory.wav");
+    MakeFile(To / "other-name");
+    fs::create_hard_link(To / "other-name", To / "linked.wav");
+    MakeFile(To / "skipped.wav");
+    Answer("skipped.wav", Action::Skip);
+    OpenUpAll(task);
+    EXPECT_EQ(ModeOf(To / "secret"), 0600U);
+    EXPECT_EQ(ModeOf(To / "directory.wav"), 0700U);
+    EXPECT_EQ(ModeOf(To / "other-name"), 0600U);
+    EXPECT_EQ(ModeOf(To / "skipped.wav"), 0600U);
+}
+
+// The tree holds the private file "known", and in "inner" another one.
+class LateEntry : public Unrecorded {
+protected:
+    void MakeTree() {
+        fs::create_directories(From / "tree/inner");
+        MakeSource("tree/known", 0600);
+        MakeSource("tree/inner/known", 0600);
+    }
+
+    // Of a job that has copied one more than what is in the record, and that begins now.
+    FinishTask TaskOfJob() {
+        const timespec started = TimeNow();
+        EXPECT_TRUE(BecomesTrue("the clock of new entries has got there",
+                                [&] { return !IsBefore(TimeOfNewEntries(), started); }));
+        FinishTask task = UnrecordedTask();
+        task.JobStarted = started;
+        task.CopiedEntries = Kept.Entries() + 1;
+        return task;
+    }
+
+    void OpenUpLate(const FinishTask& ToDo) { OpenUpAll(ToDo, Kept.Entries()); }
+
+    // Never after that of an entry that is made now, and before that of one made earlier.
+    static timespec TimeOfNewEntries() {
+        timespec now{};
+        ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
+        return now;
+    }
+
+    static bool IsBefore(const timespec& First, const timespec& Second) {
+        return std::tie(First.tv_sec, First.tv_nsec) < std::tie(Second.tv_sec, Second.tv_nsec);
+    }
+};
+
+TEST_F(LateEntry, GetsItsModeFromTheUmask) {
+    MakeTree();
+    Record("tree");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeFile(To / "tree/late");
+    MakeFile(To / "tree/inner/late");
+    OpenUpLate(task);
+    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/inner/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/known"), 0600U);
+    EXPECT_EQ(ModeOf(To / "tree/inner/known"), 0600U);
+    EXPECT_EQ(ModeOf(To / "tree/inner"), 0700U);
+}
+
+TEST_F(LateEntry, IsOpenedUpWithAllThatIsInIt) {
+    MakeTree();
+    Record("tree");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeDirectory(To / "tree/late/deep");
+    MakeDirectory(To / "tree/late");
+    MakeFile(To / "tree/late/deep/file");
+    OpenUpLate(task);
+    EXPECT_EQ(ModeOf(To / "tree/late"), 0750U);
+    EXPECT_EQ(ModeOf(To / "tree/late/deep"), 0750U);
+    EXPECT_EQ(ModeOf(To / "tree/late/deep/file"), 0640U);
+}
+
+TEST_F(LateEntry, IsTakenForOneOnlyIfItWasMadeDuringTheJob) {
+    MakeTree();
+    MakeFile(To / "tree/old");
+    MakeDirectory(To / "tree/old-directory");
+    Record("tree");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeFile(To / "tree/late");
+    MakeFile(To / "tree/old-directory/new");
+    OpenUpLate(task);
+    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/old"), 0600U);
+    EXPECT_EQ(ModeOf(To / "tree/old-directory"), 0700U);
+    EXPECT_EQ(ModeOf(To / "tree/old-directory/new"), 0600U);
+}
+
+TEST_F(LateEntry, IsNotLookedForWhereTheRecordHasAllThatWasCopied) {
+    MakeTree();
+    Record("tree");
+    FinishTask task = TaskOfJob();
+    task.CopiedEntries = Kept.Entries();
+    Copy("tree");
+    MakeFile(To / "tree/unknown");
+    OpenUpLate(task);
+    EXPECT_EQ(ModeOf(To / "tree/unknown"), 0600U);
+}
+
+// Its source could not be looked at, and may be private.
+TEST_F(LateEntry, IsNotLookedForWhereTheRecordHasAGap) {
+    MakeTree();
+    Record("tree");
+    StatusRecord::Writer(Kept, Kept.FileDescriptor()).NoteGap();
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeFile(To / "tree/unknown");
+    OpenUpLate(task);
+    EXPECT_EQ(ModeOf(To / "tree/unknown"), 0600U);
+}
+
+// The source of one that is gone was not copied.
+TEST_F(LateEntry, IsLookedForWhereTheRecordHasEntriesThatAreNotThere) {
+    MakeTree();
+    Record("tree");
+    FinishTask task = TaskOfJob();
+    task.CopiedEntries = Kept.Entries();
+    Copy("tree");
+    fs::remove(To / "tree/known");
+    MakeFile(To / "tree/late");
+    OpenUpAll(task, Kept.Entries() - 1);
+    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+}
+
+TEST_F(LateEntry, IsNoneByDefault) {
+    MakeTree();
+    Record("tree");
+    FinishTask task = UnrecordedTask();
+    task.CopiedEntries = Kept.Entries() + 1;
+    Copy("tree");
+    MakeFile(To / "tree/unknown");
+    OpenUpLate(task);
+    EXPECT_EQ(ModeOf(To / "tree/unknown"), 0600U);
+}
+
+TEST_F(LateEntry, IsNoCopyThatGotAnotherName) {
+    MakeTree();
+    Record("tree");
+    Answer("tree/known", Action::Rename, To / "tree/known-2");
+    Answer("tree/inner/known", Action::Rename, To / "tree/made/../elsewhere");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    fs::create_directory(To / "tree/made");
+    MakeFile(To / "tree/known-2");
+    MakeFile(To / "tree/elsewhere");
+    MakeFile(To / "tree/late");
+    OpenUpLate(task);
+    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/known-2"), 0600U);
+    EXPECT_EQ(ModeOf(To / "tree/elsewhere"), 0600U);
+}
+
+TEST_F(LateEntry, IsNotReachedThroughALink) {
+    MakeTree();
+    Record("tree");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeFile(To / "secret/file");
+    MakeDirectory(To / "secret");
+    fs::create_directory_symlink(To / "secret", To / "tree/late");
+    fs::rename(To / "tree/inner", To / "elsewhere");
+    fs::create_directory_symlink(To / "secret", To / "tree/inner");
+    OpenUpLate(task);
+    EXPECT_EQ(ModeOf(To / "secret"), 0700U);
+    EXPECT_EQ(ModeOf(To / "secret/file"), 0600U);
+}
+
+// With links followed at the destination.
+TEST_F(LateEntry, IsReachedThroughALinkThatTheJobHasFollowed) {
+    MakeTree();
+    fs::create_directory(To / "real");
+    fs::create_directory_symlink("real", To / "tree");
+    Record("tree");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeFile(To / "real/late");
+    OpenUpLate(task);
+    EXPECT_EQ(ModeOf(To / "real/late"), 0640U);
+}
+
+TEST_F(LateEntry, IsNotLookedForInADirectoryThatWasSkipped) {
+    MakeTree();
+    fs::create_directories(To / "tree/inner");
+    Record("tree");
+    Answer("tree/inner", Action::Skip);
+    const FinishTask task = TaskOfJob();
+    MakeFile(To / "tree/inner/unknown");
+    MakeFile(To / "tree/late");
+    OpenUpLate(task);
+    EXPECT_EQ(ModeOf(To / "tree/inner/unknown"), 0600U);
+    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+}
+
+TEST_F(LateEntry, StaysPrivateAfterACancel) {
+    MakeTree();
+    Record("tree");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeFile(To / "tree/late");
+    const std::atomic<bool> bCancel{true};
+    OpenUpUnrecorded(task, Kept.Entries(), bCancel);
+    EXPECT_EQ(ModeOf(To / "tree/late"), 0600U);
+}
+
+// Where the file system tells no birth, what was there before may have changed only.
+TEST_F(LateEntry, IsOnlySeenInNewDirectoriesWithoutTimesOfBirth) {
+    NeedRoot();
+    EnterPrivateMountNamespace();
+    fs::create_directory(Room / "ramfs");
+    ASSERT_EQ(::mount("none", (Room / "ramfs").c_str(), "ramfs", 0, nullptr), 0);
+    const ScopedMount ramfs(Room / "ramfs");
+    From = ramfs.Path() / "from";
+    To = ramfs.Path() / "to";
+    fs::create_directory(From);
+    fs::create_directory(To);
+    MakeTree();
+    fs::create_directory(To / "tree");
+    MakeFile(To / "tree/old");
+    Record("tree");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    ASSERT_EQ(::chmod((To / "tree/old").c_str(), 0600), 0);
+    MakeFile(To / "tree/inner/late");
+    OpenUpLate(task);
+    EXPECT_EQ(ModeOf(To / "tree/old"), 0600U);
+    EXPECT_EQ(ModeOf(To / "tree/inner/late"), 0640U);
+}
+
+class UnrecordedByFinisher : public LateEntry {};
+
+TEST_F(UnrecordedByFinisher, IsOpenedUpWhenTheRecordIsThrough) {
+    MakeTree();
+    Record("tree");
+    FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeFile(To / "tree/late");
+    MakeDirectory(To / "parent");
+    task.MadeParents = {To / "parent"};
+    Finish(task);
+    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/known"), 0600U);
+    EXPECT_EQ(ModeOf(To / "parent"), 0750U);
+}
+
+// A job counts directories too that were there before.
+TEST_F(UnrecordedByFinisher, IsNotLookedForWhereAllCopiesAreInTheRecord) {
+    MakeTree();
+    fs::create_directory(To / "tree");
+    Record("tree");
+    FinishTask task = TaskOfJob();
+    task.CopiedEntries = Kept.Entries();
+    Copy("tree");
+    MakeFile(To / "tree/unknown");
+    Finish(task);
+    EXPECT_EQ(ModeOf(To / "tree/unknown"), 0600U);
+}
+
+// A job does not count as copied what it has found equal.
+TEST_F(UnrecordedByFinisher, IsLookedForAlsoWhereEntriesWereFoundEqual) {
+    MakeTree();
+    Copy("tree");
+    Record("tree");
+    Answer("tree/known", Action::CompareByContent);
+    FinishTask task = TaskOfJob();
+    task.CopiedEntries = Kept.Entries();
+    Copy("tree/inner/known");
+    MakeFile(To / "tree/late");
+    Finish(task);
+    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+}
+
+} // namespace
