@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "line_bytes.h"
 #include "screen_text.h"
@@ -31,18 +32,20 @@ std::string BlockDrawer::Draw(const std::vector<ScreenLine>& Lines, TerminalSize
     if (Lines.empty()) {
         return Erase(Size);
     }
-    const BlockCursor cursor = Cursor.value_or(BlockCursor{});
+    BlockCursor cursor = Cursor.value_or(BlockCursor{});
     const bool bSameShape = Size == ShownSize && Lines.size() == Shown.size();
     if (bSameShape && Lines == Shown && cursor == ShownCursor) {
         return {};
     }
+    std::vector<ScreenLine> lines = Lines;
     std::string bytes(kWrapOff);
     bytes += bSameShape ? DrawChanges(Lines, cursor.Line) : DrawAll(Lines, Size, cursor.Line);
     bytes += kWrapOn;
     bytes += "\r" + cursor.Prefix;
-    Shown = Lines;
+    // Without memory nothing is drawn, and so nothing is taken for shown.
+    Shown = std::move(lines);
     ShownSize = Size;
-    ShownCursor = cursor;
+    ShownCursor = std::move(cursor);
     return bytes;
 }
 
@@ -64,12 +67,11 @@ std::string BlockDrawer::Abandon() {
     if (Shown.empty()) {
         return {};
     }
-    const std::size_t below = Shown.size() - ShownCursor.Line;
-    Forget();
     std::string bytes;
-    for (std::size_t i = 0; i < below; ++i) {
+    for (std::size_t i = ShownCursor.Line; i < Shown.size(); ++i) {
         bytes += "\r\n";
     }
+    Forget();
     return bytes;
 }
 

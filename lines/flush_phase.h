@@ -2,13 +2,11 @@
 
 #pragma once
 
-#include "flusher.h"
+#include "flush_step.h"
 #include "prompt_context.h"
 #include "run_outcome.h"
-#include "tarvanetransfer.h"
 
 // Flushes and shows how far it is. Esc and SIGINT end the wait, also after those that have canceled
-// the job; what was copied stays. InOutOutcome is that of the job before, which has carried Plan
-// out or a part of it; how the flush ends becomes part of it.
-void RunFlushPhase(Flusher& Flush, const TarvaneTransferPlan& Plan, const PromptContext& Context,
-                   RunOutcome& InOutOutcome);
+// the job; what was copied stays. InOutOutcome is that of the job before; how the flush ends
+// becomes part of it.
+void RunFlushPhase(FlushStep& Flush, const PromptContext& Context, RunOutcome& InOutOutcome);

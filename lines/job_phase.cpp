@@ -1,62 +1,44 @@
 #include "job_phase.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <optional>
 #include <string>
 #include <utility>
 
-#include "conflict_desk.h"
 #include "conflict_question.h"
-#include "conflict_tally.h"
 #include "free_name.h"
-#include "full_path.h"
+#include "job_step.h"
 #include "key_guard.h"
 #include "line_queue.h"
-#include "plan_sources.h"
 #include "progress_texts.h"
-#include "progress_watch.h"
 #include "prompt.h"
 #include "question_layout.h"
-#include "quoted.h"
 #include "reporter.h"
-#include "transfer_session.h"
 #include "verbose_lines.h"
 
 namespace {
 
-// None where each name is told. Nor where a track may be skipped: it counts no bytes then, which
-// nobody would know at the end.
-EngineAnswers AnswersLeftToEngine(const TarvaneTransferPlan& Plan, const FoundBeforehand& Found,
-                                  const PromptContext& Context) {
-    const bool bTellsEach = Context.Verbose != nullptr || Context.Report.ReportsEachConflict();
-    const bool bTracks =
-        std::ranges::any_of(Plan.Items, [](const auto& Item) { return IsCdPath(Item.SourcePath); });
-    if (bTellsEach || bTracks) {
-        return EngineAnswers::None;
-    }
-    return Found.TakenFiles ? EngineAnswers::SkipOrReplaceFiles : EngineAnswers::SkipFiles;
+// Whether somebody hears of each taken name.
+bool TellsEachName(const PromptContext& Context) {
+    return Context.Verbose != nullptr || Context.Report.ReportsEachConflict();
 }
 
 class JobActivity : public Activity {
 public:
-    JobActivity(const TransferRequest& Request, TarvaneTransferPlan PlanToRun,
-                FoundBeforehand FoundInPlan, const PromptContext& ContextToUse)
-        : Context(ContextToUse), Plan(std::move(PlanToRun)), Found(std::move(FoundInPlan)),
-          Session(Plan), Desk(Session.Job(), ConflictPolicy(RulesOf(Request)),
-                              AnswersLeftToEngine(Plan, Found, Context)) {}
+    JobActivity(JobStep& RunningStep, const PromptContext& ContextToUse)
+        : Context(ContextToUse), Step(RunningStep) {
+        Step.SetNameListener([this](const SettledConflict& Settled) { Say(Settled); });
+    }
 
     void TakeKey(const KeyPress& Key) override;
     bool IsOver() override;
     void Draw() override;
     std::string StatusText() override;
-    int Descriptor() const override { return Session.OverFd(); }
-    std::chrono::microseconds LongestWait() const override { return Desk.Pause(); }
+    int Descriptor() const override { return Step.Descriptor(); }
+    std::chrono::microseconds LongestWait() const override { return Step.LongestWait(); }
     bool NeedsAnswer() const override { return Question.has_value(); }
 
-    // For the case that there is no time to wait for the end.
-    std::string PartingSentence();
     // Reports the last state. Requires: it is over.
     RunOutcome Finish();
 
@@ -64,19 +46,13 @@ private:
     ProgressView View();
     bool IsOutputBroken() const;
     void FollowRequests();
-    void FollowDesk();
+    void FollowQuestion();
     void Ask(const ConflictDesk::Question& Wanted);
     void TakeAnswer(const ConflictAnswer& Answer);
-    void Note(const AnsweredConflict* Answered);
-    void Say(const std::optional<SettledConflict>& Settled);
+    void Say(const SettledConflict& Settled);
 
     const PromptContext& Context;
-    const TarvaneTransferPlan Plan;
-    FoundBeforehand Found;
-    TransferSession Session;
-    ConflictDesk Desk;
-    ConflictTally Tally;
-    ProgressWatch Watch;
+    JobStep& Step;
     KeyGuard Guard;
     std::optional<ConflictQuestion> Question;
     std::uint64_t QuestionId = 0;
@@ -84,8 +60,9 @@ private:
 
 bool JobActivity::IsOver() {
     FollowRequests();
-    FollowDesk();
-    return Session.IsOver();
+    const bool bOver = Step.Attend();
+    FollowQuestion();
+    return bOver;
 }
 
 bool JobActivity::IsOutputBroken() const {
@@ -98,18 +75,17 @@ void JobActivity::FollowRequests() {
     if (IsOutputBroken() && !requests.IsAsked()) {
         requests.Terminate(SIGPIPE, Context.Loop.Now());
     }
-    if (requests.IsAsked() && !Session.Job().IsCancelRequested()) {
-        Session.Job().RequestCancel();
+    if (requests.IsAsked() && !Step.Job().IsCancelRequested()) {
+        Step.Cancel();
         Context.Loop.HurryFrame();
     }
 }
 
-void JobActivity::FollowDesk() {
-    Note(Desk.Attend());
-    if (!Desk.OpenQuestion()) {
+void JobActivity::FollowQuestion() {
+    if (!Step.OpenQuestion()) {
         Question.reset();
     } else if (!Question) {
-        Ask(*Desk.OpenQuestion());
+        Ask(*Step.OpenQuestion());
     }
 }
 
@@ -149,35 +125,22 @@ void JobActivity::TakeAnswer(const ConflictAnswer& Answer) {
     if (Answer.Action == TarvaneTransferConflictAction::Cancel) {
         Context.Loop.Requests().Interrupt();
     }
-    Note(Desk.Answer(QuestionId, Answer));
+    Step.Answer(QuestionId, Answer);
 }
 
-void JobActivity::Note(const AnsweredConflict* Answered) {
-    if (Answered != nullptr) {
-        Say(Tally.Add(*Answered));
-    }
-}
-
-void JobActivity::Say(const std::optional<SettledConflict>& Settled) {
-    if (!Settled) {
-        return;
-    }
-    if (Settled->Outcome == ConflictOutcome::Skipped) {
-        Found.Unread.LeaveOut(Settled->Answered.Conflict.SourcePath);
-    }
-    Context.Report.ConflictIsSettled(*Settled);
+void JobActivity::Say(const SettledConflict& Settled) {
+    Context.Report.ConflictIsSettled(Settled);
     if (Context.Verbose != nullptr) {
-        Context.Verbose->Add(VerboseLine(*Settled));
+        Context.Verbose->Add(VerboseLine(Settled));
     }
 }
 
-// Also while a question is shown, so that the wait for an answer is no stall.
 ProgressView JobActivity::View() {
-    const TarvaneTransferUiSnapshot snapshot = Session.Job().MakeUiSnapshot();
-    const bool bWaiting = Question.has_value();
-    return {Session.Job(), snapshot, Watch.Observe(snapshot, bWaiting, Context.Loop.Now())};
+    const JobView view = Step.View(Context.Loop.Now());
+    return {Step.Job(), view.Snapshot, view.Claims};
 }
 
+// Looks at the job while a question is shown, too, so that the wait for an answer is no stall.
 void JobActivity::Draw() {
     if (Context.Verbose != nullptr) {
         Context.Verbose->Pump();
@@ -199,35 +162,9 @@ std::string JobActivity::StatusText() {
     return JobText(view.Snapshot, view.Claims);
 }
 
-// A worker that a drive or disk holds keeps even a process that has ended.
-std::string JobActivity::PartingSentence() {
-    const std::string left = "left before the transfer has stopped: the program ends when the "
-                             "drive or disk answers, and ";
-    const bool bCounting = View().Snapshot.TotalItems == 0;
-    if (bCounting) {
-        return left + "nothing was copied yet";
-    }
-    const std::string source = Session.Job().GetCurrentPath();
-    const std::filesystem::path directory = PlannedDestination(source, Plan).parent_path();
-    return left + "a partial copy of " + Quoted(source) + " may stay in " +
-           Quoted(directory.native());
-}
-
 RunOutcome JobActivity::Finish() {
-    Say(Tally.Finish(CountersOf(Session.Job())));
-    EndedJob ended{.Job = Session.Job(),
-                   .Plan = Plan,
-                   .Names = Tally,
-                   .LastAnswer = Desk.Answered().empty() ? nullptr : &Desk.Answered().back(),
-                   .Unread = Found.Unread,
-                   .FailSentence = Desk.FailSentence()};
-    if (Desk.LeavesReplacingToEngine()) {
-        ended.FilesLeftToEngine = Found.TakenFiles;
-    }
-    ProgressView view = View();
-    view.Claims.bLessThanCounted = view.Claims.bLessThanCounted || IsLessThanCounted(ended);
-    Context.Report.JobIsOver(view);
-    RunOutcome outcome = OutcomeOf(ended);
+    RunOutcome outcome = Step.Finish();
+    Context.Report.JobIsOver(View());
     // A signal that ends programs decides the status even when the job was faster.
     const EndRequest& requests = Context.Loop.Requests();
     if (requests.IsAsked() && requests.Signal() != SIGINT) {
@@ -239,9 +176,10 @@ RunOutcome JobActivity::Finish() {
 } // namespace
 
 RunOutcome RunJobPhase(const TransferRequest& Request, TarvaneTransferPlan Plan,
-                       FoundBeforehand Found, const PromptContext& Context) {
-    JobActivity job(Request, std::move(Plan), std::move(Found), Context);
-    Context.Shown.SetPartingSentence([&job] { return job.PartingSentence(); });
+                       FoundBeforehand Found, const PromptContext& Context, DeskNotes* Notes) {
+    JobStep step(Request, std::move(Plan), std::move(Found), TellsEachName(Context), Notes);
+    JobActivity job(step, Context);
+    Context.Shown.SetPartingSentence([&step] { return step.PartingSentence(); });
     Context.Loop.Run(job);
     Context.Shown.Clear();
     Context.Shown.SetPartingSentence(nullptr);

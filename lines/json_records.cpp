@@ -6,8 +6,12 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// Escapes all but ASCII: somebody may look at the records on a terminal, which obeys more than the
+// control characters of ASCII.
 std::string Dump(const Json& Value) {
-    return Value.dump(-1, ' ', false, Json::error_handler_t::replace);
+    constexpr int kOnOneLine = -1;
+    constexpr bool kAscii = true;
+    return Value.dump(kOnOneLine, ' ', kAscii, Json::error_handler_t::replace);
 }
 
 bool IsUtf8(const std::string& Text) {
@@ -172,6 +176,14 @@ std::string ConflictRecord(const SettledConflict& Settled) {
     return Dump(record);
 }
 
+std::string FinishingRecord(const FinishProgress& Progress) {
+    Json record = Record("finishing");
+    record["done"] = Progress.Done;
+    record["total"] = Progress.Total;
+    record["finished"] = Progress.bFinished;
+    return Dump(record);
+}
+
 std::string FlushRecord(const FlushProgress& Progress) {
     Json record = Record("flush");
     record["remaining_bytes"] =
@@ -197,5 +209,11 @@ std::string DoneRecord(const RunOutcome& Outcome, int ExitStatus) {
     record["skipped"] = NumberOrNull(bCounted, counts.Skipped);
     record["replaced"] = NumberOrNull(bCounted, counts.Replaced);
     record["renamed"] = NumberOrNull(bCounted, counts.Renamed);
+    const bool bFinishing = Outcome.Finishing.has_value();
+    const FinishResult finishing = Outcome.Finishing.value_or(FinishResult());
+    record["finished"] = NumberOrNull(bFinishing, finishing.Finished);
+    record["left_alone"] = NumberOrNull(bFinishing, finishing.LeftAlone);
+    record["changed_length"] = NumberOrNull(bFinishing, finishing.ChangedLength);
+    record["unreached"] = NumberOrNull(bFinishing, finishing.Unreached);
     return Dump(record);
 }

@@ -1,4 +1,4 @@
-// Progress as JSON Lines: one object a line, in UTF-8, told apart by "event".
+// Progress as JSON Lines: one object a line, in ASCII, told apart by "event".
 //
 // "preflight": something found before the start.
 //     kind        "dangling-link", "link-to-directory", ...
@@ -34,6 +34,10 @@
 //     by          "user" or "choice"
 //     outcome     "replaced", "merged", "renamed", "skipped", or "unfinished" where the job has
 //                 ended before
+// "finishing": how far the setting of modes, times and owners is after the job; at the end, and
+//     before it only when it takes longer than a second.
+//     done, total entries
+//     finished    false at the end when it was canceled or has broken off
 // "flush": what is still on its way to the disks after the job.
 //     remaining_bytes, rate    null when unknown
 //     finished
@@ -48,6 +52,11 @@
 //     elapsed     seconds
 //     skipped     entries
 //     replaced, renamed  taken names
+//     finished    entries that have what was to be carried over; this and the following are null
+//                 when nothing was
+//     left_alone  entries that were gone by then, or replaced by something else
+//     changed_length     copies that are not as long as their sources were
+//     unreached   entries that a cancel has left as the job made them, readable by their owner only
 //
 // A text that is not UTF-8 is given with U+FFFD for each invalid byte, and a member of the same
 // name with "_hex" behind it, which only then exists, has its exact bytes in hexadecimal.
@@ -62,5 +71,6 @@ std::string PreflightRecord(const PreflightFinding& Finding);
 std::string TotalsRecord(const PreflightResult& Result);
 std::string ProgressRecord(const ProgressView& View);
 std::string ConflictRecord(const SettledConflict& Settled);
+std::string FinishingRecord(const FinishProgress& Progress);
 std::string FlushRecord(const FlushProgress& Progress);
 std::string DoneRecord(const RunOutcome& Outcome, int ExitStatus);

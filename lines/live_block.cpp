@@ -7,18 +7,6 @@
 #include "progress_texts.h"
 #include "screen_text.h"
 
-namespace {
-
-int FilePercent(const TarvaneTransferUiSnapshot& Snapshot, const ProgressClaims& Claims) {
-    // What has no bytes of its own gets the fraction of the whole from the engine.
-    const auto percent = static_cast<int>(Snapshot.FileProgress01 * 100.0);
-    return Snapshot.CurrentFileTotalBytes > 0
-               ? std::clamp(percent, 0, Snapshot.bSucceeded ? 100 : 99)
-               : std::clamp(percent, 0, Claims.Percent);
-}
-
-} // namespace
-
 std::vector<ScreenLine> LiveBlock::Lines(const TarvaneTransferUiSnapshot& Snapshot,
                                          const ProgressClaims& Claims, TerminalSize Size) {
     const int width = LayoutWidth(Size);

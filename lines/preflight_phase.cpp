@@ -6,8 +6,8 @@
 
 #include "block_layout.h"
 #include "key_guard.h"
+#include "look_step.h"
 #include "number_text.h"
-#include "preflight_run.h"
 #include "preflight_verdict.h"
 #include "progress_texts.h"
 #include "prompt.h"
@@ -19,35 +19,30 @@ namespace {
 // More of one kind would push the rest out of sight.
 constexpr std::size_t kLinesPerGroup = 10;
 
-RunOutcome CanceledOutcome(EndRequest& Requests) {
-    RunOutcome outcome{.Result = RunResult::Canceled,
-                       .Text = "Canceled before anything was touched."};
-    if (Requests.IsAsked()) {
-        outcome.EndSignal = Requests.Signal();
-    }
-    return outcome;
+RunOutcome Canceled(const EndRequest& Requests) {
+    return CanceledBeforehand(Requests.IsAsked() ? std::optional(Requests.Signal()) : std::nullopt);
 }
 
 // Waits until the look is over or the run is to end.
 class PreflightWait : public Activity {
 public:
-    PreflightWait(PreflightRun& RunningPreflight, const PromptContext& ContextToUse)
-        : Preflight(RunningPreflight), Context(ContextToUse) {}
+    PreflightWait(LookStep& RunningLook, const PromptContext& ContextToUse)
+        : Look(RunningLook), Context(ContextToUse) {}
 
     void TakeKey(const KeyPress& Key) override {
         bCanceled = bCanceled || Key.Code == KeyCode::Escape;
     }
 
-    bool IsOver() override { return Preflight.IsOver() || IsCanceled(); }
+    bool IsOver() override { return Look.Attend() || IsCanceled(); }
 
     bool IsCanceled() const { return bCanceled || Context.Loop.Requests().IsAsked(); }
 
-    void Draw() override { Context.Report.PreflightRuns(Preflight.EntriesSeen()); }
-    std::string StatusText() override { return PreflightText(Preflight.EntriesSeen()); }
-    int Descriptor() const override { return Preflight.OverFd(); }
+    void Draw() override { Context.Report.PreflightRuns(Look.EntriesSeen()); }
+    std::string StatusText() override { return PreflightText(Look.EntriesSeen()); }
+    int Descriptor() const override { return Look.Descriptor(); }
 
 private:
-    PreflightRun& Preflight;
+    LookStep& Look;
     const PromptContext& Context;
     bool bCanceled = false;
 };
@@ -66,9 +61,9 @@ public:
         if (bAnswer || !Guard.LetsThrough(Key, Context.Loop.Now())) {
             return;
         }
-        if (Key.Code == KeyCode::Escape || Key.Code == KeyCode::Enter || Key.Text == "n") {
+        if (Key.Code == KeyCode::Escape || Key.Code == KeyCode::Enter || Key.IsCharacter('n')) {
             bAnswer = false;
-        } else if (Key.Text == "y") {
+        } else if (Key.IsCharacter('y')) {
             bAnswer = true;
         }
     }
@@ -110,21 +105,11 @@ std::optional<RunOutcome> FollowVerdict(const PreflightVerdict& Verdict,
         if (AskWhetherToGoOn(Verdict.Question, Context)) {
             return std::nullopt;
         }
-        return CanceledOutcome(Context.Loop.Requests());
+        return Canceled(Context.Loop.Requests());
     case PreflightVerdict::Kind::Stop:
         return Verdict.Outcome;
     }
     return std::nullopt;
-}
-
-UnreadDirectories UnreadIn(const PreflightFindings& Findings) {
-    UnreadDirectories unread{.Count = Findings.CountIf(IsUnreadDirectory)};
-    for (const PreflightFinding& finding : Findings.Kept()) {
-        if (IsUnreadDirectory(finding.Kind)) {
-            unread.First.push_back(finding.Path);
-        }
-    }
-    return unread;
 }
 
 // The lines of a paragraph. Words stay whole where a terminal is narrow, and paths in one piece.
@@ -160,40 +145,24 @@ void PrintFindings(const TransferRequest& Request, const PreflightFindings& Find
     }
 }
 
-PreflightScope ScopeOf(const TransferRequest& Request, const Reporter& Report) {
-    if (Request.bDryRun) {
-        return PreflightScope::Everything;
-    }
-    if (!Request.bPreflight) {
-        return PreflightScope::GuardsOnly;
-    }
-    return Report.WantsTotals() ? PreflightScope::Everything : PreflightScope::Findings;
-}
-
 } // namespace
 
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
                                             const PromptContext& Context, const KnownDiscs& Discs,
-                                            FoundBeforehand& OutFound) {
-    PreflightRun preflight({Plan, RulesOf(Request), ScopeOf(Request, Context.Report), Discs});
-    PreflightWait wait(preflight, Context);
+                                            FoundBeforehand& OutFound, StatusRecord* Record) {
+    LookStep look(Request, Plan, Discs, Context.Report.WantsTotals(), Record);
+    PreflightWait wait(look, Context);
     Context.Loop.Run(wait);
     Context.Shown.Clear();
     if (wait.IsCanceled()) {
-        return CanceledOutcome(Context.Loop.Requests());
+        return Canceled(Context.Loop.Requests());
     }
-    if (!preflight.Failure().empty()) {
-        return RunOutcome{.Result = RunResult::Failed,
-                          .Text = "cannot look through the sources: " + preflight.Failure()};
-    }
-    const PreflightResult& result = preflight.Result();
-    const PreflightVerdict verdict = JudgePreflight(Request, result, Context.Screen.CanAsk());
-    PrintFindings(Request, result.Findings, verdict.Decision, Context);
-    Context.Report.PreflightIsOver(result);
-    OutFound.Unread = UnreadIn(result.Findings);
-    if (result.bTakesOnlyFiles) {
-        OutFound.TakenFiles = result.Taken.Replaced + result.Taken.Skipped;
+    const PreflightVerdict verdict = look.Judge(Context.Screen.CanAsk());
+    if (const PreflightResult* const result = look.Result()) {
+        PrintFindings(Request, result->Findings, verdict.Decision, Context);
+        Context.Report.PreflightIsOver(*result);
+        OutFound = look.Found();
     }
     return FollowVerdict(verdict, Context);
 }

@@ -7,6 +7,7 @@
 #include "job_end.h"
 #include "prompt_context.h"
 #include "run_outcome.h"
+#include "status_record.h"
 #include "tarvanetransfer.h"
 #include "track_list.h"
 #include "transfer_request.h"
@@ -15,9 +16,12 @@
 // A request that leaves the look out gets the guards all the same. Whether the run goes on is the
 // preflight verdict's; this asks where that says so.
 //
+// Record, where there is one, gets what is to be carried over.
+//
 // Returns how the run has ended, or nothing when it goes on, with OutFound. A dry run always ends
 // here.
 std::optional<RunOutcome> RunPreflightPhase(const TransferRequest& Request,
                                             const TarvaneTransferPlan& Plan,
                                             const PromptContext& Context, const KnownDiscs& Discs,
-                                            FoundBeforehand& OutFound);
+                                            FoundBeforehand& OutFound,
+                                            StatusRecord* Record = nullptr);

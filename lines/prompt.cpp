@@ -1,6 +1,7 @@
 #include "prompt.h"
 
 #include <cerrno>
+#include <new>
 #include <unistd.h>
 #include <utility>
 
@@ -8,6 +9,14 @@
 
 Prompt::Prompt(Terminal& TerminalToUse, ExitStatusFunction ExitStatusForOutcome)
     : Screen(TerminalToUse), ExitStatusOf(ExitStatusForOutcome), Errors(STDERR_FILENO) {}
+
+Prompt::~Prompt() {
+    try {
+        Clear();
+    } catch (const std::bad_alloc&) {
+        // Without memory for a few bytes the message comes behind the block.
+    }
+}
 
 void Prompt::Show(const std::vector<ScreenLine>& Lines, TerminalSize LaidOutFor,
                   const std::optional<BlockCursor>& Cursor) {
@@ -56,8 +65,10 @@ void Prompt::PrintBesideQuestions(const std::string& Text, TextStyle Style) {
 }
 
 void Prompt::PrintOnTerminal(const std::string& Text, TextStyle Style) {
-    Screen.Write(Drawer.Erase(Screen.Size()) + StyleOn(Style) + CleanForScreen(Text) +
-                 StyleOff(Style) + "\n");
+    // The block is taken away only once there is memory for what stands in its place.
+    const std::string line = StyleOn(Style) + CleanForScreen(Text) + StyleOff(Style) + "\n";
+    Screen.Write(Drawer.Erase(Screen.Size()));
+    Screen.Write(line);
     bWantsFrame = true;
 }
 

@@ -25,6 +25,8 @@ public:
     // The terminal must outlive the prompt. ExitStatusForOutcome tells what the program is to exit
     // with when it has to leave at once.
     Prompt(Terminal& TerminalToUse, ExitStatusFunction ExitStatusForOutcome);
+    // Takes away a block that an exception has left, so that its message stands in place of it.
+    ~Prompt() override;
 
     // Shows Lines, laid out for LaidOutFor, in place of the ones before, if that can be done now.
     void Show(const std::vector<ScreenLine>& Lines, TerminalSize LaidOutFor,

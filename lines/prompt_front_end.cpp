@@ -1,23 +1,25 @@
 #include "prompt_front_end.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <unistd.h>
 #include <variant>
+#include <vector>
 
 #include "completion_bell.h"
+#include "end_lines.h"
+#include "finish_step.h"
 #include "flush_phase.h"
-#include "job_phase.h"
 #include "plan_builder.h"
 #include "plan_sources.h"
 #include "preflight_phase.h"
-#include "progress_texts.h"
 #include "prompt.h"
+#include "recorded_job.h"
 #include "reporters.h"
 #include "track_wait.h"
 #include "verbose_lines.h"
@@ -49,7 +51,7 @@ private:
     void SayWhatGoesWhere(const TarvaneTransferPlan& Plan);
     void SayThatTracksStay(const TarvaneTransferPlan& Plan);
     void SayDone(const std::string& Text);
-    void SayJobEnd(const RunOutcome& Outcome);
+    void Say(const std::vector<EndLine>& Lines);
     void SayEnd(const RunOutcome& Outcome);
     void FinishOutputs(RunOutcome& InOutOutcome);
 
@@ -112,21 +114,24 @@ RunOutcome PromptFrontEnd::Refuse(const PlanRefusal& Refusal) {
 
 RunOutcome PromptFrontEnd::Carry(const TarvaneTransferPlan& Plan) {
     const PromptContext context = Context();
+    std::unique_ptr<StatusRecord> record;
+    try {
+        record = RecordFor(Transfer, Plan);
+    } catch (const std::system_error& error) {
+        return EndWithoutRecord(error);
+    }
     FoundBeforehand found;
-    if (std::optional<RunOutcome> end = RunPreflightPhase(Transfer, Plan, context, Discs, found)) {
+    if (std::optional<RunOutcome> end =
+            RunPreflightPhase(Transfer, Plan, context, Discs, found, record.get())) {
         return *end;
     }
     SayWhatGoesWhere(Plan);
     SayThatTracksStay(Plan);
-    // Opened before the job, or failures to write would be reported to others.
-    Flusher flush(DirectoriesToFlush(Plan, Transfer.Flush));
-    RunOutcome outcome = RunJobPhase(Transfer, Plan, found, context);
-    // What a job has done before it failed or was canceled is in memory like the rest, and a move
-    // has removed the sources.
-    const bool bDidSomething = outcome.Counts && outcome.Counts->Entries > 0;
-    if ((outcome.Result == RunResult::Succeeded || bDidSomething) && flush.HasAnythingToFlush()) {
-        SayJobEnd(outcome);
-        RunFlushPhase(flush, Plan, context, outcome);
+    FlushStep flush(Plan, DirectoriesToFlush(Plan, Transfer.Flush));
+    RunOutcome outcome = RunRecordedJob(Transfer, Plan, found, record.get(), context);
+    if (flush.IsNeededAfter(outcome)) {
+        Say(JobEndLines(Transfer, outcome));
+        RunFlushPhase(flush, context, outcome);
     }
     return outcome;
 }
@@ -145,9 +150,7 @@ void PromptFrontEnd::SayWhatGoesWhere(const TarvaneTransferPlan& Plan) {
 
 // A move that leaves its sources where they are is no mistake, but nothing that users expect.
 void PromptFrontEnd::SayThatTracksStay(const TarvaneTransferPlan& Plan) {
-    const bool bTracks =
-        std::ranges::any_of(Plan.Items, [](const auto& Item) { return IsCdPath(Item.SourcePath); });
-    if (Plan.bMove && bTracks && !Request.bQuiet) {
+    if (Plan.bMove && HasTracks(Plan) && !Request.bQuiet) {
         Shown.PrintMessage("the tracks of a CD are copied: nothing can be removed from a disc");
     }
 }
@@ -158,15 +161,19 @@ void PromptFrontEnd::SayDone(const std::string& Text) {
     }
 }
 
-// What went wrong comes first, and then how far it got.
-void PromptFrontEnd::SayJobEnd(const RunOutcome& Outcome) {
-    if (Outcome.Result == RunResult::Failed) {
-        Shown.PrintMessage(Outcome.Text);
-    } else {
-        SayDone(Outcome.Text);
-    }
-    if (Outcome.Counts && Outcome.Result != RunResult::Succeeded) {
-        SayDone(CountsText(*Outcome.Counts, Transfer.bMove));
+void PromptFrontEnd::Say(const std::vector<EndLine>& Lines) {
+    for (const EndLine& line : Lines) {
+        switch (line.What) {
+        case EndLine::Kind::Problem:
+            Shown.PrintMessage(line.Text);
+            break;
+        case EndLine::Kind::Detail:
+            Shown.PrintLine(line.Text);
+            break;
+        case EndLine::Kind::Done:
+            SayDone(line.Text);
+            break;
+        }
     }
 }
 
@@ -177,13 +184,7 @@ void PromptFrontEnd::SayEnd(const RunOutcome& Outcome) {
         }
         return;
     }
-    if (!Outcome.FlushError.empty()) {
-        Shown.PrintMessage(Outcome.FlushError);
-    } else if (Outcome.bFlushed) {
-        SayDone(Outcome.FlushText);
-    } else {
-        SayJobEnd(Outcome);
-    }
+    Say(Outcome.bFlushed ? FlushEndLines(Outcome) : JobEndLines(Transfer, Outcome));
 }
 
 void PromptFrontEnd::FinishOutputs(RunOutcome& InOutOutcome) {

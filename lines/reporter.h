@@ -7,6 +7,7 @@
 #include "conflict_tally.h"
 #include "flusher.h"
 #include "preflight_result.h"
+#include "progress_texts.h"
 #include "progress_watch.h"
 #include "run_outcome.h"
 #include "tarvanetransfer.h"
@@ -32,6 +33,9 @@ public:
     virtual void PreflightIsOver(const PreflightResult& /*Result*/) {}
     virtual void JobRuns(const ProgressView& /*View*/) {}
     virtual void JobIsOver(const ProgressView& /*View*/) {}
+    // Only when it takes long.
+    virtual void FinishRuns(const FinishProgress& /*Progress*/) {}
+    virtual void FinishIsOver(const FinishProgress& /*Progress*/) {}
     virtual void FlushRuns(const FlushProgress& /*Progress*/) {}
     virtual void FlushIsOver(const FlushProgress& /*Progress*/) {}
     virtual void ConflictIsSettled(const SettledConflict& /*Settled*/) {}

@@ -43,8 +43,8 @@ public:
 
     void PreflightRuns(std::uint64_t EntriesSeen) override {
         const int width = LayoutWidth(Screen.Size());
-        Shown.ShowParts({WordsPart(2, PreflightText(EntriesSeen), width),
-                         WordsPart(1, "Press Esc to cancel.", width)});
+        Shown.ShowParts(
+            {WordsPart(2, PreflightText(EntriesSeen), width), WordsPart(1, kPreflightHint, width)});
     }
 
     void JobRuns(const ProgressView& View) override {
@@ -52,13 +52,16 @@ public:
         Shown.Show(Block.Lines(View.Snapshot, View.Claims, size), size);
     }
 
+    void FinishRuns(const FinishProgress& Progress) override {
+        const int width = LayoutWidth(Screen.Size());
+        Shown.ShowParts(
+            {WordsPart(2, FinishText(Progress), width), WordsPart(1, kFinishHint, width)});
+    }
+
     void FlushRuns(const FlushProgress& Progress) override {
         const int width = LayoutWidth(Screen.Size());
-        Shown.ShowParts({WordsPart(2, FlushText(Progress), width),
-                         WordsPart(1,
-                                   "Not safe to unplug yet. Esc ends the wait; the copied files "
-                                   "stay.",
-                                   width)});
+        Shown.ShowParts(
+            {WordsPart(2, FlushText(Progress), width), WordsPart(1, kFlushHint, width)});
     }
 
 private:
@@ -85,6 +88,8 @@ public:
     }
 
     void JobIsOver(const ProgressView& View) override { SayThatItIsCanceled(View.Snapshot); }
+
+    void FinishRuns(const FinishProgress& Progress) override { PrintWhenDue(FinishText(Progress)); }
 
     void FlushRuns(const FlushProgress& Progress) override { PrintWhenDue(FlushText(Progress)); }
 
@@ -130,6 +135,17 @@ public:
     }
 
     void JobIsOver(const ProgressView& View) override { Records.Add(ProgressRecord(View)); }
+
+    void FinishRuns(const FinishProgress& Progress) override {
+        if (Timer.TakeDue()) {
+            Records.Offer(FinishingRecord(Progress));
+        }
+        Records.Pump();
+    }
+
+    void FinishIsOver(const FinishProgress& Progress) override {
+        Records.Add(FinishingRecord(Progress));
+    }
 
     void FlushRuns(const FlushProgress& Progress) override {
         // The end has a record of its own.

@@ -42,6 +42,13 @@ public:
     void JobIsOver(const ProgressView& View) override {
         Log.push_back("job over " + View.Snapshot.MessageText);
     }
+    void FinishRuns(const FinishProgress& Progress) override {
+        Log.push_back("finishing " + AsText(Progress));
+    }
+    void FinishIsOver(const FinishProgress& Progress) override {
+        Log.push_back((Progress.bFinished ? "finishing over " : "finishing is left at ") +
+                      AsText(Progress));
+    }
     void FlushRuns(const FlushProgress& Progress) override {
         Log.emplace_back(Progress.bFinished ? "flush at its end" : "flush");
     }
@@ -65,6 +72,11 @@ public:
     int LongestStall = 0;
     bool bReportsEachConflict = true;
     bool bBroken = false;
+
+private:
+    static std::string AsText(const FinishProgress& Progress) {
+        return std::to_string(Progress.Done) + " of " + std::to_string(Progress.Total);
+    }
 };
 
 // Shows in the exit status what the program has ended by.

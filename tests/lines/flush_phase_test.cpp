@@ -22,7 +22,7 @@ using std::chrono::milliseconds;
 
 class FlushPhase : public PhaseAtPrompt {
 protected:
-    void Run() { RunFlushPhase(Flush, Plan, Context(), Outcome); }
+    void Run() { RunFlushPhase(Flush, Context(), Outcome); }
 
     // The disk takes its time until the latch is open.
     void Hold() {
@@ -33,6 +33,11 @@ protected:
     }
     std::function<void()> Release() {
         return [this] { Latch.Open(); };
+    }
+
+    FlushReach Reach() {
+        Flush.Attend();
+        return Flush.Progress().Reach;
     }
 
     // What is said depends on what holds the test's files.
@@ -46,12 +51,12 @@ protected:
     }
     void ExpectFlushed() {
         ExpectOutcome(RunResult::Succeeded, kCopied, true);
-        EXPECT_EQ(Outcome.FlushText, WrittenText(Flush.Poll().Reach, Plan, Outcome));
+        EXPECT_EQ(Outcome.FlushText, WrittenText(Reach(), Plan, Outcome));
         EXPECT_EQ(Report.Log.back(), "flush over ");
     }
     void ExpectEndedBy(int Signal) {
         ExpectOutcome(RunResult::Succeeded, kCopied, false, Signal);
-        EXPECT_EQ(Outcome.FlushText, LeftFlushText(Flush.Poll().Reach));
+        EXPECT_EQ(Outcome.FlushText, LeftFlushText(Reach()));
         EXPECT_EQ(Report.Count("flush over "), 0);
     }
 
@@ -64,8 +69,8 @@ protected:
 
     SharedLatch Latch;
     FakeSyncfs Disk;
-    const TarvaneTransferPlan Plan;
-    Flusher Flush{{Root.Path()}};
+    const TarvaneTransferPlan Plan{};
+    FlushStep Flush{Plan, {Root.Path()}};
     RunOutcome Outcome{.Result = RunResult::Succeeded, .Text = kCopied};
 };
 
@@ -167,7 +172,7 @@ TEST_F(FlushPhase, EndsWithEscAfterAJobThatEscHasCanceled) {
     Screen.PressWhen(Reports("flush"), {kEscapeKey});
     Run();
     ExpectOutcome(RunResult::Canceled, kCopied, false, SIGINT);
-    EXPECT_EQ(Outcome.FlushText, LeftFlushText(Flush.Poll().Reach));
+    EXPECT_EQ(Outcome.FlushText, LeftFlushText(Reach()));
 }
 
 TEST_F(FlushPhase, MakesAFailureOfACanceledJobWhenItFails) {
@@ -184,7 +189,7 @@ TEST_F(FlushPhase, IsNotStartedWhenTheProgramIsToEnd) {
     Loop.Requests().Terminate(SIGTERM, Screen.Now());
     Run();
     ExpectOutcome(RunResult::Succeeded, kCopied, false);
-    EXPECT_EQ(Outcome.FlushText, StillWritingText(Flush.Poll().Reach));
+    EXPECT_EQ(Outcome.FlushText, StillWritingText(Reach()));
     ExpectNoProcess();
     EXPECT_EQ(Report.Log, std::vector<std::string>());
 }
@@ -194,6 +199,6 @@ TEST_F(FlushPhase, IsNotStartedWhenNobodyReadsItsRecords) {
     Report.bBroken = true;
     Run();
     ExpectOutcome(RunResult::Succeeded, kCopied, false);
-    EXPECT_EQ(Outcome.FlushText, StillWritingText(Flush.Poll().Reach));
+    EXPECT_EQ(Outcome.FlushText, StillWritingText(Reach()));
     ExpectNoProcess();
 }

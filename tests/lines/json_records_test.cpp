@@ -87,7 +87,7 @@ TEST_F(JsonProgress, ReportsStallsWrongTotalsAndACancel) {
 
 TEST_F(JsonProgress, GivesTheBytesOfANameThatIsNotUtf8InHexadecimal) {
     Job.SetCurrentPath("/x/bad\xFF\xFE.bin", 0);
-    EXPECT_NE(ProgressRecord(Running).find("\"path\":\"/x/bad\xEF\xBF\xBD\xEF\xBF\xBD.bin\","
+    EXPECT_NE(ProgressRecord(Running).find(R"("path":"/x/bad\ufffd\ufffd.bin",)"
                                            R"("path_hex":"2f782f626164fffe2e62696e",)"),
               std::string::npos);
 }
@@ -102,6 +102,13 @@ TEST_F(JsonProgress, KeepsARecordOnOneLineWhateverTheName) {
     AnsweredConflict answer = OverwrittenFile();
     answer.Conflict.SourcePath = "/a/new\nline\x1B\"\\";
     EXPECT_NE(ConflictRecord({answer}).find(R"("source":"/a/new\nline\u001b\"\\",)"),
+              std::string::npos);
+}
+
+// U+009B begins a control sequence as Escape and a bracket do, U+202E turns the text behind it.
+TEST_F(JsonProgress, HoldsNothingThatDrivesATerminal) {
+    Job.SetCurrentPath("/x/\x7F\u009B2J\u202Egnp.é", 0);
+    EXPECT_NE(ProgressRecord(Running).find(R"("path":"/x/\u007f\u009b2J\u202egnp.\u00e9",)"),
               std::string::npos);
 }
 
@@ -132,10 +139,9 @@ TEST_F(JsonProgress, NamesTheNewPathOfARename) {
     AnsweredConflict answer = OverwrittenFile();
     answer.Action = TarvaneTransferConflictAction::Rename;
     answer.RenamePath = "/b/\xFF.jpg";
-    EXPECT_NE(
-        ConflictRecord({answer}).find("\"answer\":\"rename\",\"rename_path\":\"/b/\xEF\xBF\xBD"
-                                      R"(.jpg","rename_path_hex":"2f622fff2e6a7067",)"),
-        std::string::npos);
+    EXPECT_NE(ConflictRecord({answer}).find(R"("answer":"rename","rename_path":"/b/\ufffd.jpg",)"
+                                            R"("rename_path_hex":"2f622fff2e6a7067",)"),
+              std::string::npos);
 }
 
 TEST_F(JsonProgress, HasANameForEveryAnswer) {
@@ -198,6 +204,13 @@ TEST_F(JsonProgress, ReportsTotalsOfALookForGuardsAsIncomplete) {
                                     R"("copied_bytes":0,"complete":false})");
 }
 
+TEST_F(JsonProgress, ReportsHowFarTheFinishingIs) {
+    EXPECT_EQ(FinishingRecord({.Done = 3, .Total = 50}),
+              R"({"event":"finishing","done":3,"total":50,"finished":false})");
+    EXPECT_EQ(FinishingRecord({.Done = 50, .Total = 50, .bFinished = true}),
+              R"({"event":"finishing","done":50,"total":50,"finished":true})");
+}
+
 TEST_F(JsonProgress, ReportsARunningFlush) {
     FlushProgress progress;
     progress.RemainingBytes = 4096;
@@ -218,20 +231,26 @@ TEST_F(JsonProgress, ReportsAFlushThatFailed) {
 
 TEST_F(JsonProgress, EndsWithTheResultOfTheRun) {
     const std::string noJob = R"("entries":null,"bytes":null,"elapsed":null,"skipped":null,)"
-                              R"("replaced":null,"renamed":null})";
-    EXPECT_EQ(DoneRecord({.Result = RunResult::Succeeded,
-                          .Text = "Copied 12 entries.",
-                          .Counts = TransferCounts{.Entries = 12,
-                                                   .Bytes = 34567,
-                                                   .Seconds = 1.5,
-                                                   .Skipped = 5,
-                                                   .Replaced = 3,
-                                                   .Renamed = 1},
-                          .bFlushed = true},
-                         0),
-              R"({"event":"done","result":"succeeded","status":"Copied 12 entries.",)"
-              R"("exit_status":0,"flushed":true,"entries":12,"bytes":34567,"elapsed":1.5,)"
-              R"("skipped":5,"replaced":3,"renamed":1})");
+                              R"("replaced":null,"renamed":null,"finished":null,"left_alone":null,)"
+                              R"("changed_length":null,"unreached":null})";
+    EXPECT_EQ(
+        DoneRecord(
+            {.Result = RunResult::Succeeded,
+             .Text = "Copied 12 entries.",
+             .Counts = TransferCounts{.Entries = 12,
+                                      .Bytes = 34567,
+                                      .Seconds = 1.5,
+                                      .Skipped = 5,
+                                      .Replaced = 3,
+                                      .Renamed = 1},
+             .Finishing =
+                 FinishResult{.Finished = 9, .LeftAlone = 1, .ChangedLength = 4, .Unreached = 2},
+             .bFlushed = true},
+            0),
+        R"({"event":"done","result":"succeeded","status":"Copied 12 entries.",)"
+        R"("exit_status":0,"flushed":true,"entries":12,"bytes":34567,"elapsed":1.5,)"
+        R"("skipped":5,"replaced":3,"renamed":1,"finished":9,"left_alone":1,)"
+        R"("changed_length":4,"unreached":2})");
     EXPECT_EQ(DoneRecord({.Result = RunResult::Failed, .Text = "No space.", .bFlushed = false}, 1),
               R"({"event":"done","result":"failed","status":"No space.","exit_status":1,)"
               R"("flushed":false,)" +

@@ -53,17 +53,17 @@ protected:
 TEST_F(LiveBlockLayout, ShowsAllTextsWholeAt80Columns) {
     EXPECT_EQ(Shown(), (Texts{
                            "Stage: Copying | Copying items",
-                           "Current: /home/u/Music/Live/2024-02-11 Stadthalle (.../07 - Encore "
-                           "with the who",
+                           ("Current: /home/u/Music/Live/2024-02-11 Stadthalle (.../07 - Encore "
+                            "with the who"),
                            "le orchestra.flac",
                            "Overall 1.5 GB / 12.0 GB | Items 3 / 12",
-                           "All  [########............................................."
-                           "..............] 13%",
-                           "File [#########################################............"
-                           "..............] 62%",
+                           ("All  [########............................................."
+                            "..............] 13%"),
+                           ("File [#########################################............"
+                            "..............] 62%"),
                            "Rate 6.0 MB/s | Spent 04:16 | Remaining 29:52",
-                           "Press Esc to cancel. Partial destination files may remain after a "
-                           "cancel.",
+                           ("Press Esc to cancel. Partial destination files may remain after a "
+                            "cancel."),
                        }));
 }
 

@@ -345,6 +345,11 @@ TEST_F(GoOnQuestion, TakesTheFirstAnswerOfARound) {
     ExpectNo(RunToQuestion());
 }
 
+TEST_F(GoOnQuestion, TakesNoLetterWithAltOrCtrl) {
+    AnswerWhenShown(kQuestion, {{KeyCode::Alt, "y"}, {KeyCode::Control, "y"}, PressedKey('n')});
+    ExpectNo(RunToQuestion());
+}
+
 TEST_F(GoOnQuestion, IsNotAnsweredByWhatWasTypedBefore) {
     Screen.PressWhen(Screen.Shows(kQuestion), {PressedKey('y')});
     Screen.PressWhen(Screen.Later(milliseconds(500)), {PressedKey('y')});

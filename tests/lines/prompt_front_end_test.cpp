@@ -3,6 +3,7 @@
 
 #include "prompt_front_end.h"
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -10,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <sys/mman.h>
 #include <sys/mount.h>
 #include <thread>
 
@@ -19,11 +21,31 @@
 #include "captured_descriptor.h"
 #include "completion_bell.h"
 #include "fake_syncfs.h"
+#include "fake_utimensat.h"
 #include "json_records.h"
 #include "mounts.h"
 #include "needs.h"
 #include "size_text.h"
 #include "without_time.h"
+
+namespace {
+
+bool gbNoMemoryToShare = false;
+
+} // namespace
+
+extern "C" {
+void* __real_mmap(void* Where, size_t Size, int Access, int Flags, int File, off_t Start);
+void* __wrap_mmap(void* Where, size_t Size, int Access, int Flags, int File, off_t Start);
+}
+
+void* __wrap_mmap(void* Where, size_t Size, int Access, int Flags, int File, off_t Start) {
+    if (gbNoMemoryToShare && (Flags & MAP_SHARED) != 0) {
+        errno = ENOMEM;
+        return MAP_FAILED;
+    }
+    return __real_mmap(Where, Size, Access, Flags, File, Start);
+}
 
 namespace {
 
@@ -154,6 +176,38 @@ TEST_F(RunAtPromptTest, IsCanceledAtAQuestion) {
     EXPECT_EQ(Screen.Calls(), (std::vector<std::string>{
                                   "keys", "no keys", "closed",
                                   "signal " + std::to_string(SIGINT) + " after 2 s", "finished"}));
+}
+
+TEST_F(RunAtPromptTest, SaysWhatStaysPrivateWhenTheFinishingIsEnded) {
+    WriteFile(Root / "from/tree/file", "data");
+    fs::permissions(Root / "from/tree", fs::perms(0755));
+    Ask({PathOf("from/tree")});
+    Request.Transfer.Preserve = {.bMode = true, .bTimes = true};
+    SharedLatch latch;
+    std::atomic<bool> bHeld{false};
+    const FakeUtimensat times([&] {
+        bHeld = true;
+        latch.Wait();
+        return 0;
+    });
+    Screen.PressWhen([&] { return bHeld.load(); }, {kEscapeKey});
+    Screen.Script({Screen.Always(), {}, [&] { latch.Open(); }});
+    Run();
+    ExpectEnd(RunResult::Succeeded,
+              "Copied 2 entries, 4 B.\n"
+              "tarvane: the copy of 1 entry is still private: only its owner can read it\n",
+              SIGINT);
+    EXPECT_EQ(fs::status(Root / "to/tree").permissions(), fs::perms(0700));
+}
+
+TEST_F(RunAtPromptTest, DoesNotBeginWithoutARecord) {
+    Request.Transfer.Preserve = {.bMode = true};
+    gbNoMemoryToShare = true;
+    Outcome = RunAtPrompt(Request, Screen, StatusInTests);
+    gbNoMemoryToShare = false;
+    ExpectEnd(RunResult::Failed, "tarvane: cannot keep a record of modes and dates: no memory to "
+                                 "share: Cannot allocate memory\n");
+    EXPECT_EQ(Destination(), Tree());
 }
 
 TEST_F(RunAtPromptTest, LeavesWithTheStatusOfTheSignal) {
@@ -481,7 +535,7 @@ TEST_F(ResultsAtPrompt, AreRecordsInsteadOfWords) {
     Request.Progress = ProgressStyle::Json;
     Run();
     ExpectEnd(RunResult::Succeeded, "");
-    EXPECT_EQ(Output.find("'"), std::string::npos);
+    EXPECT_EQ(Output.find('\''), std::string::npos);
     EXPECT_TRUE(Output.ends_with(DoneRecord(Outcome, StatusInTests(Outcome)) + "\n")) << Output;
 }
 

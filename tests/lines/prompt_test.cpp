@@ -53,6 +53,14 @@ TEST_F(PromptTest, ShowsABlockInPlaceOfTheOneBefore) {
     EXPECT_EQ(Screen.Screen(), "three\n");
 }
 
+TEST_F(PromptTest, LeavesNoBlockWhenAnExceptionEndsIt) {
+    {
+        Prompt other(Screen, StatusOf);
+        other.Show({{"question"}, {"name: x"}}, Screen.Size(), BlockCursor{1, "name:"});
+    }
+    EXPECT_EQ(Screen.Screen(), "");
+}
+
 TEST_F(PromptTest, LeavesTheCursorWhereItIsToldTo) {
     Shown.Show({{"above"}, {"name: x"}}, Screen.Size(), BlockCursor{1, "name:"});
     EXPECT_TRUE(Screen.Written().ends_with("\rname:")) << Screen.Written();

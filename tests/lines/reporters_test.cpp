@@ -52,6 +52,7 @@ protected:
     const TarvaneTransferJob Job{false, 1, "here"};
     TarvaneTransferUiSnapshot Snapshot;
     ProgressClaims Claims{.Percent = 50};
+    const FinishProgress Finishing{.Done = 12345, .Total = 50000};
     FlushProgress Flush;
     ScriptedTerminal Screen;
     Prompt Shown{Screen, StatusOf};
@@ -79,6 +80,12 @@ TEST_F(LiveReporter, ShowsTheJobAsABlock) {
     }
     EXPECT_EQ(Screen.Screen(), block);
     EXPECT_NE(block.find("Stage: Copying"), std::string::npos);
+}
+
+TEST_F(LiveReporter, ShowsTheFinishingAndHowToEndIt) {
+    Report->FinishRuns(Finishing);
+    EXPECT_EQ(Screen.Screen(), "Setting modes and dates: 12,345 of 50,000 entries.\n"
+                               "Esc leaves the rest private.\n");
 }
 
 TEST_F(LiveReporter, ShowsTheFlushAndAWarning) {
@@ -120,17 +127,20 @@ TEST_F(LinesReporter, PrintsALineAfterEachInterval) {
     EXPECT_EQ(Screen.Screen(), line + line);
 }
 
-TEST_F(LinesReporter, PrintsTheLookAndTheFlushToo) {
+TEST_F(LinesReporter, PrintsTheLookTheFinishingAndTheFlushToo) {
     Report->PreflightRuns(12);
+    Report->FinishRuns(Finishing);
     Report->FlushRuns(Flush);
     EXPECT_EQ(Screen.Screen(), "");
     Pass(milliseconds(5000));
     Report->PreflightRuns(12);
     Pass(milliseconds(5000));
+    Report->FinishRuns(Finishing);
+    Pass(milliseconds(5000));
     Report->FlushRuns(Flush);
-    EXPECT_EQ(
-        Screen.Screen(),
-        "Looking through the sources: 12 entries.\nWriting to the disk: at most 1.0 KB left\n");
+    EXPECT_EQ(Screen.Screen(), "Looking through the sources: 12 entries.\n"
+                               "Setting modes and dates: 12,345 of 50,000 entries.\n"
+                               "Writing to the disk: at most 1.0 KB left\n");
 }
 
 TEST_F(LinesReporter, SaysOnceAndAtOnceThatTheJobIsToBeCanceled) {
@@ -150,6 +160,7 @@ TEST_F(LinesReporter, SaysAtTheEndThatTheJobWasToBeCanceledWhenItWasFaster) {
 TEST_F(LinesReporter, LeavesTheLastLineToOthers) {
     Pass(milliseconds(10000));
     Report->JobIsOver(View());
+    Report->FinishIsOver(Finishing);
     Report->FlushIsOver(Flush);
     EXPECT_EQ(Screen.Screen(), "");
     EXPECT_FALSE(Report->IsBroken());
@@ -219,6 +230,16 @@ TEST_F(JsonReporter, WritesWhatTheLookFoundAndItsTotals) {
               }),
               PreflightRecord(result.Findings.Kept()[0]) + "\n" +
                   PreflightRecord(result.Findings.Kept()[1]) + "\n" + TotalsRecord(result) + "\n");
+}
+
+TEST_F(JsonReporter, WritesTheFinishingAfterEachIntervalAndAtItsEnd) {
+    const std::string record = FinishingRecord(Finishing) + "\n";
+    EXPECT_EQ(RecordsOf([this] {
+                  Report->FinishRuns(Finishing);
+                  Report->FinishRuns(Finishing);
+              }),
+              record);
+    EXPECT_EQ(RecordsOf([this] { Report->FinishIsOver(Finishing); }), record);
 }
 
 TEST_F(JsonReporter, WritesTheFlushAfterEachIntervalAndAtItsEnd) {

@@ -218,7 +218,11 @@ TEST_F(ChoicesThroughPipes, JsonReportsEveryConflictWithItsAnswerAndTheResult) {
                           {"bytes", 3},
                           {"skipped", 4},
                           {"replaced", 1},
-                          {"renamed", 0}}));
+                          {"renamed", 0},
+                          {"finished", nullptr},
+                          {"left_alone", nullptr},
+                          {"changed_length", nullptr},
+                          {"unreached", nullptr}}));
 }
 
 TEST_F(ChoicesThroughPipes, JsonReportsEveryNameThatKeepsTheRunFromBeginning) {

@@ -74,8 +74,8 @@ Addition AboutMissingOperand(const FailedJob& Failed) {
     return {};
 }
 
-// The first operand that is refused for where it goes. Not beyond a directory, which may hold the
-// entry that was meant.
+// The first operand that is refused. Not beyond a directory, which may hold the entry that was
+// meant.
 Addition AboutRefusedOperand(const FailedJob& Failed,
                              bool (*IsRefused)(const fs::path&, const fs::path&)) {
     std::error_code ec;
@@ -88,6 +88,18 @@ Addition AboutRefusedOperand(const FailedJob& Failed,
         }
     }
     return {};
+}
+
+bool IsSpecial(const fs::path& Source, const fs::path&) {
+    std::error_code ec;
+    return fs::is_other(Source, ec);
+}
+
+// What the standard's copy says of a pipe, a socket or a device, before the engine shows it as the
+// current path.
+Addition AboutSpecialOperand(const FailedJob& Failed) {
+    const fs::path path = AboutRefusedOperand(Failed, IsSpecial).Path;
+    return {path, "pipes, sockets and devices cannot be copied"};
 }
 
 // The system's text alone, if looking at the current entry still gives the same.
@@ -130,6 +142,9 @@ Addition AdditionTo(const std::string& Sentence, const FailedJob& Failed) {
     }
     if (Sentence == "Destination cannot be inside the source directory.") {
         return AboutRefusedOperand(Failed, TarvanePathIsInside);
+    }
+    if (Sentence == std::generic_category().message(EINVAL)) {
+        return AboutSpecialOperand(Failed);
     }
     return AboutCurrentEntry(Sentence, Failed);
 }

@@ -1,8 +1,10 @@
 #include "file_reason.h"
 
 #include <cerrno>
+#include <memory>
 #include <system_error>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -35,6 +37,16 @@ int TryToOpen(const fs::path& Path, const struct stat& Status, int Access) {
     return opened.Get() >= 0 ? 0 : errno;
 }
 
+// The errno of listing a directory's first entry, or 0; the others may be a million.
+int TryToList(const fs::path& Directory) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(Directory.c_str()), ::closedir);
+    if (listing) {
+        errno = 0;
+        return ::readdir(listing.get()) != nullptr ? 0 : errno;
+    }
+    return errno;
+}
+
 // The directory at which the file system begins that holds an existing directory.
 fs::path MountPointOf(fs::path Directory) {
     struct stat inside {};
@@ -61,8 +73,11 @@ std::string WhyFileSystemTakesNothing(const struct statvfs& FileSystem, const fs
 
 std::string WhyUnreadable(const fs::path& Source) {
     struct stat status {};
-    const int error = Look(Source, status);
-    return SystemText(error != 0 ? error : TryToOpen(Source, status, O_RDONLY));
+    int error = Look(Source, status);
+    if (error == 0) {
+        error = S_ISDIR(status.st_mode) ? TryToList(Source) : TryToOpen(Source, status, O_RDONLY);
+    }
+    return SystemText(error);
 }
 
 std::string WhyNotOpenedForWriting(const fs::path& Destination) {

@@ -7,7 +7,7 @@
 #include <string>
 
 // All are empty when the reason does not show any more. Opening is tried, but only of regular files
-// and without waiting, reading or writing.
+// and without waiting, reading or writing, and of directories that are read.
 
 std::string WhyUnreadable(const std::filesystem::path& Source);
 std::string WhyNotOpenedForWriting(const std::filesystem::path& Destination);

@@ -16,9 +16,7 @@ std::uint64_t EntriesOf(const RunOutcome& Outcome) {
 
 // Nothing is removed from a disc.
 bool RemovesSources(const TarvaneTransferPlan& Plan) {
-    return Plan.bMove && !std::ranges::all_of(Plan.Items, [](const auto& Item) {
-               return IsCdPath(Item.SourcePath);
-           });
+    return Plan.bMove && !HasOnlyTracks(Plan);
 }
 
 // "'/to/a', '/to/b', '/to/c' and 4 more".

@@ -42,7 +42,8 @@ TransferCounts CountsOf(const EndedJob& Ended, const TarvaneTransferUiSnapshot& 
             .Seconds = Last.ElapsedSeconds,
             .Skipped = Ended.Job.GetSkippedItems(),
             .Replaced = ReplacedNames(Ended, Last.bSucceeded),
-            .Renamed = Ended.Names.Renamed()};
+            .Renamed = Ended.Names.Renamed(),
+            .Merged = Ended.Names.Merged()};
 }
 
 std::string UnreadText(const UnreadDirectories& Unread) {

@@ -76,6 +76,11 @@ std::string PreflightText(std::uint64_t EntriesSeen) {
     return "Looking through the sources: " + EntriesText(EntriesSeen) + ".";
 }
 
+std::string FinishText(const FinishProgress& Progress) {
+    return "Setting modes and dates: " + NumberText(Progress.Done) + " of " +
+           EntriesText(Progress.Total) + ".";
+}
+
 std::string FlushText(const FlushProgress& Progress) {
     std::string text = "Writing to the disk: ";
     text += Progress.RemainingBytes ? "at most " + SizeText(*Progress.RemainingBytes) + " left"

@@ -25,5 +25,22 @@ std::string WrongTotalsText(const ProgressClaims& Claims);
 // MB/s); 12 skipped, 3 replaced, 1 renamed." Less than a second is no time to tell a rate from.
 std::string CountsText(const TransferCounts& Counts, bool bMove);
 
+// How far the finishing of the copies is, in entries.
+struct FinishProgress {
+    std::uint64_t Done = 0;
+    std::uint64_t Total = 0;
+    bool bFinished = false;
+};
+
+// "Setting modes and dates: 12,345 of 50,000 entries."
+std::string FinishText(const FinishProgress& Progress);
+
+// What Esc does while the look, the finishing or the flush is shown, and what is not to be done
+// yet.
+inline constexpr char kPreflightHint[] = "Press Esc to cancel.";
+inline constexpr char kFinishHint[] = "Esc leaves the rest private.";
+inline constexpr char kFlushHint[] =
+    "Not safe to unplug yet. Esc ends the wait; the copied files stay.";
+
 // What a flush still has to do: "Writing to the disk: at most 1.5 MB left | Rate 6.0 MB/s".
 std::string FlushText(const FlushProgress& Progress);

@@ -29,6 +29,13 @@ std::uint64_t BytesLeftOf(const TarvaneTransferUiSnapshot& Snapshot) {
 
 } // namespace
 
+int FilePercent(const TarvaneTransferUiSnapshot& Snapshot, const ProgressClaims& Claims) {
+    const auto percent = static_cast<int>(Snapshot.FileProgress01 * 100.0);
+    return Snapshot.CurrentFileTotalBytes > 0
+               ? std::clamp(percent, 0, Snapshot.bSucceeded ? 100 : 99)
+               : std::clamp(percent, 0, Claims.Percent);
+}
+
 ProgressClaims ProgressWatch::Observe(const TarvaneTransferUiSnapshot& Snapshot, bool bWaiting,
                                       Clock::time_point Now) {
     ProgressClaims claims;

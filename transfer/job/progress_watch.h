@@ -20,6 +20,10 @@ struct ProgressClaims {
     bool bLessThanCounted = false;
 };
 
+// How full the bar of the current file is. What has no bytes of its own gets the fraction of the
+// whole from the engine.
+int FilePercent(const TarvaneTransferUiSnapshot& Snapshot, const ProgressClaims& Claims);
+
 // Follows one job from snapshot to snapshot.
 class ProgressWatch {
 public:

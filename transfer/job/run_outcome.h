@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "finisher.h"
+
 enum class RunResult {
     Succeeded,
     Failed,
@@ -26,6 +28,8 @@ struct TransferCounts {
     // Taken names.
     std::uint64_t Replaced = 0;
     std::uint64_t Renamed = 0;
+    // Directories that were there already and are not among the entries.
+    std::uint64_t Merged = 0;
 };
 
 struct RunOutcome {
@@ -37,6 +41,8 @@ struct RunOutcome {
     // The signal that the run was ended by, SIGINT for Esc too; nothing when it came to its own
     // end.
     std::optional<int> EndSignal = {};
+    // What has become of modes, times and owners; nothing when none were to be carried over.
+    std::optional<FinishResult> Finishing = {};
     // Whether what was copied has reached the disks; nothing when that was not to be waited for.
     std::optional<bool> bFlushed = {};
     // What is to be said of that, or what went wrong with it; the other one is empty.

@@ -13,12 +13,14 @@
 // Threads: one thread makes, uses and destroys the session; the worker is inside.
 class TransferSession {
 public:
-    // Registers the job and starts its worker.
+    // Registers the job and starts its worker. With bPrivate, what the worker makes is for this
+    // user alone, whatever the umask of the program; where the system lets no thread have an umask
+    // of its own, the program's is changed until no such session runs.
     // Errors: an exception that leaves the engine, or a worker that cannot be started, becomes a
     // failed job.
-    explicit TransferSession(TarvaneTransferPlan Plan);
+    explicit TransferSession(TarvaneTransferPlan Plan, bool bPrivate = false);
     // Asks the worker to stop and waits until it has.
-    ~TransferSession() { Running->RequestCancel(); }
+    ~TransferSession();
     TransferSession(const TransferSession&) = delete;
     TransferSession& operator=(const TransferSession&) = delete;
 
@@ -29,6 +31,9 @@ public:
     int OverFd() const { return Worker ? Worker->OverFd() : -1; }
 
     TarvaneTransferJob& Job() { return *Running; }
+
+    // Gives back what the worker has held, for those who keep the job. Requires: it is over.
+    void Close() { Worker.reset(); }
 
 private:
     const std::shared_ptr<TarvaneTransferJob> Running;

@@ -1,5 +1,6 @@
 #include "plan_sources.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -14,6 +15,10 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+bool IsTrack(const TarvaneTransferItemPlan& Item) {
+    return IsCdPath(Item.SourcePath);
+}
 
 std::string SentenceForMissing(const fs::path& Operand, int Error) {
     std::error_code ec;
@@ -129,4 +134,12 @@ std::vector<PlanSource> FindSources(const std::vector<fs::path>& Operands, bool 
 
 bool IsCdPath(const fs::path& Path) {
     return TarvaneIsCddaPath(Path.native());
+}
+
+bool HasTracks(const TarvaneTransferPlan& Plan) {
+    return std::ranges::any_of(Plan.Items, IsTrack);
+}
+
+bool HasOnlyTracks(const TarvaneTransferPlan& Plan) {
+    return std::ranges::all_of(Plan.Items, IsTrack);
 }

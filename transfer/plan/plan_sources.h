@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "plan_refusal.h"
+#include "tarvanetransfer.h"
 #include "track_list.h"
 
 struct PlanSource {
@@ -31,3 +32,7 @@ std::vector<PlanSource> FindSources(const std::vector<std::filesystem::path>& Op
                                     const TrackLister& ListTracks, PlanRefusal& InOutRefusal);
 
 bool IsCdPath(const std::filesystem::path& Path);
+
+// Whether any of the sources, or every one, is a track of a CD.
+bool HasTracks(const TarvaneTransferPlan& Plan);
+bool HasOnlyTracks(const TarvaneTransferPlan& Plan);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "conflict_policy.h"
+#include "preserve_choice.h"
 
 enum class FlushChoice {
     Auto,
@@ -25,6 +26,8 @@ struct TransferRequest {
     std::optional<FileConflictChoice> OnConflict;
     // Merge unless it is given or OnConflict asks.
     std::optional<DirectoryConflictChoice> OnDirectoryConflict;
+    // Of every source that is copied; one that is renamed keeps all.
+    PreserveChoice Preserve = {};
     FlushChoice Flush = FlushChoice::Auto;
     bool bPreflight = true;
     bool bDryRun = false;

@@ -16,12 +16,15 @@ void AddStatus(DestinationEntry& OutEntry, const struct statx& Status) {
     OutEntry.Identity = IdentityOf(Status);
     OutEntry.MountId = Status.stx_mnt_id;
     OutEntry.bAppendOnly = (Status.stx_attributes & STATX_ATTR_APPEND) != 0;
+    OutEntry.Mode = Status.stx_mode;
+    OutEntry.Owner = Status.stx_uid;
+    OutEntry.Group = Status.stx_gid;
+    OutEntry.Modified = {Status.stx_mtime.tv_sec, Status.stx_mtime.tv_nsec};
     if (S_ISREG(Status.stx_mode)) {
         OutEntry.Taken->bHasOtherNames = !OutEntry.Taken->bLink && Status.stx_nlink > 1;
         OutEntry.SizeBytes = Status.stx_size;
         OutEntry.OccupiedBytes = Status.stx_blocks * kStatusBlockBytes;
     }
-    OutEntry.ModifiedTicks = TicksOf(Status.stx_mtime.tv_sec, Status.stx_mtime.tv_nsec);
 }
 
 bool QueryStatus(int Parent, const char* Name, int Flags, struct statx& OutStatus) {
@@ -58,6 +61,20 @@ DestinationEntry LookAtDestination(int Parent, const char* Name) {
     }
     AddStatus(entry, status);
     return entry;
+}
+
+std::optional<RecordedTarget> RecordedTargetOf(const DestinationEntry& There) {
+    if (!There.Taken) {
+        return std::nullopt;
+    }
+    return RecordedTarget{.Identity = There.Identity.value_or(FileIdentity()),
+                          .Mode = There.Mode,
+                          .Modified = There.Modified,
+                          .bLink = There.Taken->bLink};
+}
+
+std::optional<std::int64_t> DestinationEntry::ModifiedTicks() const {
+    return Identity ? TicksOf(Modified.tv_sec, Modified.tv_nsec) : std::nullopt;
 }
 
 OwnedDescriptor DestinationPlace::Open() const {

@@ -4,6 +4,7 @@
 
 #include "destination_facts.h"
 #include "owned_descriptor.h"
+#include "status_record.h"
 #include "taken_name.h"
 
 #include <cstdint>
@@ -21,13 +22,17 @@ struct DestinationEntry {
     std::optional<FileIdentity> Identity = {};
     std::uint64_t MountId = 0;
     bool bAppendOnly = false;
+    mode_t Mode = 0;
+    uid_t Owner = 0;
+    gid_t Group = 0;
+    timespec Modified{};
     // Of a regular file.
     std::optional<std::uint64_t> SizeBytes = {};
     std::uint64_t OccupiedBytes = 0;
-    std::optional<std::int64_t> ModifiedTicks = {};
 
     bool IsFree() const { return Error == 0 && !Taken; }
     bool IsDangling() const { return Taken && !Taken->LeadsTo; }
+    std::optional<std::int64_t> ModifiedTicks() const;
     bool IsDirectory() const { return Taken && ::IsDirectory(*Taken); }
 };
 
@@ -38,6 +43,9 @@ bool LeadsNowhere(int Error);
 // by name, so that it decides which names are equal, and so that nothing has to be kept of a
 // directory of any size.
 DestinationEntry LookAtDestination(int Parent, const char* Name);
+
+// Nothing for a free name, and of a link that leads nowhere only that it is one.
+std::optional<RecordedTarget> RecordedTargetOf(const DestinationEntry& There);
 
 // A directory at the destination that the contents of a source directory go into.
 struct DestinationPlace {

@@ -61,6 +61,11 @@ NameFate FileLook::FateOf(const File& Source) {
                         Source.Directory.DestinationPathOf(Source.Name), Source.There);
 }
 
+void FileLook::Skip(WalkListing& Directory) {
+    Names.Skip();
+    CountSkipped(Directory, 0);
+}
+
 void FileLook::AddSpecial(WalkListing& Directory, const char* Name) {
     Count(Directory);
     if (Directory.Fate == Treatment::Copied) {
@@ -130,6 +135,7 @@ void FileLook::LookAtCopy(const File& Source, NameFate Fate) {
     if (!FitsItsNames(directory, Source.Name)) {
         return;
     }
+    Record.AddFile(directory, Source.Name, Source.Status, Source.There);
     if (!Rights.MayAccess(directory.Descriptor, Source.Name, Source.Status, R_OK)) {
         Result.Findings.AddStop(Kind::UnreadableFile, directory.PathOf(Source.Name));
     }

@@ -6,7 +6,7 @@
 #include "preflight_result.h"
 #include "space_demand.h"
 #include "taken_names.h"
-#include "walk_listing.h"
+#include "walk_record.h"
 
 #include <set>
 #include <string>
@@ -15,14 +15,19 @@
 
 class FileLook {
 public:
-    // Adds to the findings and totals of Result and to Demand, which must outlive it.
+    // Adds to the findings and totals of Result, to Demand and to the record, which must outlive
+    // it.
     FileLook(PreflightResult& ResultToFill, TakenNames& NamesToAsk, SpaceDemand& DemandToFill,
-             bool bMoveSources)
-        : Result(ResultToFill), Names(NamesToAsk), Demand(DemandToFill), bMove(bMoveSources) {}
+             WalkRecord& RecordToFill, bool bMoveSources)
+        : Result(ResultToFill), Names(NamesToAsk), Demand(DemandToFill), Record(RecordToFill),
+          bMove(bMoveSources) {}
 
     // Name is in Directory, with a link to it followed in Status; There stands at its destination.
     void LookAt(WalkListing& Directory, const char* Name, const struct stat& Status, bool bLink,
                 const DestinationEntry& There);
+
+    // The same for a file at a name that it is skipped for, whatever it is like.
+    void Skip(WalkListing& Directory);
 
     // The same for a pipe, a socket or a device at a free name.
     void AddSpecial(WalkListing& Directory, const char* Name);
@@ -50,6 +55,7 @@ private:
     PreflightResult& Result;
     TakenNames& Names;
     SpaceDemand& Demand;
+    WalkRecord& Record;
     const bool bMove;
     const AccessRights Rights;
     std::set<std::string> UnwritableDirectories;

@@ -15,18 +15,13 @@ void FollowedLinks::AddLink(const std::string& Path, const FileIdentity& Target)
     }
 }
 
-bool FollowedLinks::AddKnown(const FileIdentity& Target, const DestinationFacts& Destination) {
-    const auto known = Known.find(Target);
-    if (known == Known.end()) {
-        return false;
-    }
-    const Totals& totals = known->second;
+void FollowedLinks::AddKnown(const FileIdentity& Target, const DestinationFacts& Destination) {
+    const Totals& totals = Known.at(Target);
     Result.CopiedEntries += totals.Entries;
     Result.CopiedBytes += totals.Bytes;
     Result.FollowedEntries += totals.Entries;
     Result.FollowedBytes += totals.Bytes;
     Demand.Add(Destination, totals.Space);
-    return true;
 }
 
 FollowedLinks::Totals FollowedLinks::Copied(const DestinationFacts& Destination) const {
@@ -38,8 +33,8 @@ void FollowedLinks::Remember(const FileIdentity& Target, const DestinationFacts&
     const Totals after = Copied(Destination);
     Known[Target] = {after.Entries - Before.Entries,
                      after.Bytes - Before.Bytes,
-                     {after.Space.MostBytes - Before.Space.MostBytes,
-                      after.Space.LeastBytes - Before.Space.LeastBytes}};
+                     {LimitedSum(after.Space.MostBytes, -Before.Space.MostBytes),
+                      LimitedSum(after.Space.LeastBytes, -Before.Space.LeastBytes)}};
 }
 
 bool FollowedLinks::RemovesUnselected() const {

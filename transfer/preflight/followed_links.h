@@ -28,9 +28,10 @@ public:
     void AddSelected(const FileIdentity& Directory);
     void AddLink(const std::string& Path, const FileIdentity& Target);
 
-    // Adds what the target held when it was walked before, for a copy to a new name; false when it
-    // has to be walked.
-    bool AddKnown(const FileIdentity& Target, const DestinationFacts& Destination);
+    bool IsKnown(const FileIdentity& Target) const { return Known.contains(Target); }
+    // Adds what the target held when it was walked before, for a copy to a new name. Requires: it
+    // is known.
+    void AddKnown(const FileIdentity& Target, const DestinationFacts& Destination);
     // What is copied so far, for the call after the walk of a target.
     Totals Copied(const DestinationFacts& Destination) const;
     void Remember(const FileIdentity& Target, const DestinationFacts& Destination,

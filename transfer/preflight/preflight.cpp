@@ -16,8 +16,10 @@ namespace {
 class Preflight {
 public:
     Preflight(const PreflightTask& Task, PreflightControl& ControlToUse)
-        : Plan(Task.Plan), Scope(Task.Scope), Control(ControlToUse), Names(Task.Rules, Result),
-          Sources({Result, Control, Destinations, Names, Demand}, Plan.bMove, Scope),
+        : Plan(Task.Plan), Scope(Task.Scope), Control(ControlToUse),
+          Names(Task.Rules, Result, Task.Record != nullptr),
+          Record(Task.Record, Task.RecordDescriptor),
+          Sources({Result, Control, Destinations, Names, Demand, Record}, Plan.bMove, Scope),
           Tracks(Result, Task.Discs) {
         Result.Findings = PreflightFindings(Scope);
         Result.bComplete = Scope == PreflightScope::Everything;
@@ -37,6 +39,7 @@ private:
     KnownDestinations Destinations;
     SpaceDemand Demand;
     TakenNames Names;
+    WalkRecord Record;
     SourceWalk Sources;
     TrackLook Tracks;
     std::set<fs::path> MadeDirectories;
@@ -56,6 +59,7 @@ PreflightResult Preflight::Run() {
     Result.bRemovesUnselected = Sources.RemovesUnselected();
     Demand.Check(Result.Findings);
     Result.bTakesOnlyFiles = TakesOnlyFiles();
+    Record.Finish();
     return std::move(Result);
 }
 

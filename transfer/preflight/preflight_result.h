@@ -47,7 +47,8 @@ struct PreflightResult {
     bool bRemovesUnselected = false;
     // One answer for all files does what the choices say about each: one item goes where names
     // differ in every byte, and what is taken there are files, for files to replace or to skip,
-    // and directories to merge into. No link, nothing special, no other mount on either way.
+    // and directories to merge into. No link, nothing special, no other mount on either way, and
+    // when there is a record no file to replace that more people may use than its source.
     bool bTakesOnlyFiles = false;
     // Everything was looked at, so the totals hold.
     bool bComplete = true;

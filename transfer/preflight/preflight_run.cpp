@@ -5,6 +5,7 @@
 #include <string_view>
 #include <sys/mman.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace {
 
@@ -32,12 +33,18 @@ PreflightEnd Look(const PreflightTask& Task, PreflightControl& Control) {
 
 } // namespace
 
-PreflightRun::PreflightRun(const PreflightTask& Task) : Control(MapShared(), Unmap) {
+// The record's file is the only one of ours that is open in the process.
+PreflightRun::PreflightRun(PreflightTask Task) : Control(MapShared(), Unmap) {
+    const int record =
+        Task.Record != nullptr ? Task.Record->FileDescriptor() : WorkerProcess::kNoInput;
+    Task.RecordDescriptor = STDIN_FILENO;
     try {
-        Process.emplace([&Task, &control = *Control, reply = std::string()]() mutable {
-            reply = ReplyFrom(Look(Task, control));
-            return std::string_view(reply);
-        });
+        Process.emplace(
+            [&Task, &control = *Control, reply = std::string()]() mutable {
+                reply = ReplyFrom(Look(Task, control));
+                return std::string_view(reply);
+            },
+            record);
     } catch (const std::system_error& error) {
         End = {{}, error.what()};
     }

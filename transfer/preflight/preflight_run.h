@@ -17,7 +17,7 @@
 // Threads: one thread makes, uses and destroys it; others may run.
 class PreflightRun {
 public:
-    explicit PreflightRun(const PreflightTask& Task);
+    explicit PreflightRun(PreflightTask Task);
 
     std::uint64_t EntriesSeen() const { return Control->EntriesSeen; }
     bool IsOver();

@@ -20,7 +20,8 @@ bool Contains(const std::vector<FileIdentity>& Identities, const FileIdentity& W
 SourceWalk::SourceWalk(const Parts& PartsToFill, bool bMoveSources, PreflightScope Wanted)
     : Result(PartsToFill.Result), Control(PartsToFill.Control),
       Destinations(PartsToFill.Destinations), Names(PartsToFill.Names), bMove(bMoveSources),
-      Scope(Wanted), Files(Result, Names, PartsToFill.Demand, bMove),
+      Scope(Wanted), Record(PartsToFill.Record),
+      Files(Result, Names, PartsToFill.Demand, Record, bMove),
       Links(Result, PartsToFill.Demand, bMove) {}
 
 void SourceWalk::Walk(const std::filesystem::path& Source,
@@ -60,7 +61,8 @@ void SourceWalk::CheckRemoval(const std::filesystem::path& Source) {
 bool SourceWalk::IsWorthALook(const WalkListing& Directory) const {
     return Scope != PreflightScope::GuardsOnly ||
            (Directory.Fate == Treatment::Copied &&
-            (bMove || Directory.Destination.bExists || !Rights.MayDoEverything()));
+            (Record.IsKept() || bMove || Directory.Destination.bExists ||
+             !Rights.MayDoEverything()));
 }
 
 void SourceWalk::WalkSubdirectories(WalkListing& Directory) {
@@ -125,6 +127,8 @@ WalkListing SourceWalk::Enter(WalkListing& Directory, const Subdirectory& Entere
                                        .Identity = There.Identity},
                        .bSelected = Directory.bSelected && !Entered.bLink,
                        .Fate = Directory.Fate,
+                       .RecordedName = Directory.RecordedNameOf(Entered.Name.c_str()),
+                       .There = RecordedTargetOf(There),
                        .Above = std::move(Directory.Kept)};
     if (Directory.Fate != Treatment::Copied) {
         return target;
@@ -150,12 +154,19 @@ void SourceWalk::FollowLink(WalkListing& Target, const DirectoryStatus& Status) 
     }
     if (Contains(Chain, Status.Identity)) {
         Result.Findings.AddStop(Kind::LinkCycle, Target.Path);
+        Record.Enter(Target, Status.Recorded);
+        Record.Leave(Target);
         return;
     }
     Links.AddLink(Target.Path, Status.Identity);
     const DestinationFacts& facts = *Target.Destination.Facts;
     const bool bNew = !Target.Destination.bExists;
-    if (bNew && Links.AddKnown(Status.Identity, facts)) {
+    if (bNew && Links.IsKnown(Status.Identity)) {
+        if (Record.IsKept()) {
+            WalkForRecord(Target, Status);
+        } else {
+            Links.AddKnown(Status.Identity, facts);
+        }
         return;
     }
     const FollowedLinks::Totals before = Links.Copied(facts);
@@ -163,6 +174,13 @@ void SourceWalk::FollowLink(WalkListing& Target, const DirectoryStatus& Status) 
     if (bNew) {
         Links.Remember(Status.Identity, facts, before);
     }
+}
+
+// What is behind a second link is copied once more, but there is nothing new to find.
+void SourceWalk::WalkForRecord(WalkListing& Target, const DirectoryStatus& Status) {
+    PreflightFindings findings = Result.Findings;
+    WalkDirectory(Target, Status);
+    Result.Findings = std::move(findings);
 }
 
 // Lists the whole directory before it goes deeper, so that few are open at a time however deep the
@@ -176,6 +194,7 @@ void SourceWalk::WalkDirectory(WalkListing& Directory,
     Chain.push_back(status->Identity);
     WalkSubdirectories(Directory);
     Chain.pop_back();
+    Record.Leave(Directory);
     if (!status->bWritable && Directory.Copied > 0) {
         Result.Findings.AddStop(Kind::UnwritableSourceDirectory, Directory.Path);
     }
@@ -193,15 +212,21 @@ SourceWalk::ListDirectory(WalkListing& InOutListing,
     const OwnedDescriptor there = InOutListing.Destination.Open();
     InOutListing.Descriptor = reader.Descriptor();
     InOutListing.DestinationDescriptor = there.Get();
-    const DirectoryStatus status = KnownStatus ? *KnownStatus : StatusOfOpen(InOutListing);
-    if (IsDestination(InOutListing, status.Identity)) {
+    const std::optional<DirectoryStatus> status =
+        KnownStatus ? KnownStatus : StatusOfOpen(InOutListing);
+    if (!status) {
+        AddUninspectable(InOutListing.Path, errno);
         return std::nullopt;
     }
+    if (IsDestination(InOutListing, status->Identity)) {
+        return std::nullopt;
+    }
+    Record.Enter(InOutListing, status->Recorded);
     if (InOutListing.Fate == Treatment::Copied && InOutListing.bSelected) {
-        Links.AddSelected(status.Identity);
+        Links.AddSelected(status->Identity);
     }
     while (const dirent64* entry = reader.Next()) {
-        LookAtEntry(InOutListing, entry->d_name, entry->d_type);
+        LookAtEntry(InOutListing, *entry);
     }
     if (reader.Error() != 0) {
         AddUninspectable(InOutListing.Path, reader.Error());

@@ -22,6 +22,7 @@ public:
         KnownDestinations& Destinations;
         TakenNames& Names;
         SpaceDemand& Demand;
+        WalkRecord& Record;
     };
 
     // Adds to the parts, which must outlive the walk.
@@ -37,9 +38,9 @@ private:
     bool IsWorthALook(const WalkListing& Directory) const;
     bool IsDestination(const WalkListing& Directory, const FileIdentity& Identity);
 
-    bool NeedsStatus(const WalkListing& Directory, unsigned char Type,
+    bool NeedsStatus(const WalkListing& Directory, const dirent64& Entry,
                      const DestinationEntry& There) const;
-    void LookAtEntry(WalkListing& InOutListing, const char* Name, unsigned char Type);
+    void LookAtEntry(WalkListing& InOutListing, const dirent64& Entry);
     void QueryEntry(WalkListing& InOutListing, const char* Name, bool bLink,
                     const DestinationEntry& There);
     void WalkSubdirectories(WalkListing& Directory);
@@ -49,12 +50,13 @@ private:
                       const DestinationEntry& There);
     void ExtendDestinationChain(const DestinationPlace& Place);
     void FollowLink(WalkListing& Target, const DirectoryStatus& Status);
+    void WalkForRecord(WalkListing& Target, const DirectoryStatus& Status);
     void WalkDirectory(WalkListing& Directory, const std::optional<DirectoryStatus>& KnownStatus);
     std::optional<DirectoryStatus> ListDirectory(WalkListing& InOutListing,
                                                  const std::optional<DirectoryStatus>& KnownStatus);
 
     static bool IsLinkIn(int Parent, const char* Name);
-    DirectoryStatus StatusOfOpen(const WalkListing& Directory) const;
+    std::optional<DirectoryStatus> StatusOfOpen(const WalkListing& Directory) const;
     DirectoryStatus StatusOf(int Parent, const char* Name, const struct stat& Status) const;
     void AddUninspectable(const std::string& Path, int Error);
     void AddUnseenDestination(const WalkListing& Directory, const char* Name, int Error);
@@ -66,6 +68,7 @@ private:
     TakenNames& Names;
     const bool bMove;
     const PreflightScope Scope;
+    WalkRecord& Record;
     const AccessRights Rights;
     FileLook Files;
     FollowedLinks Links;

@@ -11,10 +11,14 @@
 
 struct SpaceNeed {
     // What everything together takes at most.
-    std::uint64_t MostBytes = 0;
+    std::int64_t MostBytes = 0;
     // What it takes in any case; less than nothing where old files give room.
     std::int64_t LeastBytes = 0;
 };
+
+// Without going beyond what a number holds: sparse files can have any size, and links can lead to
+// them any number of times.
+std::int64_t LimitedSum(std::int64_t First, std::int64_t Second);
 
 class SpaceDemand {
 public:

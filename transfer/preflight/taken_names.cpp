@@ -1,5 +1,6 @@
 #include "taken_names.h"
 
+#include "entry_access.h"
 #include "owned_descriptor.h"
 #include "quoted.h"
 
@@ -58,6 +59,9 @@ Kind KindOfRefusal(const TakenName& Name, bool bRefusesAll) {
     if (IsSpecialInTheWay(Name)) {
         return Kind::SpecialDestination;
     }
+    if (ReplacesLink(Name) && MakesRoomInVain(Name)) {
+        return Kind::SpecialEntry;
+    }
     const bool bDirectory = Name.Conflict.Kind == TarvaneTransferConflictKind::Directory;
     return bDirectory == IsDirectory(Name.Entry) ? Kind::LinkAtDestination : Kind::UnequalKinds;
 }
@@ -77,8 +81,8 @@ TarvaneTransferConflict RecordOf(const SourceSide& Source, const std::string& De
     record.DestinationSizeBytes = There.SizeBytes.value_or(0);
     record.bSourceHasModifiedTime = Source.ModifiedTicks.has_value();
     record.SourceModifiedTicks = Source.ModifiedTicks.value_or(0);
-    record.bDestinationHasModifiedTime = There.ModifiedTicks.has_value();
-    record.DestinationModifiedTicks = There.ModifiedTicks.value_or(0);
+    record.bDestinationHasModifiedTime = There.ModifiedTicks().has_value();
+    record.DestinationModifiedTicks = There.ModifiedTicks().value_or(0);
     return record;
 }
 
@@ -101,7 +105,11 @@ bool KeepsNamesApart(const std::string& Directory) {
 } // namespace
 
 SourceSide SourceSideOf(std::string Path, const struct stat& Status) {
-    SourceSide side{.Path = std::move(Path), .bDirectory = S_ISDIR(Status.st_mode)};
+    SourceSide side{.Path = std::move(Path),
+                    .bDirectory = S_ISDIR(Status.st_mode),
+                    .Mode = Status.st_mode,
+                    .Owner = Status.st_uid,
+                    .Group = Status.st_gid};
     if (S_ISREG(Status.st_mode)) {
         side.SizeBytes = static_cast<std::uint64_t>(Status.st_size);
     }
@@ -122,6 +130,11 @@ NameFate TakenNames::Decide(const SourceSide& Source, const std::string& Destina
     return fate;
 }
 
+bool TakenNames::SkipsFilesAt(const DestinationEntry& There) const {
+    return Rules.ForFiles == FileConflictChoice::Skip && There.Taken && !There.Taken->bLink &&
+           There.Taken->LeadsTo == TakenEntry::Kind::File;
+}
+
 void TakenNames::Enter(const DestinationFacts& Directory) {
     const bool bReplaces = Rules.ForFiles == FileConflictChoice::Overwrite ||
                            Rules.ForFiles == FileConflictChoice::Older;
@@ -137,7 +150,11 @@ bool TakenNames::IsOnlyFile(const SourceSide& Source, const std::string& Destina
     if (Source.bDirectory) {
         return Fate == NameFate::Merged && KeepsNamesApart(DestinationPath);
     }
-    return Source.SizeBytes && There.SizeBytes && !There.Taken->bHasOtherNames;
+    const bool bMadePrivate =
+        bCarriesModes && Fate == NameFate::Replaced &&
+        IsMoreOpen({.Mode = There.Mode, .Owner = There.Owner, .Group = There.Group},
+                   {.Mode = Source.Mode, .Owner = Source.Owner, .Group = Source.Group});
+    return Source.SizeBytes && There.SizeBytes && !There.Taken->bHasOtherNames && !bMadePrivate;
 }
 
 // The engine takes the name for free, but no directory can be made through a link.
@@ -162,7 +179,8 @@ NameFate TakenNames::DecideTaken(const SourceSide& Source, const std::string& De
         const bool bRefusesAll = Source.bDirectory
                                      ? Rules.ForDirectories == DirectoryConflictChoice::Fail
                                      : Rules.ForFiles == FileConflictChoice::Fail;
-        Result.Findings.AddStop(KindOfRefusal(name, bRefusesAll), DestinationPath,
+        const Kind kind = KindOfRefusal(name, bRefusesAll);
+        Result.Findings.AddStop(kind, kind == Kind::SpecialEntry ? Source.Path : DestinationPath,
                                 decision.Sentence);
     }
     return fate;

@@ -39,25 +39,37 @@ struct SourceSide {
     // Of a regular file.
     std::optional<std::uint64_t> SizeBytes = {};
     std::optional<std::int64_t> ModifiedTicks = {};
+    // Of anything but directories and CD tracks.
+    mode_t Mode = 0;
+    uid_t Owner = 0;
+    gid_t Group = 0;
 };
 
 SourceSide SourceSideOf(std::string Path, const struct stat& Status);
 
 class TakenNames {
 public:
-    // Adds to the counts and findings of Result, which must outlive it.
-    TakenNames(ConflictRules ChosenRules, PreflightResult& ResultToFill)
-        : Rules(std::move(ChosenRules)), Policy(Rules), Result(ResultToFill) {}
+    // Adds to the counts and findings of Result, which must outlive it. What carries modes makes a
+    // file private before it is replaced, where that lets in more people than the source.
+    TakenNames(ConflictRules ChosenRules, PreflightResult& ResultToFill, bool bCarryModes)
+        : Rules(std::move(ChosenRules)), Policy(Rules), Result(ResultToFill),
+          bCarriesModes(bCarryModes) {}
 
     // What becomes of Source at DestinationPath, where There was seen. Counts it; a refused name is
     // a finding.
     NameFate Decide(const SourceSide& Source, const std::string& DestinationPath,
                     const DestinationEntry& There);
 
+    // Whether Decide skips every file that would take this name, and needs not see it.
+    bool SkipsFilesAt(const DestinationEntry& There) const;
+    // Counts a file that is skipped.
+    void Skip() { Count(NameFate::Skipped); }
+
     // The directory that an item goes into.
     void Enter(const DestinationFacts& Directory);
     // Whether all the names that were taken since were files that a choice replaces or skips, and
-    // directories that it merges into, with nothing among them that names could meet through.
+    // directories that it merges into, with nothing among them that names could meet through, and
+    // no file that has to be made private first.
     bool AreOnlyFiles() const { return bOnlyFiles; }
 
 private:
@@ -71,6 +83,7 @@ private:
     const ConflictRules Rules;
     const ConflictPolicy Policy;
     PreflightResult& Result;
+    const bool bCarriesModes;
     bool bOnlyFiles = false;
     std::uint64_t MountId = 0;
 };

@@ -15,35 +15,42 @@ bool SourceWalk::IsLinkIn(int Parent, const char* Name) {
     return ::readlinkat(Parent, Name, &target, sizeof(target)) >= 0;
 }
 
-// Of a file that goes the way of its directory, nothing could be learned but the size, and that a
-// disk cannot read the status, which the job's own scan finds before anything is touched.
-bool SourceWalk::NeedsStatus(const WalkListing& Directory, unsigned char Type,
+// Of a file that goes the way of its directory, or is skipped, nothing could be learned but the
+// size, and that a disk cannot read the status, which the job's own scan finds before anything is
+// touched.
+bool SourceWalk::NeedsStatus(const WalkListing& Directory, const dirent64& Entry,
                              const DestinationEntry& There) const {
-    if (Type != DT_REG || Scope == PreflightScope::Everything) {
+    if (Entry.d_type != DT_REG || Scope == PreflightScope::Everything) {
         return true;
     }
-    return Scope == PreflightScope::GuardsOnly
-               ? !There.IsFree()
-               : Directory.Fate == Treatment::Copied || !Directory.bSearchable;
+    const bool bGuardsOnly = Scope == PreflightScope::GuardsOnly;
+    const bool bLeftOut = Directory.Fate != Treatment::Copied ||
+                          (Names.SkipsFilesAt(There) && There.Identity->Inode != Entry.d_ino);
+    return bLeftOut ? !bGuardsOnly && !Directory.bSearchable
+                    : !bGuardsOnly || !There.IsFree() || Record.IsKept();
 }
 
 // At most one status query on either side: none where the listing tells enough, and a directory's
 // are made when it is entered.
-void SourceWalk::LookAtEntry(WalkListing& InOutListing, const char* Name, unsigned char Type) {
+void SourceWalk::LookAtEntry(WalkListing& InOutListing, const dirent64& Entry) {
+    const char* const name = Entry.d_name;
+    const unsigned char type = Entry.d_type;
     ++Control.EntriesSeen;
     Result.Entries += InOutListing.bSelected ? 1 : 0;
-    if (Type == DT_DIR) {
-        InOutListing.Subdirectories.Push(Name);
+    if (type == DT_DIR) {
+        InOutListing.Subdirectories.Push(name);
         return;
     }
     const bool bLink =
-        Type == DT_LNK || (Type == DT_UNKNOWN && IsLinkIn(InOutListing.Descriptor, Name));
-    const DestinationEntry there = InOutListing.LookThere(Name);
-    const bool bKnown = Type != DT_REG && Type != DT_LNK && Type != DT_UNKNOWN;
+        type == DT_LNK || (type == DT_UNKNOWN && IsLinkIn(InOutListing.Descriptor, name));
+    const DestinationEntry there = InOutListing.LookThere(name);
+    const bool bKnown = type != DT_REG && type != DT_LNK && type != DT_UNKNOWN;
     if (there.IsFree() && bKnown) {
-        Files.AddSpecial(InOutListing, Name);
-    } else if (NeedsStatus(InOutListing, Type, there)) {
-        QueryEntry(InOutListing, Name, bLink, there);
+        Files.AddSpecial(InOutListing, name);
+    } else if (NeedsStatus(InOutListing, Entry, there)) {
+        QueryEntry(InOutListing, name, bLink, there);
+    } else if (!there.IsFree()) {
+        Files.Skip(InOutListing);
     } else if (Scope != PreflightScope::GuardsOnly) {
         Files.Count(InOutListing);
     }
@@ -56,6 +63,7 @@ void SourceWalk::QueryEntry(WalkListing& InOutListing, const char* Name, bool bL
     InOutListing.bSearchable = InOutListing.bSearchable || error == 0;
     if (bLink && LeadsNowhere(error)) {
         Files.Count(InOutListing);
+        Record.NoteGap();
         Result.Findings.AddStop(Kind::DanglingLink, InOutListing.PathOf(Name));
     } else if (error != 0) {
         Files.Count(InOutListing);
@@ -71,20 +79,23 @@ void SourceWalk::QueryEntry(WalkListing& InOutListing, const char* Name, bool bL
     }
 }
 
-DirectoryStatus SourceWalk::StatusOfOpen(const WalkListing& Directory) const {
+std::optional<DirectoryStatus> SourceWalk::StatusOfOpen(const WalkListing& Directory) const {
     struct stat status {};
-    ::fstat(Directory.Descriptor, &status);
+    if (::fstat(Directory.Descriptor, &status) != 0) {
+        return std::nullopt;
+    }
     return StatusOf(AT_FDCWD, Directory.Path.c_str(), status);
 }
 
 DirectoryStatus SourceWalk::StatusOf(int Parent, const char* Name,
                                      const struct stat& Status) const {
     const bool bWritable = !bMove || Rights.MayAccess(Parent, Name, Status, W_OK | X_OK);
-    return {IdentityOf(Status), bWritable};
+    return {IdentityOf(Status), bWritable, RecordedStatusOf(Status)};
 }
 
 // Ends even a job that would only rename, as its scan queries every entry.
 void SourceWalk::AddUninspectable(const std::string& Path, int Error) {
+    Record.NoteGap();
     Result.Findings.AddStop(Kind::UninspectableEntry, Path, std::generic_category().message(Error));
 }
 
@@ -105,6 +116,9 @@ void SourceWalk::AddUnopenable(const WalkListing& Directory, int Error) {
         Result.Findings.Add(
             {.Kind = bMove ? Kind::UnreadableDirectoryOnMove : Kind::UnreadableDirectory,
              .Path = Directory.Path});
+        Record.NoteGap();
+        Record.Enter(Directory, RecordedStatusOf(status));
+        Record.Leave(Directory);
     } else {
         AddUninspectable(Directory.Path, errno);
     }

@@ -65,6 +65,10 @@ std::string WalkListing::DestinationPathOf(const char* Name) const {
     return IsAboveItem() ? ItemDestination : Join(Destination.Path, Name);
 }
 
+std::string_view WalkListing::RecordedNameOf(const char* Name) const {
+    return IsAboveItem() ? std::string_view(ItemDestination) : Name;
+}
+
 std::size_t WalkListing::PathLengthOf(const char* Name) const {
     return JoinedLength(Path, Name);
 }

@@ -27,6 +27,7 @@ struct DirectoryStatus {
     FileIdentity Identity;
     // Whether entries can be removed from it; only looked at when they are going to be.
     bool bWritable = true;
+    RecordedStatus Recorded = {};
 };
 
 struct Subdirectory {
@@ -66,6 +67,10 @@ struct WalkListing {
     bool bSelected = true;
     Treatment Fate = Treatment::Copied;
 
+    // What a record has of it beside its status. The name is in the listing above, or in its entry.
+    std::string_view RecordedName = {};
+    std::optional<RecordedTarget> There = {};
+
     // The directory above, where this is the only way down from it.
     OwnedDescriptor Above = OwnedDescriptor();
     // This one after it was listed, for the only way down.
@@ -91,6 +96,7 @@ struct WalkListing {
     bool IsAboveItem() const { return Path.empty(); }
     std::string PathOf(const char* Name) const;
     std::string DestinationPathOf(const char* Name) const;
+    std::string_view RecordedNameOf(const char* Name) const;
     // The lengths of both, for which no text has to be made, and of the name at the destination.
     std::size_t PathLengthOf(const char* Name) const;
     std::size_t DestinationPathLengthOf(const char* Name) const;

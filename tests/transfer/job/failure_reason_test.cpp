@@ -115,6 +115,17 @@ TEST_F(FailureReason, NamesTheOperandThatIsRefused) {
     EXPECT_EQ(Text(inside), PathOf("from/tree") + ": " + inside);
 }
 
+TEST_F(FailureReason, NamesTheOperandThatIsAPipe) {
+    EXPECT_EQ(Text("Invalid argument"), "Invalid argument");
+    fs::remove(Root / "from/b");
+    MakeFifo(Root / "from/b");
+    EXPECT_EQ(Text("Invalid argument"), "Invalid argument");
+    std::swap(Plan.Items[0], Plan.Items[1]);
+    EXPECT_EQ(Text("Invalid argument"),
+              PathOf("from/b") +
+                  ": Invalid argument (pipes, sockets and devices cannot be copied)");
+}
+
 TEST_F(FailureReason, NamesTheEntryThatASystemTextIsAbout) {
     fs::create_symlink("nowhere", Root / "from/tree/link");
     EXPECT_EQ(Text("No such file or directory", "from/tree/link"),

@@ -52,6 +52,15 @@ TEST_F(FileReason, IsAMissingPermission) {
     EXPECT_EQ(WhyNotOpenedForWriting(Root / "new"), "Permission denied");
 }
 
+TEST_F(FileReason, IsADirectoryThatCannotBeListed) {
+    NeedRoot();
+    fs::create_directory(Root / "folder");
+    EXPECT_EQ(WhyUnreadable(Root / "folder"), "");
+    CloseTo(Root / "folder", 0700);
+    const ActingAsNobody nobody;
+    EXPECT_EQ(WhyUnreadable(Root / "folder"), "Permission denied");
+}
+
 // Nobody reads what comes through it or writes into it.
 TEST_F(FileReason, OpensNoPipe) {
     MakeFifo(Root / "pipe");

@@ -92,6 +92,21 @@ TEST(CountsText, SaysThatNothingWasDone) {
     EXPECT_EQ(CountsText({.Skipped = 1200}, kMove), "Nothing moved; 1,200 skipped.");
 }
 
+TEST(FilePercent, StaysBelowAHundredUntilTheJobHasSucceeded) {
+    TarvaneTransferUiSnapshot snapshot;
+    snapshot.CurrentFileTotalBytes = 1000;
+    snapshot.FileProgress01 = 1.0;
+    EXPECT_EQ(FilePercent(snapshot, {}), 99);
+    snapshot.bSucceeded = true;
+    EXPECT_EQ(FilePercent(snapshot, {}), 100);
+}
+
+TEST(FilePercent, IsThatOfTheWholeForWhatHasNoBytes) {
+    TarvaneTransferUiSnapshot snapshot;
+    snapshot.FileProgress01 = 0.9;
+    EXPECT_EQ(FilePercent(snapshot, {.Percent = 42}), 42);
+}
+
 class ProgressWatchTest : public testing::Test {
 protected:
     // A running copy of 1000 bytes in 10 entries.

@@ -37,3 +37,20 @@ TEST(TransferSession, LeavesNothingBehindWhenMemoryRunsOut) {
     EXPECT_EQ(OpenDescriptors(), before);
     EXPECT_TRUE(CollectActiveTarvaneTransferJobSnapshots().empty());
 }
+
+// The end of a session may come while an exception over memory goes on.
+TEST(TransferSession, EndsWithoutMemory) {
+    const TemporaryDirectory directory;
+    WriteFile(directory / "a.txt", "new");
+    TarvaneTransferPlan plan;
+    plan.Items.resize(1);
+    plan.Items[0].SourcePath = directory / "a.txt";
+    plan.Items[0].DestinationPath = directory / "b.txt";
+    std::optional<TransferSession> session;
+    session.emplace(std::move(plan));
+    {
+        const FailingAllocation limit(0);
+        session.reset();
+    }
+    EXPECT_EQ(ReadFile(directory / "b.txt"), "new");
+}

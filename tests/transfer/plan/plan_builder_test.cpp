@@ -96,7 +96,7 @@ TEST_F(PlanBuilder, NamesAreBytes) {
     Names ways;
     for (const std::string& name : names) {
         WriteFile(Directory / name, "");
-        ways.push_back(name + " -> dest/" + name);
+        ways.push_back(std::string(name).append(" -> dest/").append(name));
     }
     TransferRequest request = Copy(names);
     request.TargetDirectory = "dest";

@@ -8,8 +8,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -23,6 +25,8 @@ int gAccessQueries = 0;
 std::size_t gLongestOpened = 0;
 // File systems may leave it to the caller to find out what an entry is.
 bool gbHideTypes = false;
+// Of what is open.
+bool gbFailStatus = false;
 
 void CountQuery() {
     ++gStatusQueries;
@@ -56,6 +60,10 @@ int __wrap_stat(const char* Path, struct stat* Out) {
 
 int __wrap_fstat(int Descriptor, struct stat* Out) {
     CountQuery();
+    if (gbFailStatus) {
+        errno = EIO;
+        return -1;
+    }
     return __real_fstat(Descriptor, Out);
 }
 
@@ -112,7 +120,10 @@ protected:
         PlanToCopy({{From / "tree", To / "tree"}});
         gStatusQueries = 0;
     }
-    ~PreflightCost() override { gbHideTypes = false; }
+    ~PreflightCost() override {
+        gbHideTypes = false;
+        gbFailStatus = false;
+    }
 
     // Of the destination and the directories above it.
     int DestinationQueries() {
@@ -127,6 +138,21 @@ protected:
         gLinkQueries = 0;
         Control.EntriesSeen = 0;
         return queries;
+    }
+
+    int SavedWithoutTotals() {
+        Scope = PreflightScope::Everything;
+        gStatusQueries = 0;
+        const PreflightResult all = Look();
+        const int withTotals = std::exchange(gStatusQueries, 0);
+        Scope = PreflightScope::Findings;
+        const PreflightResult result = Look();
+        EXPECT_EQ(result.Entries, all.Entries);
+        EXPECT_EQ(result.CopiedEntries, all.CopiedEntries);
+        EXPECT_EQ(result.SkippedEntries, all.SkippedEntries);
+        EXPECT_EQ(result.Taken.Skipped, all.Taken.Skipped);
+        EXPECT_EQ(InWords(result), InWords(all));
+        return withTotals - gStatusQueries;
     }
 };
 
@@ -149,6 +175,33 @@ TEST_F(PreflightCost, IsTheSameWhereListingsTellNoTypes) {
                               "link-to-directory from/tree/to-directory",
                               "special-entry from/tree/pipe, stops"}));
     EXPECT_EQ(gStatusQueries - ofDestination, 155);
+}
+
+// Its copy would get the mode of nothing, with which not even its owner can enter it.
+TEST_F(PreflightCost, IsAStopWhereTheStatusOfAnOpenDirectoryIsMissing) {
+    gbFailStatus = true;
+    const Strings found = Found();
+    EXPECT_TRUE(std::ranges::any_of(found, [](const std::string& Finding) {
+        return Finding.starts_with("uninspectable-entry from/tree/");
+    })) << testing::PrintToString(found);
+}
+
+// A directory that was not queried for what it is, is queried when it is open.
+TEST_F(PreflightCost, IsNoFurtherQueryWithARecord) {
+    StatusRecord record;
+    PreflightTask task = Task();
+    task.Record = &record;
+    const int ofDestination = DestinationQueries();
+    for (const PreflightScope scope :
+         {PreflightScope::Everything, PreflightScope::Findings, PreflightScope::GuardsOnly}) {
+        task.Scope = scope;
+        gStatusQueries = gLinkQueries = 0;
+        RunPreflight(task, Control);
+        EXPECT_EQ(record.Entries(), 153U);
+        EXPECT_EQ(gStatusQueries - ofDestination, 153);
+        constexpr int kOfTheItem = 1;
+        EXPECT_EQ(gLinkQueries, kOfTheItem);
+    }
 }
 
 TEST_F(PreflightCost, IsNoLongerPathForADeeperTree) {
@@ -218,17 +271,14 @@ TEST_F(PreflightCost, IsNothingMoreWhereADestinationHoldsOtherNames) {
 // A file in each directory tells that the others could be queried.
 TEST_F(PreflightCost, IsOneStatusQueryForAllFilesOfARenamedDirectoryWithoutTotals) {
     PlanToMove({{From / "tree", To / "tree"}});
-    Scope = PreflightScope::Everything;
-    gStatusQueries = 0;
-    const PreflightResult all = Look();
-    const int withTotals = gStatusQueries;
-    Scope = PreflightScope::Findings;
-    gStatusQueries = 0;
-    const PreflightResult result = Look();
-    EXPECT_EQ(withTotals - gStatusQueries, 49);
-    EXPECT_EQ(result.Entries, all.Entries);
-    EXPECT_EQ(result.CopiedEntries, 0U);
-    EXPECT_EQ(InWords(result), InWords(all));
+    EXPECT_EQ(SavedWithoutTotals(), 49);
+}
+
+TEST_F(PreflightCost, IsOneStatusQueryForAllFilesThatAreSkippedWithoutTotals) {
+    fs::create_directory(To / "tree");
+    fs::copy(From / "tree/files", To / "tree/files", fs::copy_options::recursive);
+    Rules.ForFiles = FileConflictChoice::Skip;
+    EXPECT_EQ(SavedWithoutTotals(), 49);
 }
 
 TEST_F(PreflightCost, IsFourQueriesForEachItemThatIsRenamed) {

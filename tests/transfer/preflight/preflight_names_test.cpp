@@ -46,6 +46,21 @@ protected:
     fs::path There(const std::string& Name) const { return To / "tree/sub" / Name; }
 };
 
+// A file that is skipped need not be looked at, but this one would be copied onto itself.
+TEST_F(PreflightNames, AreSeenToBeOtherNamesOfTheSourceItself) {
+    Put("other", "1", "2");
+    WriteFile(From / "tree/sub/same", "1");
+    fs::create_hard_link(From / "tree/sub/same", There("same"));
+    Choose(FileConflictChoice::Skip);
+    for (const PreflightScope scope : {PreflightScope::Everything, PreflightScope::Findings}) {
+        Scope = scope;
+        const PreflightResult result = Look();
+        EXPECT_EQ(InWords(result), Strings{"source-is-destination from/tree/sub/same, stops"});
+        EXPECT_EQ(result.Taken.Skipped, 1U);
+        EXPECT_EQ(result.SkippedEntries, 1U);
+    }
+}
+
 TEST_F(PreflightNames, AreCountedByWhatBecomesOfThem) {
     PutOnTimes("old", kOldTime, kNewTime);
     PutOnTimes("new", kNewTime, kOldTime);
@@ -261,6 +276,14 @@ TEST_F(PreflightNames, OfAPipeThatIsSkippedDoNotStopTheJob) {
     WriteFile(There("pipe"), "1");
     Choose(FileConflictChoice::Skip);
     EXPECT_EQ(Found(), kNothing);
+    Choose(FileConflictChoice::Overwrite);
+    EXPECT_EQ(Found(), Strings{"special-entry from/tree/sub/pipe, stops"});
+}
+
+TEST_F(PreflightNames, OfAPipeDoNotMakeRoomForIt) {
+    MakeFifo(From / "tree/sub/pipe");
+    fs::create_directory_symlink("elsewhere", There("pipe"));
+    fs::create_directory(To / "tree/sub/elsewhere");
     Choose(FileConflictChoice::Overwrite);
     EXPECT_EQ(Found(), Strings{"special-entry from/tree/sub/pipe, stops"});
 }

@@ -4,6 +4,7 @@
 #include "own_mount_namespace.h"
 #include "preflight_fixture.h"
 
+#include <limits>
 #include <linux/magic.h>
 #include <sys/statfs.h>
 
@@ -67,6 +68,19 @@ TEST_F(PreflightSpace, MayBeTakenToTheLastByte) {
     PlanToCopy({{From / "file", Small.Path() / "file"}});
     EXPECT_EQ(Found(), kNothing);
     EXPECT_EQ(TransferMessage(), "Copied 1 item(s).");
+}
+
+// Together they take more than a number holds.
+TEST_F(PreflightSpace, IsTooLittleForTheLargestFiles) {
+    const ScopedMount sources = MountTmpfs(Room / "sources", "size=1m");
+    Items items;
+    for (const char* name : {"one", "two", "three"}) {
+        WriteFile(sources.Path() / name, "");
+        fs::resize_file(sources.Path() / name, std::numeric_limits<std::int64_t>::max());
+        items.emplace_back(sources.Path() / name, Small.Path() / name);
+        PlanToCopy(items);
+        EXPECT_EQ(Found(), Strings{"too-little-space small, stops"}) << name;
+    }
 }
 
 TEST_F(PreflightSpace, IsTakenInWholeBlocks) {

@@ -30,6 +30,16 @@ protected:
     }
 
     bool AreAlone() { return Look().bTakesOnlyFiles; }
+    bool AreAloneWithARecord() {
+        StatusRecord record;
+        PreflightTask task = Task();
+        task.Record = &record;
+        return RunPreflight(task, Control).bTakesOnlyFiles;
+    }
+    void SetModes(mode_t Source, mode_t Destination) {
+        ASSERT_EQ(chmod((From / "tree/sub/b").c_str(), Source), 0);
+        ASSERT_EQ(chmod((To / "tree/sub/b").c_str(), Destination), 0);
+    }
 
     const ScopedMount Disk = DiskAt(To);
 };
@@ -50,6 +60,35 @@ TEST_F(TakenFiles, AreNotAloneWhereOtherChoicesAnswer) {
         Rules.ForFiles = choice;
         EXPECT_FALSE(AreAlone());
     }
+}
+
+TEST_F(TakenFiles, AreNotAloneWithARecordWhereOneIsMoreOpenThanItsSource) {
+    SetModes(0550, 0740);
+    EXPECT_TRUE(AreAloneWithARecord());
+    SetModes(0700, 0640);
+    EXPECT_FALSE(AreAloneWithARecord());
+    EXPECT_TRUE(AreAlone());
+    SetModes(0660, 0604);
+    EXPECT_FALSE(AreAloneWithARecord());
+}
+
+TEST_F(TakenFiles, AreNotAloneWithARecordWhereOneBelongsToOthers) {
+    SetModes(0644, 0600);
+    EXPECT_TRUE(AreAloneWithARecord());
+    constexpr uid_t kNobody = 65534;
+    ASSERT_EQ(chown((To / "tree/sub/b").c_str(), kNobody, 0), 0);
+    EXPECT_FALSE(AreAloneWithARecord());
+    EXPECT_TRUE(AreAlone());
+    ASSERT_EQ(chown((To / "tree/sub/b").c_str(), 0, kNobody), 0);
+    EXPECT_FALSE(AreAloneWithARecord());
+}
+
+// It keeps what is in it as well.
+TEST_F(TakenFiles, AreAloneWithARecordWhereTheOneThatIsMoreOpenIsSkipped) {
+    SetModes(0600, 0644);
+    SetModifiedTime(From / "tree/sub/b", 1000000000);
+    Rules.ForFiles = FileConflictChoice::Older;
+    EXPECT_TRUE(AreAloneWithARecord());
 }
 
 TEST_F(TakenFiles, AreNotAloneWhenADirectoryIsSkipped) {
