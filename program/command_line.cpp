@@ -7,6 +7,8 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <system_error>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -14,6 +16,7 @@
 #include "near_word.h"
 #include "option_reader.h"
 #include "quoted.h"
+#include "tarvanepane.h"
 #include "transfer_options.h"
 
 namespace {
@@ -89,17 +92,31 @@ CommandLine RequestUnless(UsageError Mistakes, CommandLine Request) {
     return Mistakes.Sentences.empty() ? std::move(Request) : CommandLine(std::move(Mistakes));
 }
 
+// Only root can give files away; others may ask for it, as they may ask cp.
+void FinishPreserveChoice(bool bChosen, TransferRequest& InOutRequest) {
+    PreserveChoice& preserve = InOutRequest.Preserve;
+    if (!bChosen) {
+        preserve = {.bMode = true, .bTimes = true, .bOwner = InOutRequest.bMove};
+    }
+    preserve.bOwner = preserve.bOwner && geteuid() == 0;
+}
+
 CommandLine ParseTransfer(Command Wanted, std::span<char*> Arguments) {
     PromptRequest request;
     request.Transfer.bMove = Wanted == Command::Move;
     OptionReader options(Wanted, Arguments);
-    const auto apply = [&request](const TypedOption& Typed) {
+    bool bPreserveChosen = false;
+    const auto apply = [&](const TypedOption& Typed) {
+        const bool bPreserve =
+            Typed.Meaning == Option::Preserve || Typed.Meaning == Option::NoPreserve;
+        bPreserveChosen = bPreserveChosen || bPreserve;
         return ApplyTransferOption(Typed, request);
     };
     UsageError mistakes;
     if (std::optional<InformationText> text = ReadOptions(options, kHelpText, apply, mistakes)) {
         return std::move(*text);
     }
+    FinishPreserveChoice(bPreserveChosen, request.Transfer);
     const std::span<char* const> operands = options.Operands();
     request.Transfer.Operands.assign(operands.begin(), operands.end());
     FindOperandMistakes(request.Transfer, mistakes);
@@ -145,11 +162,36 @@ CommandLine ParseHelp(std::span<char*> Topics) {
     return UnknownCommand(topic);
 }
 
+// A word that is no command names a place if it is one, or cannot be a slip of the fingers.
+bool IsMeantAsPlace(std::string_view Word) {
+    std::error_code ec;
+    return Word.find('/') != std::string_view::npos || TarvaneIsCddaPath(std::string(Word)) ||
+           std::filesystem::is_directory(Word, ec);
+}
+
+CommandLine ParsePlaces(std::span<char*> Places) {
+    if (Places.size() > 2) {
+        return UsageError{{"extra operand " + Quoted(Places[2])}};
+    }
+    UsageError mistakes;
+    for (const char* const place : Places) {
+        std::error_code ec;
+        if (!TarvaneIsCddaPath(place) && !std::filesystem::is_directory(place, ec)) {
+            const auto reason = ec ? ec : std::make_error_code(std::errc::not_a_directory);
+            mistakes.Sentences.push_back("cannot show " + Quoted(place) + ": " + reason.message());
+        }
+    }
+    PanesRequest request;
+    request.Left = Places.empty() ? request.Left : Places[0];
+    request.Right = Places.size() < 2 ? request.Right : Places[1];
+    return RequestUnless(std::move(mistakes), std::move(request));
+}
+
 } // namespace
 
 CommandLine ParseCommandLine(int Argc, char** Argv) {
     if (Argc < 2) {
-        return UsageError{{std::string("missing command; ") + kCommands}};
+        return PanesRequest();
     }
     const std::string_view command = Argv[1];
     const auto arguments = std::span(Argv, static_cast<std::size_t>(Argc)).subspan(1);
@@ -174,5 +216,5 @@ CommandLine ParseCommandLine(int Argc, char** Argv) {
     if (command.starts_with('-')) {
         return OptionBeforeCommand(command);
     }
-    return UnknownCommand(command);
+    return IsMeantAsPlace(command) ? ParsePlaces(arguments) : UnknownCommand(command);
 }

@@ -6,6 +6,7 @@
 #include <variant>
 #include <vector>
 
+#include "panes_request.h"
 #include "prompt_request.h"
 #include "tracks_command.h"
 
@@ -21,11 +22,13 @@ struct UsageError {
     std::vector<std::string> Sentences;
 };
 
-using CommandLine = std::variant<PromptRequest, TracksRequest, InformationText, UsageError>;
+using CommandLine =
+    std::variant<PanesRequest, PromptRequest, TracksRequest, InformationText, UsageError>;
 
-// Reads the program's whole argument vector, of which Argv[1] is the command. Operands stay the
-// bytes they are. The file system is not looked at. An option that asks for a text gets it unless
-// there is a mistake before it.
+// Reads the program's whole argument vector, of which Argv[1] is the command; where it is a
+// directory or a disc instead, and where it is missing, the panes are asked for. Operands stay the
+// bytes they are. The file system is looked at for directories to show only. An option that asks
+// for a text gets it unless there is a mistake before it.
 //
 // Requires: no other thread that reads arguments; options and operands in Argv change places.
 CommandLine ParseCommandLine(int Argc, char** Argv);

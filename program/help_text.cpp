@@ -2,14 +2,17 @@
 
 const char* const kVersionText = "tarvane " TARVANE_VERSION "\n";
 
-const char* const kHelpText = R"(Usage: tarvane copy [OPTION]... SOURCE... DESTINATION
+const char* const kHelpText = R"(Usage: tarvane [LEFT [RIGHT]]
+  or:  tarvane copy [OPTION]... SOURCE... DESTINATION
   or:  tarvane copy [OPTION]... -t DIRECTORY SOURCE...
   or:  tarvane move [OPTION]... SOURCE... DESTINATION
   or:  tarvane move [OPTION]... -t DIRECTORY SOURCE...
   or:  tarvane tracks [--json] [DEVICE]
   or:  tarvane help [COMMAND]
 Copy or move files, directories and audio-CD tracks with progress, questions
-about taken names and a clean end; or list the tracks of an audio CD.
+about taken names and a clean end; or list the tracks of an audio CD. Without a
+command, show the directories LEFT and RIGHT in two panes, where F1 tells the
+keys.
 
 When a name is taken:
       --on-conflict=CHOICE   for a file: ask, overwrite, skip, older, compare,
@@ -30,6 +33,13 @@ Where to:
                              put all sources into DIRECTORY
   -T, --no-target-directory  take DESTINATION as the new name, even when it is
                              a directory
+
+What comes along:
+  -p, --preserve             the same as --preserve=mode,times,owner
+      --preserve=LIST        mode, times, owner (root only) or all, also cp's
+                             words ownership and timestamps; default is
+                             mode,times, for root on a move all
+      --no-preserve          contents only
 
 What is shown:
       --progress=STYLE       auto (default), live, lines, json or none

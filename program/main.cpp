@@ -2,6 +2,7 @@
 
 #include "command_line.h"
 #include "exit_status.h"
+#include "panes_front_end.h"
 #include "prompt_front_end.h"
 #include "screen_text.h"
 #include "system_terminal.h"
@@ -11,6 +12,7 @@
 #include <cstdio>
 #include <exception>
 #include <fcntl.h>
+#include <new>
 #include <string>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -55,6 +57,37 @@ int Answer(const UsageError& Mistake) {
     return kExitUsage;
 }
 
+// Libraries print to standard error, which would come out between the panes. They are drawn on the
+// controlling terminal then.
+class StandardErrorAway {
+public:
+    StandardErrorAway() : Kept(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {
+        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        dup2(nowhere, STDERR_FILENO);
+        close(nowhere);
+    }
+    ~StandardErrorAway() {
+        dup2(Kept, STDERR_FILENO);
+        close(Kept);
+    }
+    StandardErrorAway(const StandardErrorAway&) = delete;
+    StandardErrorAway& operator=(const StandardErrorAway&) = delete;
+
+private:
+    const int Kept;
+};
+
+// A person who has typed too little is told what there is.
+int Answer(const PanesRequest& Request) {
+    const std::string reason = WhyNoPanes();
+    if (!reason.empty()) {
+        return Answer(UsageError{{reason + "; the commands are copy, move, tracks and help"}});
+    }
+    const StandardErrorAway away;
+    SystemTerminal terminal;
+    return ExitStatusOf(RunPanes(Request, terminal, ExitStatusOf));
+}
+
 int Answer(const PromptRequest& Request) {
     SystemTerminal terminal;
     return ExitStatusOf(RunAtPrompt(Request, terminal, ExitStatusOf));
@@ -73,6 +106,10 @@ int main(int Argc, char** Argv) {
     try {
         return std::visit([](const auto& Parsed) { return Answer(Parsed); },
                           ParseCommandLine(Argc, Argv));
+    } catch (const std::bad_alloc&) {
+        // There may be none for a message either.
+        std::fputs("tarvane: Out of memory.\n", stderr);
+        return kExitFailed;
     } catch (const std::exception& error) {
         PrintMessage(error.what());
         return kExitFailed;

@@ -28,8 +28,8 @@ struct OptionRow {
 };
 
 // What users of cp and mv try that has no counterpart here.
-constexpr char kDataOnly[] = "copies carry data only, without modes, owners and dates, and "
-                             "directories are always copied whole";
+constexpr char kNoArchive[] = "links are followed and not copied, so there is no archive mode; "
+                              "--preserve=all carries over modes, times and owners";
 constexpr char kLinksFollowed[] = "links are always followed";
 constexpr char kNeverLinked[] = "files are always copied, never linked";
 constexpr char kNoBackup[] = "there are no backups, but --on-conflict=keep-both keeps both files";
@@ -51,6 +51,10 @@ constexpr OptionRow kRows[] = {
     {Option::Progress, 0, "progress", required_argument, kTransfers},
     {Option::Interval, 0, "interval", required_argument, kTransfers},
     {Option::Flush, 0, "flush", required_argument, kTransfers},
+    // As in cp: the word alone means this too.
+    {Option::Preserve, 'p', nullptr, no_argument, kTransfers, "mode,ownership,timestamps"},
+    {Option::Preserve, 0, "preserve", optional_argument, kTransfers, "mode,ownership,timestamps"},
+    {Option::NoPreserve, 0, "no-preserve", no_argument, kTransfers},
     {Option::NoPreflight, 0, "no-preflight", no_argument, kTransfers},
     {Option::DryRun, 0, "dry-run", no_argument, kTransfers},
     {Option::FollowLinks, 0, "follow-links", no_argument, kTransfers},
@@ -61,8 +65,7 @@ constexpr OptionRow kRows[] = {
     {Option::Help, 'h', "help", no_argument, kAll},
     {Option::Version, 0, "version", no_argument, kAll},
     // These come last, because a letter is looked up from the first row on.
-    {Option::Mistake, 'a', "archive", no_argument, kCopy, kDataOnly},
-    {Option::Mistake, 'p', "preserve", no_argument, kCopy, kDataOnly},
+    {Option::Mistake, 'a', "archive", no_argument, kCopy, kNoArchive},
     {Option::Mistake, 'd', nullptr, no_argument, kCopy, kLinksFollowed},
     {Option::Mistake, 'H', nullptr, no_argument, kCopy, kLinksFollowed},
     {Option::Mistake, 'L', "dereference", no_argument, kCopy, kLinksFollowed},

@@ -31,6 +31,8 @@ enum class Option {
     NoPreflight,
     FollowLinks,
     Flush,
+    Preserve,
+    NoPreserve,
     Recursive,
     Json,
     Help,

@@ -128,8 +128,10 @@ void PrintDocument(const TrackList& List, const std::vector<std::string>& Drives
                          {"length", FormatFrames(total.Frames)},
                          {"length_frames", total.Frames},
                          {"wav_bytes", total.WavBytes}};
+    // A terminal obeys more than the control characters of ASCII.
+    constexpr bool kAscii = true;
     const auto replace = nlohmann::ordered_json::error_handler_t::replace;
-    std::puts(document.dump(2, ' ', false, replace).c_str());
+    std::puts(document.dump(2, ' ', kAscii, replace).c_str());
 }
 
 RunOutcome Fail(const std::string& Message) {

@@ -1,6 +1,8 @@
 #include "transfer_options.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <span>
 #include <string_view>
 #include <system_error>
@@ -51,6 +53,13 @@ constexpr std::pair<const char*, FlushChoice> kFlushChoices[] = {
     {"never", FlushChoice::Never},
 };
 
+// Those of cp are known too.
+constexpr std::pair<const char*, PreserveChoice> kPreserveChoices[] = {
+    {"mode", {.bMode = true}},       {"times", {.bTimes = true}},
+    {"owner", {.bOwner = true}},     {"all", {.bMode = true, .bTimes = true, .bOwner = true}},
+    {"ownership", {.bOwner = true}}, {"timestamps", {.bTimes = true}},
+};
+
 constexpr double kShortestInterval = 0.1;
 constexpr double kLongestInterval = 3600.0;
 
@@ -70,6 +79,25 @@ std::string ReadChoice(const char* Word, const std::string& Value, NamedChoices<
         valid += (valid.empty() ? "" : ", ") + std::string(name);
     }
     return SentenceForValue(Value, Word, valid);
+}
+
+// Adds what the comma-separated list names.
+std::string ReadPreserveList(const std::string& List, PreserveChoice& InOut) {
+    std::size_t start = 0;
+    while (start <= List.size()) {
+        const std::size_t end = std::min(List.find(',', start), List.size());
+        PreserveChoice named;
+        std::string mistake = ReadChoice<PreserveChoice>(
+            "--preserve", List.substr(start, end - start), kPreserveChoices, named);
+        if (!mistake.empty()) {
+            return mistake;
+        }
+        InOut.bMode = InOut.bMode || named.bMode;
+        InOut.bTimes = InOut.bTimes || named.bTimes;
+        InOut.bOwner = InOut.bOwner || named.bOwner;
+        start = end + 1;
+    }
+    return {};
 }
 
 std::string ReadInterval(const std::string& Value, double& OutSeconds) {
@@ -117,6 +145,11 @@ std::string ApplyTransferOption(const TypedOption& Typed, PromptRequest& Out) {
         return ReadInterval(value, Out.IntervalSeconds);
     case Option::Flush:
         return ReadChoice<FlushChoice>("--flush", value, kFlushChoices, transfer.Flush);
+    case Option::Preserve:
+        return ReadPreserveList(value, transfer.Preserve);
+    case Option::NoPreserve:
+        transfer.Preserve = {};
+        break;
     case Option::NoTargetDirectory:
         transfer.bNoTargetDirectory = true;
         break;

@@ -219,10 +219,10 @@ TEST_F(ChoicesThroughPipes, JsonReportsEveryConflictWithItsAnswerAndTheResult) {
                           {"skipped", 4},
                           {"replaced", 1},
                           {"renamed", 0},
-                          {"finished", nullptr},
-                          {"left_alone", nullptr},
-                          {"changed_length", nullptr},
-                          {"unreached", nullptr}}));
+                          {"finished", 1},
+                          {"left_alone", 0},
+                          {"changed_length", 0},
+                          {"unreached", 0}}));
 }
 
 TEST_F(ChoicesThroughPipes, JsonReportsEveryNameThatKeepsTheRunFromBeginning) {

@@ -100,7 +100,7 @@ TEST(CommandLineParser, NoTextIsGivenAfterAMistake) {
 
 TEST(CommandLineParser, HelpAndVersionComeBeforeAndAfterTheCommand) {
     const std::string help = Information({"--help"});
-    EXPECT_EQ(help.rfind("Usage: tarvane copy", 0), 0U);
+    EXPECT_TRUE(help.starts_with("Usage: tarvane [LEFT [RIGHT]]\n")) << help;
     EXPECT_EQ(Information({"copy", "--help"}), help);
     EXPECT_EQ(Information({"move", "a", "b", "--help", "--foo"}), help);
     EXPECT_EQ(Information({"-h"}), help);
@@ -148,8 +148,7 @@ TEST(CommandLineParser, HelpIsACommandToo) {
     EXPECT_EQ(Mistake({"hlep"}), "unknown command 'hlep'; did you mean 'help'?");
 }
 
-TEST(CommandLineParser, NamesMissingAndUnknownCommands) {
-    EXPECT_EQ(Mistake({}), "missing command; the commands are copy, move, tracks and help");
+TEST(CommandLineParser, NamesUnknownCommands) {
     EXPECT_EQ(Mistake({"remove"}),
               "unknown command 'remove'; the commands are copy, move, tracks and help");
     EXPECT_EQ(Mistake({"-n", "copy", "a", "b"}), "unrecognized option '-n' before the command");

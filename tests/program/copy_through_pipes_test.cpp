@@ -48,12 +48,24 @@ TEST_F(ThroughPipes, CopiesARealTreeByteForByteAndPrintsOneLine) {
                   "", "");
 }
 
+TEST_F(ThroughPipes, EndsTheExampleOfTheReadmeAsTheReadmeSays) {
+    const std::string source = TARVANE_SOURCE_DIRECTORY;
+    const std::string readme = ReadFile(source + "/README.md");
+    EXPECT_NE(readme.find("\n    tools/run copy -n completions /tmp/completions\n"),
+              std::string::npos);
+    const ProgramResult copied =
+        RunProgram({TARVANE_PROGRAM, "copy", "-n", "completions", Root / "new"}, source);
+    EXPECT_EQ(copied.Status, 0);
+    EXPECT_NE(readme.find("\n    " + WithoutTime(copied.Errors)), std::string::npos)
+        << copied.Errors;
+}
+
 // Each level of a tree takes a descriptor, and the soft limit is the usual one.
 TEST_F(ThroughPipes, CopiesATreeOfMoreLevelsThanTheSoftLimitOfDescriptors) {
     constexpr int kLevels = 1200;
     rlimit limit{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
-    if (limit.rlim_max < 2 * kLevels) {
+    if (limit.rlim_max < rlim_t{2} * kLevels) {
         SkipTest("needs a hard limit of 2,400 descriptors");
     }
     std::string below;
@@ -137,8 +149,8 @@ TEST_F(ThroughPipes, RefusesToAskWhereNobodyCanAnswer) {
 TEST_F(ThroughPipes, NamesEveryMistakeAndWhereToRead) {
     EXPECT_RESULT(Tarvane({"copy", "--forse", "-a", "from"}), 2, "",
                   "tarvane: unrecognized option '--forse'; did you mean '--force'?\n"
-                  "tarvane: invalid option -- 'a'; copies carry data only, without modes, owners "
-                  "and dates, and directories are always copied whole\n"
+                  "tarvane: invalid option -- 'a'; links are followed and not copied, so there "
+                  "is no archive mode; --preserve=all carries over modes, times and owners\n"
                   "tarvane: missing destination file operand after 'from'\n"
                   "Try 'tarvane --help'.\n");
     EXPECT_RESULT(Tarvane({"cpoy"}), 2, "",

@@ -1,9 +1,9 @@
 // The program's options are written down in five places: the parser, --help, the manual page and
-// the completions for bash and zsh. These tests hold them together.
+// the completions for bash and zsh; the keys of the panes in their help and a page of their own.
+// These tests hold them together.
 
 #include <algorithm>
 #include <filesystem>
-#include <iterator>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -15,8 +15,10 @@
 
 #include "command_line.h"
 #include "file_tree.h"
+#include "help_dialog.h"
 #include "help_text.h"
 #include "json_records.h"
+#include "page_text.h"
 #include "run_program.h"
 
 namespace {
@@ -25,8 +27,8 @@ using Words = std::vector<std::string>;
 using WordSet = std::set<std::string>;
 
 const Words kCommands{"copy", "move", "tracks"};
-const Words kOptionsWithChoices{"--on-conflict", "--on-directory-conflict", "--update",
-                                "--progress", "--flush"};
+const Words kOptionsWithChoices{
+    "--on-conflict", "--on-directory-conflict", "--update", "--preserve", "--progress", "--flush"};
 
 std::filesystem::path SourceFile(const std::string& Name) {
     return std::filesystem::path(TARVANE_SOURCE_DIRECTORY) / Name;
@@ -39,17 +41,6 @@ Words LinesOf(const std::string& Text) {
         lines.push_back(line);
     }
     return lines;
-}
-
-// All that Pattern's first group matches in Text.
-WordSet Matches(const std::string& Text, const std::string& Pattern) {
-    const std::regex regex(Pattern);
-    WordSet words;
-    for (auto match = std::sregex_iterator(Text.begin(), Text.end(), regex);
-         match != std::sregex_iterator(); ++match) {
-        words.insert((*match)[1]);
-    }
-    return words;
 }
 
 // The options in a text that holds nothing else that begins with a dash.
@@ -107,20 +98,23 @@ WordSet ParserChoices(const std::string& Option) {
     return Matches(list, "([a-z-]+)");
 }
 
-// The manual page.
+// The manual pages.
 
-std::string Page() {
-    std::string page = ReadFile(SourceFile("docs/tarvane.1"));
+constexpr char kPage[] = "docs/tarvane.1";
+constexpr char kPanesPage[] = "docs/tarvane-panes.1";
+
+std::string Page(const std::string& Name) {
+    std::string page = ReadFile(SourceFile(Name));
+    page = std::regex_replace(page, std::regex(R"(\n\.PD[^\n]*)"), "");
     page = std::regex_replace(page, std::regex(R"(\\f[A-Z])"), "");
+    page = std::regex_replace(page, std::regex(R"(\\\(ti)"), "~");
     return std::regex_replace(page, std::regex(R"(\\-)"), "-");
 }
 
-std::string PageSection(const std::string& Title) {
-    const std::string page = Page();
-    const std::string heading = "\n.SH " + Title + "\n";
-    const std::size_t start = page.find(heading);
-    EXPECT_NE(start, std::string::npos) << "no section " << Title;
-    return page.substr(start, page.find("\n.SH ", start + 1) - start);
+std::string PageSection(const std::string& Title, const std::string& Name = kPage) {
+    const std::string section = SectionOf(Page(Name), Title);
+    EXPECT_NE(section, "") << "no section " << Title;
+    return section;
 }
 
 // The tagged paragraphs of a section: the tag's line, then the text.
@@ -158,18 +152,37 @@ std::string ParagraphOn(const std::string& Section, const std::string& Word) {
     return "";
 }
 
+// The keys of the panes without the marks of the page.
+std::string KeysOnPage() {
+    const std::string section = PageSection("KEYS", kPanesPage) + "\n";
+    const std::string keys = section.substr(section.find("\n.SS Panes\n") + 1);
+    return std::regex_replace(keys, std::regex(R"(\.TP[^\n]*\n|\.SS |\.B )"), "");
+}
+
 // The completions.
 
-// What bash offers for the last of Typed, which bash would have split as given.
-Words BashOffers(const Words& Typed) {
-    const std::string script = "source \"$1\"; shift; compopt() { :; }; COMP_WORDS=(\"$@\"); "
-                               "COMP_CWORD=$(($# - 1)); _tarvane; "
-                               "printf '%s\\n' \"${COMPREPLY[@]}\"";
+// What bash hears about the last of Typed, which bash would have split as given: a line with the
+// options of the completion that are set, then what is offered.
+Words BashAnswer(const Words& Typed) {
+    const std::string script =
+        "source \"$1\"; shift; compopt() { set=\"$*\"; }; COMP_WORDS=(\"$@\"); "
+        "COMP_CWORD=$(($# - 1)); _tarvane; "
+        "printf '%s\\n' \"$set\" \"${COMPREPLY[@]}\"";
     Words command{"bash", "-c", script, "bash", SourceFile("completions/tarvane.bash").native()};
     command.insert(command.end(), Typed.begin(), Typed.end());
     const ProgramResult result = RunProgram(command);
     EXPECT_EQ(result.Errors, "");
     return LinesOf(result.Output);
+}
+
+std::string BashSettings(const Words& Typed) {
+    return BashAnswer(Typed).front();
+}
+
+Words BashOffers(const Words& Typed) {
+    Words lines = BashAnswer(Typed);
+    lines.erase(lines.begin());
+    return lines;
 }
 
 WordSet BashOptions(const std::string& Command) {
@@ -242,9 +255,21 @@ TEST(Documentation, ThePageDescribesTheOptionsOfTheHelp) {
     EXPECT_EQ(OptionsIn(Tags(Paragraphs(PageSection("OPTIONS")))), HelpOptions());
 }
 
-TEST(Documentation, ThePageMentionsNoOtherLongOptions) {
-    const WordSet mentioned = Matches(Page(), R"((--[a-z][a-z-]*))");
-    EXPECT_EQ(Without(mentioned, HelpOptions()), WordSet());
+TEST(Documentation, ThePagesMentionNoOtherLongOptions) {
+    for (const char* const page : {kPage, kPanesPage}) {
+        const WordSet mentioned = Matches(Page(page), R"((--[a-z][a-z-]*))");
+        EXPECT_GT(mentioned.size(), 3U) << page;
+        EXPECT_EQ(Without(mentioned, HelpOptions()), WordSet()) << page;
+    }
+}
+
+TEST(Documentation, ThePageTellsTheKeysOfThePanesAsTheirHelpDoes) {
+    std::string keys;
+    for (const HelpLine& line : HelpLines()) {
+        keys += line.Keys + std::string("\n");
+        keys += *line.Does == '\0' ? "" : line.Does + std::string("\n");
+    }
+    EXPECT_EQ(KeysOnPage(), keys);
 }
 
 TEST(Documentation, BashOffersTheOptionsOfEveryCommand) {
@@ -298,8 +323,9 @@ TEST(Documentation, ThePageListsTheMembersOfEveryRecord) {
     const TarvaneTransferJob job(false, 1, "");
     const ProgressView view{job, job.MakeUiSnapshot(), {}};
     const int exitStatus = 0;
-    const Words records{PreflightRecord({}), TotalsRecord({}), ProgressRecord(view),
-                        ConflictRecord({}),  FlushRecord({}),  DoneRecord({}, exitStatus)};
+    const Words records{PreflightRecord({}),       TotalsRecord({}),    ProgressRecord(view),
+                        ConflictRecord({}),        FinishingRecord({}), FlushRecord({}),
+                        DoneRecord({}, exitStatus)};
     const std::string section = PageSection("JSON");
     WordSet events;
     for (const std::string& record : records) {
@@ -318,6 +344,15 @@ TEST(Documentation, ThePageListsTheMembersOfEveryRecord) {
     EXPECT_EQ(Matches(Tags(Paragraphs(section)), R"(\.B ([a-z-]+))"), events);
 }
 
+TEST(Documentation, ThePageNamesEveryKindOfFinding) {
+    WordSet kinds;
+    for (std::size_t kind = 0; kind < kPreflightFindingKinds; ++kind) {
+        kinds.emplace(PreflightFindingName(static_cast<PreflightFindingKind>(kind)));
+    }
+    const std::string list = PartOf(PageSection("JSON"), "\n.SS Kinds of findings\n", "\n.SS ");
+    EXPECT_EQ(Matches(list, R"(\.BR ([a-z-]+))"), kinds);
+}
+
 TEST(Documentation, HelpFitsATerminal) {
     for (const std::string& line : LinesOf(std::string(kHelpText) + kTracksHelpText)) {
         EXPECT_LE(line.size(), 80U) << line;
@@ -331,6 +366,23 @@ TEST(BashCompletion, OffersTheCommands) {
     EXPECT_EQ(BashOffers({"tarvane", "help", "t"}), Words({"tracks"}));
 }
 
+TEST(BashCompletion, OffersDirectoriesBesideTheCommands) {
+    EXPECT_EQ(BashSettings({"tarvane", ""}), "-o plusdirs +o default");
+    EXPECT_EQ(BashOffers({"tarvane", "mu"}), Words());
+    EXPECT_EQ(BashSettings({"tarvane", "mu"}), "-o plusdirs +o default");
+}
+
+TEST(BashCompletion, OffersDirectoriesBehindADirectory) {
+    const std::string directories = "-o dirnames +o default";
+    EXPECT_EQ(BashSettings({"tarvane", "music", ""}), directories);
+    EXPECT_EQ(BashOffers({"tarvane", "music", "co"}), Words());
+    EXPECT_EQ(BashSettings({"tarvane", "./copy", ""}), directories);
+    EXPECT_EQ(BashSettings({"tarvane", "cdda", ":", "/dev/sr0", "mu"}), directories);
+    EXPECT_EQ(BashSettings({"tarvane", "copy", ""}), "");
+    EXPECT_EQ(BashSettings({"tarvane", "tracks", ""}), "");
+    EXPECT_EQ(BashSettings({"tarvane", "help", ""}), "");
+}
+
 TEST(BashCompletion, CompletesAPartOfAChoice) {
     EXPECT_EQ(BashOffers({"tarvane", "copy", "--on-conflict", "=", "ov"}), Words({"overwrite"}));
     EXPECT_EQ(BashOffers({"tarvane", "copy", "--on-conflict", "="}).size(), 9U);
@@ -339,10 +391,18 @@ TEST(BashCompletion, CompletesAPartOfAChoice) {
 }
 
 TEST(BashCompletion, LeavesOperandsToTheShell) {
-    EXPECT_EQ(BashOffers({"tarvane", "copy", "fi"}), Words({""}));
-    EXPECT_EQ(BashOffers({"tarvane", "copy", "-t", ""}), Words({""}));
-    EXPECT_EQ(BashOffers({"tarvane", "copy", "--update", "al"}), Words({""}));
-    EXPECT_EQ(BashOffers({"tarvane", "copy", "--", "-"}), Words({""}));
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "fi"}), Words());
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "-t", ""}), Words());
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "--update", "al"}), Words());
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "--preserve", "al"}), Words());
+    EXPECT_EQ(BashOffers({"tarvane", "copy", "--", "-"}), Words());
+}
+
+TEST(ZshCompletion, OffersTheCommandsAndDirectories) {
+    const std::string script = ReadFile(SourceFile("completions/_tarvane"));
+    EXPECT_EQ(Matches(script, R"(([a-z]+)\\:")"), WordSet({"copy", "move", "tracks", "help"}));
+    EXPECT_EQ(Matches(script, R"('(directories:directory:_files -/)')").size(), 1U);
+    EXPECT_EQ(Matches(script, R"(\*\) _arguments '(1:directory:_files -/)')").size(), 1U);
 }
 
 } // namespace

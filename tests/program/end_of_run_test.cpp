@@ -164,8 +164,9 @@ TEST_F(ChangingSources, AreMissedWhenTheyVanish) {
 
 TEST_F(ChangingSources, AreMissedWhenTheyBecomeShorter) {
     ExpectEnd(CopyWhile(Resizing(10 << 20)), 1,
-              "tarvane: files have become shorter since they were counted, by 2.0 MB\n"
-              "Copied 4 entries, 10.0 MB.\n");
+              "tarvane: files have become shorter since they were counted, by 2.0 MB; 1 copy is "
+              "not as long as its source was:\n  " +
+                  (Root / "disk/big.bin").string() + "\nCopied 4 entries, 10.0 MB.\n");
     EXPECT_EQ(fs::file_size(Root / "disk/big.bin"), 10U << 20);
 }
 
@@ -176,8 +177,14 @@ TEST_F(ChangingSources, AreRecordedAsShorterThanCounted) {
         << result.Output;
 }
 
-TEST_F(ChangingSources, MayGrow) {
-    ExpectEnd(CopyWhile(Resizing(13 << 20)), 0, "Copied 4 entries, 13.0 MB.\n");
+TEST_F(ChangingSources, AreNamedWhenTheyGrow) {
+    ExpectEnd(CopyWhile(Resizing(13 << 20)), 1,
+              "tarvane: 1 copy is not as long as its source was:\n  " +
+                  (Root / "disk/big.bin").string() + "\nCopied 4 entries, 13.0 MB.\n");
+}
+
+TEST_F(ChangingSources, MayGrowWhereNobodyRemembersTheirLength) {
+    ExpectEnd(CopyWhile(Resizing(13 << 20), {"--no-preserve"}), 0, "Copied 4 entries, 13.0 MB.\n");
 }
 
 } // namespace

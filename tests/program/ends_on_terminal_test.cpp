@@ -6,6 +6,7 @@
 #include "mounts.h"
 #include "on_terminal.h"
 #include "preloaded_drive.h"
+#include "sanitizer_options.h"
 #include "without_time.h"
 
 #include <chrono>
@@ -30,10 +31,7 @@ protected:
                                            "disk"};
         arguments.insert(arguments.begin() + 1, Options.begin(), Options.end());
         ProgramInTerminal::Setting setting = Setting(arguments);
-        // A program under a sanitizer would end by the sanitizer's report instead of the signal.
-        for (const char* options : {"ASAN_OPTIONS", "TSAN_OPTIONS"}) {
-            setting.Environment.emplace_back(options, "handle_segv=0:handle_abort=0");
-        }
+        LetSignalsEndIt(setting.Environment);
         Start(setting);
     }
 
@@ -249,7 +247,9 @@ protected:
 };
 
 TEST_F(HungEndsOnTerminal, LeavesWhenTheFileSystemAnswers) {
-    ProgramInTerminal::Setting setting = Setting({"copy", "--no-preflight", "from", "to"});
+    // What is to be carried over would be looked at first.
+    ProgramInTerminal::Setting setting =
+        Setting({"copy", "--no-preflight", "--no-preserve", "from", "to"});
     setting.Columns = 200;
     Start(setting);
     ASSERT_TRUE(BecomesTrue("the transfer hangs", [this] { return Hung->IsHolding(); }));

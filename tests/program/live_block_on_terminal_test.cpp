@@ -222,7 +222,8 @@ TEST_F(LiveBlockOnTerminal, DrawsItsBarsWithColoredBlocks) {
     StartSlowCopyIn({{"LC_ALL", "C.UTF-8"}, {"NO_COLOR", ""}});
     ASSERT_TRUE(Program->ShowsText("All  [█"));
     ASSERT_TRUE(Program->ShowsText("File [█"));
-    EXPECT_NE(Program->Output().find("All  [\x1b[36m"), std::string::npos);
+    // What stands already is not drawn again, so the label may be in an earlier frame.
+    EXPECT_NE(Program->Output().find("\x1b[36m█"), std::string::npos);
     EXPECT_TRUE(Program->ExitsWith(0));
     ExpectRestoredTerminal();
 }
@@ -237,7 +238,7 @@ TEST_F(LiveBlockOnTerminal, DrawsItsBarsInAsciiInOtherLocales) {
     StartSlowCopyIn({{"LC_ALL", "C"}});
     ASSERT_TRUE(Program->ShowsText("All  [#"));
     ASSERT_TRUE(Program->ShowsText("File [#"));
-    EXPECT_EQ(Program->Output().find("\xE2"), std::string::npos);
+    EXPECT_EQ(Program->Output().find('\xE2'), std::string::npos);
 }
 
 TEST_F(LiveBlockOnTerminal, SendsLittleOverASlowLine) {

@@ -4,6 +4,7 @@
 #include "hanging_file_system.h"
 #include "mounts.h"
 #include "on_terminal.h"
+#include "sanitizer_options.h"
 #include "without_time.h"
 
 #include <filesystem>
@@ -110,7 +111,7 @@ protected:
         std::filesystem::create_symlink(FAILING_SYNCFS_LIBRARY, Root / "failing_syncfs.so");
         setting.Environment.emplace_back("LD_PRELOAD", Root / "failing_syncfs.so");
         setting.Environment.emplace_back("FAILING_SYNCFS_MS", Milliseconds);
-        setting.Environment.emplace_back("ASAN_OPTIONS", "verify_asan_link_order=0");
+        LetLibrariesPrecedeIt(setting.Environment);
         return setting;
     }
 };

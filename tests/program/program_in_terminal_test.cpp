@@ -65,8 +65,10 @@ TEST(ProgramInTerminal, SeesHowTheProgramLeavesTheScreen) {
         {"[1m", "[22m"}, {"[7m", "[m"},      {"[31m", "[39m"},
         {"[44m", "[m"},  {"[?25l", "[?25h"}, {"[?1049h", "[?1049l"}};
     for (const auto& [change, end] : changes) {
-        ProgramInTerminal program(Shell("printf 'a\\033" + change + "b'; read -r _; printf '\\033" +
-                                        end + "c'; read -r _"));
+        std::string script = "printf 'a\\033";
+        script.append(change).append("b'; read -r _; printf '\\033").append(end);
+        script += "c'; read -r _";
+        ProgramInTerminal program(Shell(script));
         ASSERT_TRUE(program.ShowsText("b")) << change;
         EXPECT_FALSE(program.DrawsAsAtFirst()) << change;
         program.Type("\r");

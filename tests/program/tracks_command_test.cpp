@@ -1,6 +1,8 @@
 // `tarvane tracks`: the real program, on drives that a preloaded library answers for.
 
+#include "file_tree.h"
 #include "needs.h"
+#include "page_text.h"
 #include "preloaded_drive.h"
 #include "run_program.h"
 
@@ -10,6 +12,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace {
 
@@ -60,6 +63,22 @@ TEST_F(TracksCommand, PrintsTheTracksAndTheirTotal) {
                              "Total: 2 audio tracks, 08:58.00, 94903288 bytes\n");
     EXPECT_EQ(result.Errors, "");
     EXPECT_EQ(result.Status, 0);
+}
+
+TEST_F(TracksCommand, PrintsTheMembersThatTheManualPageLists) {
+    Drives.Describe(TwoTracks());
+    std::set<std::string> printed;
+    const nlohmann::json document =
+        nlohmann::json::parse(Tracks({"--json"}).Output, [&printed](int, auto Event, auto& Parsed) {
+            if (Event == nlohmann::json::parse_event_t::key) {
+                printed.insert(Parsed);
+            }
+            return true;
+        });
+    ASSERT_FALSE(document.empty());
+    const std::string page = ReadFile(TARVANE_SOURCE_DIRECTORY "/docs/tarvane.1");
+    const std::string section = PartOf(page, "\n.SS The list of tracks\n", "\n.SH ");
+    EXPECT_EQ(Matches(section, R"(\n\.IR? ([a-z_]+))"), printed);
 }
 
 TEST_F(TracksCommand, PrintsADocument) {

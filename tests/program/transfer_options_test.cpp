@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "mounts.h"
+#include "needs.h"
 #include "parsed_command_line.h"
 
 namespace {
@@ -88,6 +90,78 @@ TEST(TransferOptions, KnowsEveryFlushChoice) {
     EXPECT_EQ(choice("auto"), FlushChoice::Auto);
     EXPECT_EQ(choice("always"), FlushChoice::Always);
     EXPECT_EQ(choice("never"), FlushChoice::Never);
+}
+
+PreserveChoice Preserved(const std::string& Command, const Words& Options) {
+    Words arguments{Command};
+    arguments.insert(arguments.end(), Options.begin(), Options.end());
+    arguments.insert(arguments.end(), {"a", "b"});
+    return Request(arguments).Preserve;
+}
+
+constexpr PreserveChoice kModeAndTimes{.bMode = true, .bTimes = true};
+constexpr PreserveChoice kAll{.bMode = true, .bTimes = true, .bOwner = true};
+
+TEST(TransferOptions, CarriesModesAndTimesOverUnlessItIsTold) {
+    EXPECT_EQ(Preserved("copy", {}), kModeAndTimes);
+    EXPECT_EQ(Preserved("copy", {"--no-preserve"}), PreserveChoice());
+    EXPECT_EQ(Preserved("move", {"--no-preserve"}), PreserveChoice());
+}
+
+TEST(TransferOptions, CarriesOwnersOverOnAMoveOfRoot) {
+    NeedRoot();
+    EXPECT_EQ(Preserved("move", {}), kAll);
+}
+
+TEST(TransferOptions, CarriesOwnersOverForNobodyElse) {
+    const ActingAsNobody nobody;
+    EXPECT_EQ(Preserved("move", {}), kModeAndTimes);
+    EXPECT_EQ(Preserved("copy", {"-p"}), kModeAndTimes);
+    EXPECT_EQ(Preserved("copy", {"--preserve=owner"}), PreserveChoice());
+}
+
+TEST(TransferOptions, KnowsWhatCanBeCarriedOver) {
+    NeedRoot();
+    const auto listed = [](const std::string& List) {
+        return Preserved("copy", {"--preserve=" + List});
+    };
+    EXPECT_EQ(listed("mode"), PreserveChoice{.bMode = true});
+    EXPECT_EQ(listed("times"), PreserveChoice{.bTimes = true});
+    EXPECT_EQ(listed("timestamps"), PreserveChoice{.bTimes = true});
+    EXPECT_EQ(listed("owner"), PreserveChoice{.bOwner = true});
+    EXPECT_EQ(listed("ownership"), PreserveChoice{.bOwner = true});
+    EXPECT_EQ(listed("all"), kAll);
+    EXPECT_EQ(listed("times,mode"), kModeAndTimes);
+    EXPECT_EQ(listed("mode,ownership,timestamps"), kAll);
+}
+
+TEST(TransferOptions, PreservesWithoutAListAsCpDoes) {
+    NeedRoot();
+    EXPECT_EQ(Preserved("copy", {"-p"}), kAll);
+    EXPECT_EQ(Preserved("copy", {"--preserve"}), kAll);
+    EXPECT_EQ(Preserved("move", {"-p"}), kAll);
+    EXPECT_EQ(Operands({"copy", "--preserve", "mode", "b"}), Words({"mode", "b"}));
+}
+
+TEST(TransferOptions, ListsOfWhatIsCarriedOverAddUp) {
+    NeedRoot();
+    EXPECT_EQ(Preserved("copy", {"--preserve=mode", "--preserve=times"}), kModeAndTimes);
+    EXPECT_EQ(Preserved("copy", {"-p", "--no-preserve"}), PreserveChoice());
+    EXPECT_EQ(Preserved("copy", {"-p", "--no-preserve", "--preserve=times"}),
+              PreserveChoice{.bTimes = true});
+}
+
+TEST(TransferOptions, RefusesWhatCannotBeCarriedOver) {
+    const auto sentence = [](const std::string& Word) {
+        return "invalid argument '" + Word +
+               "' for '--preserve'; valid are mode, times, owner, all, ownership, timestamps";
+    };
+    EXPECT_EQ(Mistake({"copy", "--preserve=xattr", "a", "b"}), sentence("xattr"));
+    EXPECT_EQ(Mistake({"copy", "--preserve=mode,acl,times", "a", "b"}), sentence("acl"));
+    EXPECT_EQ(Mistake({"copy", "--preserve=", "a", "b"}), sentence(""));
+    EXPECT_EQ(Mistake({"copy", "--preserve=mode,", "a", "b"}), sentence(""));
+    EXPECT_EQ(Mistake({"copy", "--no-preserve=mode", "a", "b"}),
+              "option '--no-preserve' doesn't allow an argument");
 }
 
 TEST(TransferOptions, ReadsTheTargetDirectoryInEveryForm) {

@@ -48,6 +48,12 @@ inline Words Operands(const Words& Arguments) {
     return names;
 }
 
+// The places for the left pane and for the right one.
+inline Words Panes(const Words& Arguments) {
+    const PanesRequest request = ParsedAs<PanesRequest>(Arguments);
+    return {request.Left.native(), request.Right.native()};
+}
+
 // Of `tracks` with Arguments behind it.
 inline TracksRequest Tracks(Words Arguments) {
     Arguments.insert(Arguments.begin(), "tracks");
