@@ -125,7 +125,7 @@ void Measure(benchmark::State& State) {
     const FilesToCopy files;
     SlowCopy copy(files);
     copy.WaitForText("Rate ");
-    for (auto _ : State) {
+    for ([[maybe_unused]] auto _ : State) {
         const Seconds before = copy.InterfaceTime();
         const auto start = Clock::now();
         copy.ReadFor(std::chrono::seconds(3));

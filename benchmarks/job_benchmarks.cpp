@@ -35,7 +35,7 @@ private:
 
 void AddBytesDone(benchmark::State& State) {
     const auto job = MakeRunningJob();
-    for (auto _ : State) {
+    for ([[maybe_unused]] auto _ : State) {
         job->AddBytesDone(kBlockBytes);
     }
 }
@@ -44,7 +44,7 @@ BENCHMARK(AddBytesDone);
 void AddBytesDoneWhilePolled(benchmark::State& State) {
     const auto job = MakeRunningJob();
     const Poller poller(*job, std::chrono::microseconds(State.range(0)));
-    for (auto _ : State) {
+    for ([[maybe_unused]] auto _ : State) {
         job->AddBytesDone(kBlockBytes);
     }
 }
@@ -55,7 +55,7 @@ void SetCurrentPath(benchmark::State& State) {
     const auto job = MakeRunningJob();
     const std::string paths[] = {PathOfFile(8), PathOfFile(9)};
     std::size_t number = 0;
-    for (auto _ : State) {
+    for ([[maybe_unused]] auto _ : State) {
         job->SetCurrentPath(paths[number++ % 2], kBlockBytes);
     }
 }
@@ -64,7 +64,7 @@ BENCHMARK(SetCurrentPath);
 void GetPendingConflict(benchmark::State& State) {
     const auto job = MakeRunningJob();
     TarvaneTransferConflict conflict;
-    for (auto _ : State) {
+    for ([[maybe_unused]] auto _ : State) {
         benchmark::DoNotOptimize(job->GetPendingConflict(conflict));
     }
 }
@@ -72,7 +72,7 @@ BENCHMARK(GetPendingConflict);
 
 void MakeUiSnapshot(benchmark::State& State) {
     const auto job = MakeRunningJob();
-    for (auto _ : State) {
+    for ([[maybe_unused]] auto _ : State) {
         benchmark::DoNotOptimize(job->MakeUiSnapshot());
     }
 }
@@ -84,7 +84,7 @@ void CollectActiveJobs(benchmark::State& State) {
         jobs.push_back(MakeRunningJob());
         RegisterTarvaneTransferJob(jobs.back());
     }
-    for (auto _ : State) {
+    for ([[maybe_unused]] auto _ : State) {
         benchmark::DoNotOptimize(CollectActiveTarvaneTransferJobSnapshots());
     }
 }

@@ -80,7 +80,7 @@ void LiveBlockFrame(benchmark::State& State) {
     BlockDrawer drawer;
     int number = 0;
     const Seconds before = ThreadTime();
-    for (auto _ : State) {
+    for ([[maybe_unused]] auto _ : State) {
         CopyOneFile(*job, ++number);
         const bool bWaiting = false;
         const TarvaneTransferUiSnapshot snapshot = job->MakeUiSnapshot();

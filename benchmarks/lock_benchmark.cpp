@@ -67,7 +67,7 @@ void LockHeldBySnapshot(benchmark::State& State) {
     job->SetCurrentPath(std::string(static_cast<std::size_t>(State.range(0)), 'p'), 1);
     HeldTimes times;
     gHeldTimes = &times;
-    for (auto _ : State) {
+    for ([[maybe_unused]] auto _ : State) {
         benchmark::DoNotOptimize(job->MakeUiSnapshot());
     }
     gHeldTimes = nullptr;

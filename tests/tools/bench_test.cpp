@@ -15,6 +15,7 @@
 #include "mounts.h"
 #include "program_in_terminal.h"
 #include "run_program.h"
+#include "sanitizer_options.h"
 #include "temporary_directory.h"
 
 namespace {
@@ -64,9 +65,9 @@ protected:
 };
 
 TEST_F(BenchTool, MeasuresTheRowThatIsNamed) {
-    // The sanitizer cannot look for leaks in a program that is traced, and would fail.
-    const ProgramResult result =
-        RunProgram(Command(TARVANE_PROGRAM, "2"), "", {{"ASAN_OPTIONS", "detect_leaks=0"}});
+    EnvironmentVariables environment;
+    LetItBeTraced(environment);
+    const ProgramResult result = RunProgram(Command(TARVANE_PROGRAM, "2"), "", environment);
 
     EXPECT_EQ(result.Errors, "The trees are made from --seed 1.\ndeep-200 ...\n");
     EXPECT_EQ(result.Status, 0);

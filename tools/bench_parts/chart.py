@@ -4,7 +4,7 @@ import html
 
 from bench_parts.report import median_ratio, number
 
-WIDTH, LEFT, RIGHT, TOP, STEP, BAR = 1040, 430, 100, 92, 26, 14
+WIDTH, LEFT, RIGHT, TOP, STEP, BAR = 1100, 490, 100, 92, 26, 14
 # A ratio above this is drawn at the edge, so that the others can be told apart.
 MOST_SHOWN = 4
 MARKS = {"rsync": "▲", "tar": "■", "mc": "●"}

@@ -56,7 +56,7 @@ class Row:
             "tar": ["sh", "-c", pipe, "sh", source.parent, out],
             "mc": [MC_COPY, source, out],
         }
-        return {"ours": [program, "copy", "-q", source, out],
+        return {"ours": [program, "copy", "-q", "--no-preserve", source, out],
                 self.against: ["cp", "-r", source, out],
                 **{name: peers[name] for name in self.peers}}
 
@@ -97,7 +97,7 @@ class Overwrite(Row):
 
     def commands(self, program, places):
         source, out = places.tree(self.tree, self.source), places.out(self.target)
-        return {"ours": [program, "copy", "-q", "-f", source, out],
+        return {"ours": [program, "copy", "-q", "--no-preserve", "-f", source, out],
                 self.against: ["cp", "-r", source, out]}
 
     def prepare(self, places):
@@ -118,7 +118,7 @@ class Keep(Overwrite):
 
     def commands(self, program, places):
         source, out = places.tree(self.tree, self.source), places.out(self.target)
-        return {"ours": [program, "copy", "-q", f"-{self.option}", source, out],
+        return {"ours": [program, "copy", "-q", "--no-preserve", f"-{self.option}", source, out],
                 self.against: ["cp", f"-r{self.option}", source, out]}
 
     def prepare(self, places):
@@ -142,7 +142,8 @@ class Move(Row):
 
     def commands(self, program, places):
         source, out = places.moved(self.source) / "tree", places.out(self.target)
-        return {"ours": [program, "move", "-q", source, out], "mv": ["mv", source, out]}
+        return {"ours": [program, "move", "-q", "--no-preserve", source, out],
+                "mv": ["mv", source, out]}
 
     def prepare(self, places):
         super().prepare(places)
@@ -172,10 +173,22 @@ class Rename(Move):
             super().check(who, places)
 
 
+class Preserve(Row):
+    """What modes and dates cost beside the data."""
+
+    against = "--no-preserve"
+    bWithQuick = False
+
+    def commands(self, program, places):
+        without = super().commands(program, places)["ours"]
+        return {"ours": [word for word in without if word != self.against], self.against: without}
+
+
 class Preflight(Row):
     """The look at everything before the first byte, as a share of the whole run."""
 
     against = "the whole run"
+    bWithQuick = False
 
     def commands(self, program, places):
         whole = super().commands(program, places)["ours"]
@@ -194,6 +207,10 @@ def rows():
 
     def preflight(name, title, *where):
         return Preflight(f"preflight-{name}", f"pre-flight of {title}", *where, ratio(0.06, 0.03))
+
+    def preserve(name, title, *where):
+        return Preserve(f"preserve-{name}", f"modes and dates of {title}", *where,
+                        {"ratio": (1.15, 1.1)})
 
     big, small = "one file of 4 GiB", "50,000 small files"
     mixed = "20,000 mixed files, 1 GiB"
@@ -220,6 +237,10 @@ def rows():
              ratio(4, 2), option="u"),
         Row("empty", "200,000 empty files in a folder, tmpfs → ext4", "empty", "tmpfs", "ext4",
             ratio(1.3, 1)),
+        preserve("small-tmpfs", f"{small}, tmpfs", "small", "tmpfs", "tmpfs"),
+        preserve("small-tmpfs-ext4", f"{small}, tmpfs → ext4", "small", "tmpfs", "ext4"),
+        preserve("small-ext4", f"{small}, ext4", "small", "ext4", "ext4"),
+        preserve("mixed", f"{mixed}, ext4", "mixed", "ext4", "ext4"),
         preflight("small-tmpfs", f"{small}, tmpfs", "small", "tmpfs", "tmpfs"),
         preflight("small-ext4", f"{small}, ext4", "small", "ext4", "ext4"),
         preflight("mixed", f"{mixed}, ext4", "mixed", "ext4", "ext4"),
