@@ -1,0 +1,12 @@
+// Runs a case with the program and looks whether it has kept its promises.
+
+#pragma once
+
+#include "random_case.h"
+#include "sandbox.h"
+
+#include <string>
+
+// Empty when all were kept. Throws Undetermined, before anything is run, for a case without sources
+// or one whose sources have no end.
+std::string PromisesBrokenBy(const RandomCase& Case, const Sandbox& Place);
