@@ -1,5 +1,6 @@
 // The engine is one long source file; its index and its banners are what a reader finds the way by.
 
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <string>
@@ -19,8 +20,10 @@ struct Section {
     std::size_t ExplainingLines = 0;
 };
 
-std::vector<std::string> LinesOfEngine() {
-    std::ifstream file(TARVANE_ENGINE_SOURCE);
+constexpr const char* kEngineSource = TARVANE_SOURCE_DIRECTORY "/engine/tarvanetransfer.cpp";
+
+std::vector<std::string> LinesOf(const std::filesystem::path& Path) {
+    std::ifstream file(Path);
     std::vector<std::string> lines;
     for (std::string line; std::getline(file, line);) {
         lines.push_back(line);
@@ -72,7 +75,7 @@ std::vector<Section> Sections(const std::vector<std::string>& Lines) {
 }
 
 TEST(EngineLayout, HasTheSameSectionsInItsIndexAndInItsBanners) {
-    const std::vector<std::string> lines = LinesOfEngine();
+    const std::vector<std::string> lines = LinesOf(kEngineSource);
     std::vector<std::string> banners;
     for (const Section& section : Sections(lines)) {
         banners.push_back(section.Heading);
@@ -82,7 +85,7 @@ TEST(EngineLayout, HasTheSameSectionsInItsIndexAndInItsBanners) {
 }
 
 TEST(EngineLayout, HasNoSectionOfMoreThan250Lines) {
-    const std::vector<Section> sections = Sections(LinesOfEngine());
+    const std::vector<Section> sections = Sections(LinesOf(kEngineSource));
     ASSERT_FALSE(sections.empty());
     for (const Section& section : sections) {
         EXPECT_LE(section.Lines, 250u) << section.Heading;
@@ -90,12 +93,32 @@ TEST(EngineLayout, HasNoSectionOfMoreThan250Lines) {
 }
 
 TEST(EngineLayout, ExplainsEachSectionInTwoToEightLines) {
-    const std::vector<Section> sections = Sections(LinesOfEngine());
+    const std::vector<Section> sections = Sections(LinesOf(kEngineSource));
     ASSERT_FALSE(sections.empty());
     for (const Section& section : sections) {
         EXPECT_GE(section.ExplainingLines, 2u) << section.Heading;
         EXPECT_LE(section.ExplainingLines, 8u) << section.Heading;
     }
+}
+
+// "| a whole job | `[runner]` | `runner_test.cpp` |" is a row of the table in the architecture
+// page.
+TEST(EngineLayout, HasEachSectionInTheTableOfTheArchitecturePageWithATestFileThatExists) {
+    const std::filesystem::path root = TARVANE_SOURCE_DIRECTORY;
+    static const std::regex row(R"(\| .* \| `(\[[a-z-]+\])` \| `([a-z_]+\.cpp)` \|)");
+    std::vector<std::string> names;
+    for (const std::string& line : LinesOf(root / "docs/architecture.md")) {
+        std::smatch match;
+        if (std::regex_match(line, match, row)) {
+            names.push_back(match.str(1));
+            EXPECT_TRUE(std::filesystem::exists(root / "tests/engine" / match.str(2))) << line;
+        }
+    }
+    std::vector<std::string> sections;
+    for (const Section& section : Sections(LinesOf(kEngineSource))) {
+        sections.push_back(section.Heading.substr(0, section.Heading.find(' ')));
+    }
+    EXPECT_EQ(names, sections);
 }
 
 } // namespace
