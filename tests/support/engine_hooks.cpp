@@ -147,8 +147,8 @@ int __real_lstat(const char* Path, struct stat* OutStatus);
 int __wrap_lstat(const char* Path, struct stat* OutStatus);
 int __real_fstatat(int Parent, const char* Name, struct stat* OutStatus, int Flags);
 int __wrap_fstatat(int Parent, const char* Name, struct stat* OutStatus, int Flags);
-int __real_open(const char* Path, int Flags, ...);
-int __wrap_open(const char* Path, int Flags, ...);
+int __real_openat(int Folder, const char* Path, int Flags, ...);
+int __wrap_openat(int Folder, const char* Path, int Flags, ...);
 dirent* __real_readdir(DIR* Directory);
 dirent* __wrap_readdir(DIR* Directory);
 int __real_closedir(DIR* Directory);
@@ -168,12 +168,12 @@ int __wrap_fstatat(int Parent, const char* Name, struct stat* OutStatus, int Fla
 }
 
 // Nothing that is opened here is created.
-int __wrap_open(const char* Path, int Flags, ...) {
+int __wrap_openat(int Folder, const char* Path, int Flags, ...) {
     if (gHooks != nullptr && gHooks->DeviceProbed &&
-        std::string_view(Path).starts_with("/sys/dev/block/")) {
+        std::string_view(Path).ends_with("/removable")) {
         gHooks->DeviceProbed();
     }
-    return __real_open(Path, Flags);
+    return __real_openat(Folder, Path, Flags);
 }
 
 // A listing that fails has no further entries, as with the system's own errors.
