@@ -11,6 +11,7 @@
 //   [prepare]   Destination preparation and skip accounting
 //   [conflict]  File conflict records and resolution
 //   [removable] Removable-destination probe
+//   [streams]   File streams of a run
 //   [file]      File copier
 //   [cd-range]  CD track range reader
 //   [cd-wav]    Track-to-WAV extraction
@@ -1154,7 +1155,9 @@ private:
         }
         const std::string path =
             std::to_string(major(Asked)) + ":" + std::to_string(minor(Asked)) + "/removable";
-        Descriptor = ::openat(Devices, path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (::faccessat(Devices, path.c_str(), F_OK, 0) == 0) {
+            Descriptor = ::openat(Devices, path.c_str(), O_RDONLY | O_CLOEXEC);
+        }
     }
     std::optional<long> Read() const {
         std::array<char, 32> text{};
@@ -1172,7 +1175,7 @@ private:
     dev_t Device = 0;
     int Descriptor = -1;
     // The folder of all devices: where there is none for a file system, as with one in memory, each
-    // file asks for it anew, and by the whole path that takes twice as long.
+    // file asks for it anew, and to open it by the whole path would take thrice as long.
     int Devices = -1;
 };
 
@@ -1198,6 +1201,52 @@ bool IsRemovableDestination(const fs::path& Destination) {
     RemovableAttribute* const ofRun = AttributeOfRun::gCurrent;
     return (ofRun != nullptr ? *ofRun : ofThisFile).SaysRemovable(info.st_dev);
 }
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------
+// [streams] File streams of a run
+//
+// Worker thread. Making a pair of streams takes longer than opening it, so a run has one pair for
+// all its files; a file outside a run has its own.
+// -------------------------------------------------------------------------------------------------
+
+namespace {
+
+// On the runner's stack: a thread's own objects have to be registered for the thread's end, and
+// where memory runs out in that, the process ends.
+struct StreamsOfRun {
+    StreamsOfRun() { gCurrent = this; }
+    ~StreamsOfRun() { gCurrent = nullptr; }
+    StreamsOfRun(const StreamsOfRun&) = delete;
+    StreamsOfRun& operator=(const StreamsOfRun&) = delete;
+
+    std::ifstream In;
+    std::ofstream Out;
+
+    static inline thread_local StreamsOfRun* gCurrent = nullptr;
+};
+
+// The streams of the file that is copied, closed at the end of the scope.
+class FileStreams {
+public:
+    FileStreams()
+        : Streams(StreamsOfRun::gCurrent != nullptr ? *StreamsOfRun::gCurrent
+                                                    : OfThisFile.emplace()) {}
+    ~FileStreams() {
+        Streams.In.close();
+        Streams.Out.close();
+    }
+    FileStreams(const FileStreams&) = delete;
+    FileStreams& operator=(const FileStreams&) = delete;
+
+    std::ifstream& In() { return Streams.In; }
+    std::ofstream& Out() { return Streams.Out; }
+
+private:
+    std::optional<StreamsOfRun> OfThisFile;
+    StreamsOfRun& Streams;
+};
 
 } // namespace
 
@@ -1313,6 +1362,14 @@ bool PrepareFileTarget(const MetPath& Source, const MetPath& Target, TarvaneTran
     return true;
 }
 
+// After an exception; a Target that Out did not get to open stays.
+void RemovePartialTarget(std::ofstream& Out, const fs::path& Target) {
+    if (Out.is_open()) {
+        Out.close();
+        RemovePathIfPresent(Target);
+    }
+}
+
 // Opens Out at Target and fills it. Errors: an exception leaves no partial file either.
 bool FillTarget(std::ifstream& In, std::ofstream& Out, const fs::path& Target,
                 TarvaneTransferJob& Job, std::string& ErrorMessage) {
@@ -1330,49 +1387,55 @@ bool FillTarget(std::ifstream& In, std::ofstream& Out, const fs::path& Target,
         }
         return CopyBlocks(In, Out, Target, Job, ErrorMessage);
     } catch (...) {
-        if (Out.is_open()) {
-            Out.close();
-            RemovePathIfPresent(Target);
-        }
+        RemovePartialTarget(Out, Target);
         throw;
     }
 }
 
-// Making a pair of streams takes longer than opening it, so a run has one pair for all its files.
-// It is on the runner's stack: a thread's own objects have to be registered for the thread's end,
-// and where memory runs out in that, the process ends.
-struct StreamsOfRun {
-    StreamsOfRun() { gCurrent = this; }
-    ~StreamsOfRun() { gCurrent = nullptr; }
-    StreamsOfRun(const StreamsOfRun&) = delete;
-    StreamsOfRun& operator=(const StreamsOfRun&) = delete;
-
-    std::ifstream In;
-    std::ofstream Out;
-
-    static inline thread_local StreamsOfRun* gCurrent = nullptr;
-};
-
-// The streams of the file that is copied, closed at the end of the scope.
-class FileStreams {
-public:
-    FileStreams()
-        : Streams(StreamsOfRun::gCurrent != nullptr ? *StreamsOfRun::gCurrent
-                                                    : OfThisFile.emplace()) {}
-    ~FileStreams() {
-        Streams.In.close();
-        Streams.Out.close();
+// What is left to do when all of the data is at the destination.
+TransferCopyResult FinishFile(const MetPath& Source, TarvaneTransferJob& Job, bool bMove,
+                              std::string& ErrorMessage) {
+    const std::uint64_t fileSize = Source.Status.SizeBytes();
+    Job.SetCurrentFileProgress(fileSize, fileSize);
+    Job.MarkItemsDone(1);
+    if (bMove) {
+        std::error_code ec;
+        fs::remove(Source.Path, ec);
+        if (ec) {
+            return FailCopy(ErrorMessage, "Copied data but could not remove original '" +
+                                              Source.Path.native() + "': " + ec.message());
+        }
     }
-    FileStreams(const FileStreams&) = delete;
-    FileStreams& operator=(const FileStreams&) = delete;
+    return TransferCopyResult::Succeeded;
+}
 
-    std::ifstream& In() { return Streams.In; }
-    std::ofstream& Out() { return Streams.Out; }
-
-private:
-    std::optional<StreamsOfRun> OfThisFile;
-    StreamsOfRun& Streams;
-};
+// Copies where nothing is expected to stand: opening a file that must be new says the same as a
+// status query before it, which takes a tenth of a small file's time. No result: nothing was done,
+// and CopyFileWithProgress says why or copies.
+std::optional<TransferCopyResult> CopyNewFile(const MetPath& Source, const fs::path& Destination,
+                                              TarvaneTransferJob& Job, bool bMove,
+                                              std::string& ErrorMessage) {
+    FileStreams streams;
+    streams.In().open(Source.Path, std::ios::binary);
+    if (!streams.In().is_open() || Job.IsCancelRequested()) {
+        return std::nullopt;
+    }
+    try {
+        // C++23 calls it noreplace.
+        streams.Out().open(Destination, std::ios::binary | std::ios::__noreplace);
+        if (!streams.Out().is_open()) {
+            return std::nullopt;
+        }
+        Job.SetCurrentPath(Source.Path.native(), Source.Status.SizeBytes());
+        if (!CopyBlocks(streams.In(), streams.Out(), Destination, Job, ErrorMessage)) {
+            return TransferCopyResult::Failed;
+        }
+    } catch (...) {
+        RemovePartialTarget(streams.Out(), Destination);
+        throw;
+    }
+    return FinishFile(Source, Job, bMove, ErrorMessage);
+}
 
 // Carries over the data only: the destination has the permissions, owner and times of a new file.
 // Counts: the file's bytes and one item, also when it is skipped. Errors: no destination is left
@@ -1422,17 +1485,7 @@ CopyFileWithProgress(const MetPath& Source, const MetPath& Destination, TarvaneT
     if (!FillTarget(streams.In(), streams.Out(), target, Job, ErrorMessage)) {
         return TransferCopyResult::Failed;
     }
-    Job.SetCurrentFileProgress(fileSize, fileSize);
-    Job.MarkItemsDone(1);
-    if (bMove) {
-        std::error_code ec;
-        fs::remove(Source.Path, ec);
-        if (ec) {
-            return FailCopy(ErrorMessage, "Copied data but could not remove original '" +
-                                              sourceText + "': " + ec.message());
-        }
-    }
-    return TransferCopyResult::Succeeded;
+    return FinishFile(Source, Job, bMove, ErrorMessage);
 }
 
 } // namespace
@@ -1806,7 +1859,7 @@ struct ItemCopy {
     std::string& ErrorMessage;
 };
 
-TransferCopyResult CopyEntry(ItemCopy& Item, const PathStatus& SourceStatus);
+TransferCopyResult CopyEntry(ItemCopy& Item, const PathStatus& SourceStatus, bool bIntoNewFolder);
 
 // Asks whenever anything stands at the destination, a file included. Both other policies merge:
 // Skip deliberately leaves whole directories to the file conflicts inside them.
@@ -1851,7 +1904,7 @@ bool ResolveLocalDirectoryConflict(TarvaneTransferJob& Job, const MetPath& Sourc
 
 // Makes Destination a directory, in place of whatever else stands there.
 bool PrepareDirectoryTarget(const fs::path& Source, const MetPath& Destination,
-                            TarvaneTransferJob& Job, std::string& ErrorMessage) {
+                            TarvaneTransferJob& Job, bool& OutIsNew, std::string& ErrorMessage) {
     std::error_code ec;
     if (Destination.Status.IsUnknown()) {
         return Fail(ErrorMessage, "Failed checking destination '" + Destination.Path.native() +
@@ -1865,7 +1918,7 @@ bool PrepareDirectoryTarget(const fs::path& Source, const MetPath& Destination,
     }
     Job.SetCurrentPath(Source.native(), 0);
     // Its parents are missing in the rarest of cases, and looking for them takes longer than this.
-    fs::create_directory(Destination.Path, ec);
+    OutIsNew = fs::create_directory(Destination.Path, ec);
     if (ec) {
         fs::create_directories(Destination.Path, ec);
     }
@@ -1886,7 +1939,7 @@ PathStatus StatusOfEntry(const DirectoryListing& Listing, const dirent& Entry,
 }
 
 // Goes through the entries in the order of the listing; the first failure ends it.
-bool CopyDirectoryEntries(ItemCopy& Item) {
+bool CopyDirectoryEntries(ItemCopy& Item, bool bIntoNewFolder) {
     DirectoryListing listing(Item.Source);
     const bool endsWithSlash = !Item.Source.has_filename();
     Item.Source /= "";
@@ -1897,7 +1950,7 @@ bool CopyDirectoryEntries(ItemCopy& Item) {
         }
         Item.Source.replace_filename(entry->d_name);
         Item.Destination.replace_filename(entry->d_name);
-        if (CopyEntry(Item, StatusOfEntry(listing, *entry, Item.Source)) ==
+        if (CopyEntry(Item, StatusOfEntry(listing, *entry, Item.Source), bIntoNewFolder) ==
             TransferCopyResult::Failed) {
             return false;
         }
@@ -1931,11 +1984,12 @@ TransferCopyResult CopyDirectory(ItemCopy& Item, const PathStatus& SourceStatus,
                                                           : TransferCopyResult::Failed;
     }
     const MetPath current = MayHaveWaited(target, conflictPolicy) ? destination : target;
-    if (!PrepareDirectoryTarget(source, current, job, errorMessage)) {
+    bool isNew = false;
+    if (!PrepareDirectoryTarget(source, current, job, isNew, errorMessage)) {
         return TransferCopyResult::Failed;
     }
     job.MarkItemsDone(1);
-    if (!CopyDirectoryEntries(Item)) {
+    if (!CopyDirectoryEntries(Item, isNew)) {
         return TransferCopyResult::Failed;
     }
     if (bMove) {
@@ -1971,13 +2025,19 @@ TransferCopyResult CopyByKind(ItemCopy& Item, const PathStatus& SourceStatus,
 
 // Below an item, the texts of both paths differ as those of the item do: only what is there and the
 // same file can be the source.
-TransferCopyResult CopyEntry(ItemCopy& Item, const PathStatus& SourceStatus) {
+TransferCopyResult CopyEntry(ItemCopy& Item, const PathStatus& SourceStatus, bool bIntoNewFolder) {
     if (TarvaneIsCddaPath(Item.Source.native())) {
         return CopyCddaTrack(Item.Source, Item.Destination, Item.Job, Item.ConflictPolicy,
                              Item.ErrorMessage);
     }
     if (!SourceStatus.Exists()) {
         return FailCopy(Item.ErrorMessage, "Source does not exist: " + Item.Source.native());
+    }
+    if (bIntoNewFolder && SourceStatus.IsRegularFile()) {
+        if (const auto result = CopyNewFile({Item.Source, SourceStatus}, Item.Destination, Item.Job,
+                                            Item.bMove, Item.ErrorMessage)) {
+            return *result;
+        }
     }
     const PathStatus targetStatus(Item.Destination.c_str());
     if (targetStatus.Exists() && targetStatus.MayBeSameAs(SourceStatus) &&

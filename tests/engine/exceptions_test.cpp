@@ -91,6 +91,20 @@ TEST_F(FileException, LeavesNoPartialFileWhereverMemoryRunsOut) {
     EXPECT_FALSE(fs::exists(Source));
 }
 
+TEST_F(FileException, LeavesNoPartialFileInANewFolderWhereverMemoryRunsOut) {
+    std::size_t failed = 0;
+    FailEachAllocationOf([this] { CopyNewFile(Source, Destination, Job, kMove, Message); },
+                         [&] {
+                             ++failed;
+                             EXPECT_EQ(OpenDescriptors(), OpenBefore);
+                             EXPECT_TRUE(fs::exists(Source));
+                             EXPECT_FALSE(fs::exists(Destination));
+                         });
+    EXPECT_GT(failed, 1U);
+    EXPECT_EQ(fs::file_size(Destination), Contents.size());
+    EXPECT_FALSE(fs::exists(Source));
+}
+
 TEST_F(FileException, KeepsADestinationThatCannotBeOpened) {
     WriteFile(Destination, "old");
     fs::permissions(Destination, static_cast<fs::perms>(0444));

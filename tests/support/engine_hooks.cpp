@@ -147,8 +147,8 @@ int __real_lstat(const char* Path, struct stat* OutStatus);
 int __wrap_lstat(const char* Path, struct stat* OutStatus);
 int __real_fstatat(int Parent, const char* Name, struct stat* OutStatus, int Flags);
 int __wrap_fstatat(int Parent, const char* Name, struct stat* OutStatus, int Flags);
-int __real_openat(int Folder, const char* Path, int Flags, ...);
-int __wrap_openat(int Folder, const char* Path, int Flags, ...);
+int __real_faccessat(int Folder, const char* Path, int Mode, int Flags);
+int __wrap_faccessat(int Folder, const char* Path, int Mode, int Flags);
 dirent* __real_readdir(DIR* Directory);
 dirent* __wrap_readdir(DIR* Directory);
 int __real_closedir(DIR* Directory);
@@ -167,13 +167,12 @@ int __wrap_fstatat(int Parent, const char* Name, struct stat* OutStatus, int Fla
                                                   : __real_fstatat(Parent, Name, OutStatus, Flags);
 }
 
-// Nothing that is opened here is created.
-int __wrap_openat(int Folder, const char* Path, int Flags, ...) {
+int __wrap_faccessat(int Folder, const char* Path, int Mode, int Flags) {
     if (gHooks != nullptr && gHooks->DeviceProbed &&
         std::string_view(Path).ends_with("/removable")) {
         gHooks->DeviceProbed();
     }
-    return __real_openat(Folder, Path, Flags);
+    return __real_faccessat(Folder, Path, Mode, Flags);
 }
 
 // A listing that fails has no further entries, as with the system's own errors.
