@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -63,9 +64,15 @@ const AnsweredConflict* ConflictDesk::Attend() {
     if (!bPending) {
         Open.reset();
     }
-    Waited += Open ? CurrentPause.zero() : CurrentPause;
-    CurrentPause = std::min(CurrentPause * 5 / 4, kLongestPause);
+    Waited += Pause();
     return nullptr;
+}
+
+std::chrono::microseconds ConflictDesk::Pause() const {
+    // The time, in us, after which a pause is as long as what went by.
+    constexpr double kMeeting = 64;
+    const double root = std::sqrt(kMeeting * static_cast<double>(Waited.count()));
+    return std::clamp(std::chrono::microseconds(std::llround(root)), kShortestPause, kLongestPause);
 }
 
 const AnsweredConflict* ConflictDesk::Decide(const TarvaneTransferConflict& Conflict) {
@@ -178,7 +185,7 @@ void ConflictDesk::MakePrivate(const TarvaneTransferConflict& Conflict) const {
 }
 
 const AnsweredConflict* ConflictDesk::Resolve(AnsweredConflict Answer) {
-    CurrentPause = std::clamp(std::exchange(Waited, {}) / 8, kShortestPause, kLongestPause);
+    Waited = {};
     Answer.Before = CountersOf(Job);
     if (!Job.ResolveConflict(Answer.Action, Answer.RenamePath)) {
         return nullptr;

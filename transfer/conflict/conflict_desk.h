@@ -86,9 +86,10 @@ public:
     const AnsweredConflict* Attend();
 
     // How long to wait before the next look. The job tells nobody that it waits, so it is looked at
-    // often after an answer, when the next taken name is likely to come as soon as this one did,
-    // and then less and less often.
-    std::chrono::microseconds Pause() const { return CurrentPause; }
+    // often after an answer, when the next taken name may come soon, and then less and less often:
+    // by the root of the time since, which keeps both small beside it, what the job waits for an
+    // answer and what the looks take.
+    std::chrono::microseconds Pause() const;
 
     const std::optional<Question>& OpenQuestion() const { return Open; }
 
@@ -124,8 +125,7 @@ private:
     DeskNotes* const Notes;
     std::optional<Question> Open;
     std::uint64_t LastId = 0;
-    std::chrono::microseconds CurrentPause = kShortestPause;
-    // The sum of the pauses since the latest answer, without those for a person.
+    // The sum of the pauses since the latest answer.
     std::chrono::microseconds Waited{};
     std::deque<AnsweredConflict> LatestAnswers;
     std::uint64_t AllAnswers = 0;
