@@ -110,20 +110,20 @@ class Bench:
         commands = self.present(row.commands(self.options.program, self.places))
         # A round that does not count: it warms the caches, and it is checked.
         for who, command in commands.items():
-            row.prepare(self.places)
+            row.prepare(self.places, command)
             run(command)
             row.check(who, self.places)
         runs = {who: [] for who in commands}
         for number in range(min(self.options.pairs, row.most_pairs)):
             # The first of a turn gets the memory that has been idle for longest.
             for who in list(commands)[::1 if number % 2 == 0 else -1]:
-                row.prepare(self.places)
+                row.prepare(self.places, commands[who])
                 runs[who].append(run(commands[who]))
-        row.prepare(self.places)
+        row.prepare(self.places, commands["ours"])
         memory = peak_memory(commands["ours"])
         calls = {}
         if row.bTraced:
-            row.prepare(self.places)
+            row.prepare(self.places, commands["ours"])
             calls = system_calls(commands["ours"])
         return {"name": row.name, "title": row.title, "against": row.against,
                 "goals": row.goals, "entries": self.trees[row.tree].entries, "runs": runs,

@@ -60,7 +60,8 @@ class Row:
                 self.against: ["cp", "-r", source, out],
                 **{name: peers[name] for name in self.peers}}
 
-    def prepare(self, places):
+    def prepare(self, places, _):
+        """Before a run of the command."""
         remove(places.out(self.target))
         places.out(self.target).mkdir()
         places.flush()
@@ -87,7 +88,8 @@ class MemoryRow(Row):
 
 
 class Overwrite(Row):
-    """A copy onto files of the same names with other contents."""
+    """A copy onto files of the same names with other contents, from the same program: its writes
+    get the memory that its own kind of writes has left, whoever was there before."""
 
     def other(self, places):
         return places.tree(f"{self.tree}-other", self.target)
@@ -100,9 +102,10 @@ class Overwrite(Row):
         return {"ours": [program, "copy", "-q", "--no-preserve", "-f", source, out],
                 self.against: ["cp", "-r", source, out]}
 
-    def prepare(self, places):
-        super().prepare(places)
-        command("cp", "-r", self.other(places), places.out(self.target))
+    def prepare(self, places, words):
+        super().prepare(places, words)
+        source = places.tree(self.tree, self.source)
+        command(*(self.other(places) if word == source else word for word in words))
         places.flush()
 
 
@@ -121,9 +124,9 @@ class Keep(Overwrite):
         return {"ours": [program, "copy", "-q", "--no-preserve", f"-{self.option}", source, out],
                 self.against: ["cp", f"-r{self.option}", source, out]}
 
-    def prepare(self, places):
+    def prepare(self, places, words):
         if not places.out(self.target).exists():
-            super().prepare(places)
+            super().prepare(places, words)
 
     def check(self, who, places):
         require_equal(self.other(places), places.out(self.target) / "tree")
@@ -145,8 +148,8 @@ class Move(Row):
         return {"ours": [program, "move", "-q", "--no-preserve", source, out],
                 "mv": ["mv", source, out]}
 
-    def prepare(self, places):
-        super().prepare(places)
+    def prepare(self, places, words):
+        super().prepare(places, words)
         remove(places.moved(self.source))
         places.moved(self.source).mkdir()
         command("cp", "-r", places.tree(self.tree, self.target), places.moved(self.source))
