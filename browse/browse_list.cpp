@@ -112,9 +112,18 @@ void BrowseList::InvertMarks() {
     }
 }
 
-void BrowseList::ClearMarks() {
-    Marks.clear();
-    Totals = {};
+void BrowseList::Unmark(const std::vector<std::filesystem::path>& Paths) {
+    constexpr bool bMark = false;
+    std::unordered_set<std::string> wanted;
+    for (const std::filesystem::path& path : Paths) {
+        wanted.insert(path.native());
+    }
+    for (const std::size_t index : Rows) {
+        const ListedEntry& entry = Current.Entries[index];
+        if (Marks.contains(entry.Name) && wanted.contains(PathOf(entry).native())) {
+            SetMark(entry, bMark);
+        }
+    }
 }
 
 std::vector<std::filesystem::path> BrowseList::Chosen() const {
@@ -153,6 +162,7 @@ void BrowseList::SetMark(const ListedEntry& Entry, bool bMark) {
     Totals.Entries += sign;
     if (Entry.IsDirectory()) {
         Totals.Directories += sign;
+        Totals.RealDirectories += Entry.IsRealDirectory() ? sign : 0;
     } else {
         Totals.Bytes += sign * Entry.SizeBytes;
     }

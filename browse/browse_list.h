@@ -58,11 +58,15 @@ public:
     void MarkMatching(const std::string& Pattern, bool bMark);
     // Of directories too.
     void InvertMarks();
-    void ClearMarks();
+    // Those of Paths that are in the list.
+    void Unmark(const std::vector<std::filesystem::path>& Paths);
 
     struct MarkTotals {
         std::uint64_t Entries = 0;
+        // Links to directories too.
         std::uint64_t Directories = 0;
+        // Without such links.
+        std::uint64_t RealDirectories = 0;
         // Of what is no directory.
         std::uint64_t Bytes = 0;
     };

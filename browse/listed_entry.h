@@ -31,6 +31,7 @@ struct ListedEntry {
     std::optional<std::int64_t> Modified = {};
 
     bool IsDirectory() const { return What == Kind::Directory; }
+    bool IsRealDirectory() const { return IsDirectory() && !bLink; }
     bool IsHidden() const { return Name.starts_with('.'); }
 };
 

@@ -22,6 +22,11 @@ std::string RefusalOfNewName(const fs::path& Folder, const std::string& Name) {
     return RenameRefusal(Folder / Name);
 }
 
+// What the list has of a name that leads deeper: "sub" of "sub/name".
+std::string EntryOf(const fs::path& Name) {
+    return Name.begin()->native();
+}
+
 } // namespace
 
 void EntryCommands::Attend() {
@@ -73,7 +78,7 @@ void EntryCommands::MakeDirectory() {
     Stack.Open<TextDialog>(
         std::make_unique<TextDialog>(std::move(question)), [this, place](TextDialog& Shown) {
             if (Shown.Entered()) {
-                CursorOn = *Shown.Entered();
+                CursorOn = EntryOf(*Shown.Entered());
                 CursorIn = place;
                 Begin(EntryWork::MakeDirectory(place / *Shown.Entered()), "Make directory");
             }
@@ -97,7 +102,7 @@ void EntryCommands::Rename() {
     Stack.Open<TextDialog>(
         std::make_unique<TextDialog>(std::move(question)), [this, place, name](TextDialog& Shown) {
             if (Shown.Entered() && *Shown.Entered() != name) {
-                CursorOn = *Shown.Entered();
+                CursorOn = EntryOf(*Shown.Entered());
                 CursorIn = place;
                 Begin(EntryWork::Rename(place / name, place / *Shown.Entered()), "Rename");
             }
@@ -112,8 +117,8 @@ void EntryCommands::Delete() {
     }
     const ListedEntry* const current = list.CurrentEntry();
     const bool bDirectories =
-        list.Marked().Directories > 0 || (list.Marked().Entries == 0 && current != nullptr &&
-                                          current->IsDirectory() && !current->bLink);
+        list.Marked().RealDirectories > 0 ||
+        (list.Marked().Entries == 0 && current != nullptr && current->IsRealDirectory());
     Message question = YesNoQuestion("Delete", {"Delete " + ChosenText(chosen) +
                                                 (bDirectories ? " with all that is in it?" : "?")});
     Stack.Open<MessageDialog>(std::make_unique<MessageDialog>(std::move(question)),

@@ -162,7 +162,7 @@ void PaneCommands::Attend() {
     }
     const std::uint64_t id =
         Runs.Start(request, std::move(std::get<TarvaneTransferPlan>(*plan)), discs);
-    PlannedIn->List().ClearMarks();
+    PlannedIn->List().Unmark(request.Operands);
     if (!bInBackground) {
         RunsShown.ShowProgress(id);
     }
@@ -200,6 +200,7 @@ void PaneCommands::Leave() {
     const std::size_t running = Runs.CountRunning();
     if (running == 0 && !Entries.IsBusy()) {
         bLeaves = true;
+        StopPlanning();
         return;
     }
     const std::string what =

@@ -52,7 +52,7 @@ private:
     bool TakeLetter(char Letter);
     bool TakeFunctionKey(int Number);
     void Transfer(bool bMove);
-    void BeginTransfer(TransferRequest Request, bool bInBackground);
+    void BeginTransfer(TransferRequest Request, bool bOutOfSight);
     void Mark(bool bMark);
     void GoToPlace();
     void Open(const char* Variable, const char* Otherwise);
@@ -64,7 +64,7 @@ private:
     RunDialogs& RunsShown;
     DialogStack& Stack;
     std::optional<PlanTask> Planning;
-    // The pane whose marks the plan is made of; they go when it begins.
+    // The pane that the plan was made in: the marks of its entries go when it begins.
     Browser* PlannedIn = nullptr;
     bool bInBackground = false;
     std::optional<FileProgram> Program;

@@ -355,14 +355,17 @@ TEST(BrowseList, InvertsMarksOfDirectoriesToo) {
     EXPECT_EQ(list.Marked().Entries, 2u);
 }
 
-TEST(BrowseList, ClearsMarks) {
-    BrowseList list = ListOf({.Place = "/p", .Entries = {Directory("d"), File("a", 3)}});
+TEST(BrowseList, TakesMarksFromWhatItIsTold) {
+    BrowseList list =
+        ListOf({.Place = "/p", .Entries = {Directory("d"), File("a", 3), File("b", 40)}});
     list.InvertMarks();
-    list.ClearMarks();
-    EXPECT_EQ(RowsOf(list), (Names{"/..<", "d", "a"}));
-    EXPECT_EQ(list.Marked().Entries, 0u);
+    list.Unmark({"/p/d", "/p/a", "/q/b", "/p/gone"});
+    EXPECT_EQ(RowsOf(list), (Names{"/..<", "d", "a", "*b"}));
+    EXPECT_EQ(list.Marked().Entries, 1u);
     EXPECT_EQ(list.Marked().Directories, 0u);
-    EXPECT_EQ(list.Marked().Bytes, 0u);
+    EXPECT_EQ(list.Marked().Bytes, 40u);
+    list.Unmark({"/p/a"});
+    EXPECT_EQ(RowsOf(list), (Names{"/..<", "d", "a", "*b"}));
 }
 
 TEST(BrowseList, SumsUpWhatIsMarked) {
@@ -378,6 +381,18 @@ TEST(BrowseList, SumsUpWhatIsMarked) {
     EXPECT_EQ(list.Marked().Entries, 2u);
     EXPECT_EQ(list.Marked().Directories, 1u);
     EXPECT_EQ(list.Marked().Bytes, 40u);
+}
+
+TEST(BrowseList, CountsLinksToDirectoriesAmongThemAndApart) {
+    ListedEntry link = Directory("link");
+    link.bLink = true;
+    BrowseList list = ListOf({.Place = "/p", .Entries = {Directory("d"), link}});
+    list.MarkMatching("*", true);
+    EXPECT_EQ(list.Marked().Directories, 2u);
+    EXPECT_EQ(list.Marked().RealDirectories, 1u);
+    list.MarkMatching("d", false);
+    EXPECT_EQ(list.Marked().Directories, 1u);
+    EXPECT_EQ(list.Marked().RealDirectories, 0u);
 }
 
 TEST(BrowseList, ChoosesTheMarkedInTheirOrder) {

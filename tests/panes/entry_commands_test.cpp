@@ -37,6 +37,20 @@ TEST_F(EntryCommandsTest, MakesADirectoryAndPutsTheCursorOnIt) {
     EXPECT_TRUE(fs::is_directory(Root / "from/new"));
 }
 
+TEST_F(EntryCommandsTest, PutsTheCursorOnWhatHoldsTheNewName) {
+    fs::create_directory(Root / "from/sub");
+    ASSERT_TRUE(Shows(Panes.Active(), {"/..", "sub", "a<", "b"}));
+    Press(FunctionKey(7));
+    Enter("sub/new");
+    ASSERT_TRUE(Shows(Panes.Active(), {"/..", "sub<", "a", "b"}));
+    EXPECT_TRUE(fs::is_directory(Root / "from/sub/new"));
+    MoveTo("a");
+    Press(FunctionKey(2));
+    Enter("sub/a");
+    ASSERT_TRUE(Shows(Panes.Active(), {"/..", "sub<", "b"}));
+    EXPECT_EQ(ReadFile(Root / "from/sub/a"), "new a");
+}
+
 TEST_F(EntryCommandsTest, ShowsItInTheOtherPaneToo) {
     Press('=');
     ASSERT_TRUE(Shows(Panes.Other(), {"/..<", "a", "b"}));
@@ -118,6 +132,10 @@ TEST_F(EntryCommandsTest, SaysWhatIsDeleted) {
     EXPECT_EQ(asked(), "Delete Delete 'sub' with all that is in it? [ Yes ] [ No ]");
     MoveTo("link");
     EXPECT_EQ(asked(), "Delete Delete 'link'? [ Yes ] [ No ]");
+    Press(' ');
+    EXPECT_EQ(asked(), "Delete Delete 'link'? [ Yes ] [ No ]");
+    MoveTo("link");
+    Press(' ');
     MoveTo("a");
     Press(' ');
     Press(' ');

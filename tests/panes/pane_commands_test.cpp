@@ -62,7 +62,7 @@ protected:
         EXPECT_TRUE(Becomes("the drive is asked", [&] { return Commands.StatusText() == Waits; }));
     }
 
-    ScopedDrive Drive{AudioDisc({150}, 300)};
+    ScopedDrive Drive{AudioDisc({150, 225}, 300)};
     const std::string Waits =
         std::string("Waiting for the drive ") + kFakeDevice + ": Esc gives up";
 };
@@ -236,6 +236,23 @@ TEST_F(PlanThatWaits, BeginsWhenTheDriveIsReady) {
     EXPECT_EQ(Dialogs().substr(0, 6), "Copy: ");
     Runs.Find(1)->Run->Cancel();
     EXPECT_TRUE(AllEnd());
+}
+
+TEST_F(PlanThatWaits, LeavesTheMarksThatWereMadeMeanwhile) {
+    MoveTo("Track 02.wav");
+    Press(' ');
+    WriteFile(Root / "ready", "");
+    ASSERT_TRUE(Becomes("it begins", [&] { return !Runs.All().empty(); }));
+    EXPECT_EQ(RowsOf(Panes.Active()), (Rows{"/..", "Track 01.wav", "*Track 02.wav<"}));
+    Runs.Find(1)->Run->Cancel();
+    EXPECT_TRUE(AllEnd());
+}
+
+TEST_F(PlanThatWaits, IsGivenUpByQuitting) {
+    Press('q');
+    EXPECT_TRUE(Commands.WantsToLeave());
+    EXPECT_TRUE(Stack.IsEmpty());
+    EXPECT_FALSE(Commands.IsBusy());
 }
 
 TEST_F(PaneCommandsTest, WaitForADiskThatDoesNotAnswerUntilEscape) {
