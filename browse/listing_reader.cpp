@@ -193,7 +193,8 @@ bool IsDisc(const std::filesystem::path& Place) {
 
 std::filesystem::path ParentPlace(const std::filesystem::path& Place) {
     if (IsDisc(Place)) {
-        return std::filesystem::path(DeviceOf(Place)).parent_path();
+        const std::filesystem::path above = std::filesystem::path(DeviceOf(Place)).parent_path();
+        return above.empty() ? Place : above;
     }
     return Place.has_filename() ? Place.parent_path() : Place.parent_path().parent_path();
 }

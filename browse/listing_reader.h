@@ -39,5 +39,6 @@ private:
 // Whether the place is a disc and not a directory.
 bool IsDisc(const std::filesystem::path& Place);
 
-// The place that holds Place; the same one for "/". Of a disc it is the directory of its drive.
+// The place that holds Place; the same one where there is none, as for "/". Of a disc it is the
+// directory of its drive.
 std::filesystem::path ParentPlace(const std::filesystem::path& Place);

@@ -26,9 +26,10 @@ std::string Unescaped(std::string_view Field) {
 }
 
 bool IsWherePeoplePutDisks(std::string_view MountPoint) {
-    constexpr std::array<std::string_view, 3> kFolders{"/media/", "/mnt", "/run/media/"};
-    return std::ranges::any_of(
-        kFolders, [&](std::string_view Folder) { return MountPoint.starts_with(Folder); });
+    constexpr std::array<std::string_view, 3> kFolders{"/media/", "/mnt/", "/run/media/"};
+    return MountPoint == "/mnt" || std::ranges::any_of(kFolders, [&](std::string_view Folder) {
+               return MountPoint.starts_with(Folder);
+           });
 }
 
 std::vector<NamedPlace> MountedDisks() {
@@ -41,7 +42,10 @@ std::vector<NamedPlace> MountedDisks() {
         for (int i = 0; i < kMountPoint; ++i) {
             fields >> field;
         }
-        if (const std::string where = Unescaped(field); IsWherePeoplePutDisks(where)) {
+        const std::string where = Unescaped(field);
+        // One disk may be mounted over another.
+        const bool bNew = std::ranges::find(disks, where, &NamedPlace::Label) == disks.end();
+        if (bNew && IsWherePeoplePutDisks(where)) {
             disks.push_back({where, where});
         }
     }

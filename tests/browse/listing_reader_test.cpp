@@ -312,6 +312,11 @@ TEST(ParentPlace, IsTheDirectoryOfTheDrive) {
     EXPECT_EQ(ParentPlace("cdda:/dev/sr0/"), "/dev");
 }
 
+TEST(ParentPlace, IsTheDiscItselfWhereNoDirectoryIsGiven) {
+    EXPECT_EQ(ParentPlace("cdda:sr0"), "cdda:sr0");
+    EXPECT_EQ(ParentPlace("cdda:"), "cdda:");
+}
+
 TEST(IsDisc, TellsDrivesFromDirectories) {
     EXPECT_TRUE(IsDisc("cdda:/dev/sr0"));
     EXPECT_FALSE(IsDisc("/dev/sr0"));

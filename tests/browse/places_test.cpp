@@ -74,4 +74,20 @@ TEST_F(MountedPlaces, HaveTheDisksWhereTheyAreMounted) {
     EXPECT_EQ(std::ranges::count(labels, "/srv"), 0);
 }
 
+TEST_F(MountedPlaces, HaveNoDiskWhoseNameOnlyBeginsSo) {
+    std::string place = "/mnt-of-test-XXXXXX";
+    ASSERT_NE(::mkdtemp(place.data()), nullptr);
+    {
+        const ScopedMount disk = MountTmpfs(place, "size=1m");
+        EXPECT_EQ(std::ranges::count(Labels(), place), 0);
+    }
+    fs::remove(place);
+}
+
+TEST_F(MountedPlaces, HaveADiskThatLiesOverAnotherOnce) {
+    const ScopedMount below = MountTmpfs("/mnt", "size=1m");
+    const ScopedMount above = MountTmpfs("/mnt", "size=1m");
+    EXPECT_EQ(std::ranges::count(Labels(), "/mnt"), 1);
+}
+
 } // namespace
