@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <fcntl.h>
 #include <new>
@@ -46,7 +47,11 @@ void PrintMessage(const std::string& Sentence) {
 
 int Answer(const InformationText& Information) {
     const bool bWritten = std::fputs(Information.Text.c_str(), stdout) >= 0;
-    return bWritten && std::fflush(stdout) == 0 ? kExitDone : kExitFailed;
+    if (!bWritten || std::fflush(stdout) != 0) {
+        PrintMessage(std::string("write error: ") + std::strerror(errno));
+        return kExitFailed;
+    }
+    return kExitDone;
 }
 
 int Answer(const UsageError& Mistake) {

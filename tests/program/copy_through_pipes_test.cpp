@@ -103,9 +103,12 @@ TEST_F(ThroughPipes, CopiesNamesThatAreAnyBytes) {
 // As some shells and services start their programs.
 TEST_F(ThroughPipes, FlushesWhereTheSignalOfEndedChildrenIsIgnored) {
     constexpr double kLimitSeconds = 20.0;
+    EnterPrivateMountNamespace();
+    fs::create_directory(Root / "disk");
+    const ScopedMount disk = MountLoopDisk(Root / "disk", 8);
     WriteFile(Root / "file", "data");
     EXPECT_RESULT(RunProgram({"env", "--ignore-signal=CHLD", TARVANE_PROGRAM, "copy",
-                              "--on-conflict=skip", "--flush=always", "file", "copied"},
+                              "--on-conflict=skip", "--flush=always", "file", "disk"},
                              Root.Path().string(), {}, kLimitSeconds),
                   0, "",
                   "Copied 1 entry, 4 B.\nEverything is written. It is safe to unplug the disk.\n");
@@ -156,6 +159,12 @@ TEST_F(ThroughPipes, NamesEveryMistakeAndWhereToRead) {
     EXPECT_RESULT(Tarvane({"cpoy"}), 2, "",
                   "tarvane: unknown command 'cpoy'; did you mean 'copy'?\n"
                   "Try 'tarvane --help'.\n");
+}
+
+TEST_F(ThroughPipes, SaysWhyTheHelpCannotBeWritten) {
+    NeedDeviceNode("/dev/full");
+    EXPECT_RESULT(RunProgram({"sh", "-c", "exec \"$0\" --help >/dev/full", TARVANE_PROGRAM}), 1, "",
+                  "tarvane: write error: No space left on device\n");
 }
 
 TEST_F(ThroughPipes, NeedsNoChoiceWhereNoNameIsTaken) {
