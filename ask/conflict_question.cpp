@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "conflict_texts.h"
+#include "free_name.h"
 #include "screen_text.h"
 
 namespace {
@@ -15,6 +16,14 @@ constexpr char kConfirmLetter = 'y';
 constexpr char kListLetter = '?';
 
 } // namespace
+
+RenameAdvice AdviceFor(const std::string& Destination) {
+    return {.ProposeFreePath =
+                [Destination] {
+                    return FreeNameBeside(Destination).value_or(std::filesystem::path()).native();
+                },
+            .Refusal = [](const std::string& Path) { return RenameRefusal(Path); }};
+}
 
 ConflictQuestion::ConflictQuestion(TakenName NameToAskAbout, RenameAdvice NameAdvice)
     : Name(std::move(NameToAskAbout)), Advice(std::move(NameAdvice)) {}

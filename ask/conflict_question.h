@@ -25,6 +25,9 @@ struct RenameAdvice {
     std::function<std::string(const std::string& Path)> Refusal;
 };
 
+// For a destination whose name is taken: what is on the disk beside it.
+RenameAdvice AdviceFor(const std::string& Destination);
+
 class ConflictQuestion {
 public:
     ConflictQuestion(TakenName NameToAskAbout, RenameAdvice NameAdvice);

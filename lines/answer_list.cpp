@@ -25,7 +25,7 @@ std::vector<StyledRange> KeyStyles(const std::string& Keys) {
 // An answer that is too long for a line goes on a little to the right.
 std::vector<ScreenLine> LinesOf(const ListedAnswer& Answer, int Width) {
     const std::string entry = Answer.Keys + " " + Answer.Label;
-    const int indent = DisplayWidth(entry) <= Width ? 0 : std::min(kGap, Width / kGap);
+    const int indent = DisplayWidth(entry) <= Width ? 0 : std::min(kGap, Width / 2);
     std::vector<ScreenLine> lines;
     for (const std::string& piece : WrapAtWords(entry, Width - indent)) {
         const int blanks = lines.empty() ? 0 : indent;

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "conflict_question.h"
-#include "free_name.h"
 #include "job_step.h"
 #include "key_guard.h"
 #include "line_queue.h"
@@ -90,13 +89,7 @@ void JobActivity::FollowQuestion() {
 }
 
 void JobActivity::Ask(const ConflictDesk::Question& Wanted) {
-    const std::string destination = Wanted.Name.Conflict.DestinationPath;
-    RenameAdvice advice;
-    advice.ProposeFreePath = [destination] {
-        return FreeNameBeside(destination).value_or(std::filesystem::path()).native();
-    };
-    advice.Refusal = [](const std::string& Path) { return RenameRefusal(Path); };
-    Question.emplace(Wanted.Name, std::move(advice));
+    Question.emplace(Wanted.Name, AdviceFor(Wanted.Name.Conflict.DestinationPath));
     QuestionId = Wanted.Id;
     Guard.QuestionAppears(Context.Loop.Now());
     Context.Loop.HurryFrame();

@@ -9,7 +9,8 @@
 //     entries, bytes                 what the job's own totals will be
 //     copied_entries, copied_bytes   what will really be copied, links to directories followed
 //     complete                       false when only what guards was looked at
-// "progress": at the start, then as often as the interval says, and once at the end.
+// "progress": at the start of a job that is not over at once, after every interval, when a cancel
+//     is asked for, and at the end.
 //     stage       "Preparing", "Copying", ...
 //     status      the job's own words
 //     path        what it works on; null before the first
@@ -42,7 +43,8 @@
 //     remaining_bytes, rate    null when unknown
 //     finished
 //     error       one sentence, or null
-// "done": the last line.
+// "done": the last line; missing when the program had to leave at once, or has refused operands or
+//     options.
 //     result      "succeeded", "failed" or "canceled"
 //     status      how far the job came, or why it did not end well, or why there was none
 //     exit_status of the program

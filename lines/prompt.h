@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "block_drawer.h"
-#include "exit_status_function.h"
 #include "interface_loop.h"
 #include "line_queue.h"
+#include "run_outcome.h"
 #include "terminal.h"
 #include "terminal_device.h"
 

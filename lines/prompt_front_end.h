@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include "exit_status_function.h"
 #include "prompt_request.h"
 #include "run_outcome.h"
 #include "terminal.h"

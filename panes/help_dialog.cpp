@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "frame_text.h"
 #include "screen_text.h"
 #include "scrolling.h"
 #include "surface.h"

@@ -5,7 +5,6 @@
 
 #include "date_text.h"
 #include "entry_text.h"
-#include "frame_text.h"
 #include "place_text.h"
 #include "screen_text.h"
 #include "scrolling.h"

@@ -19,7 +19,6 @@
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
-#include <utility>
 
 namespace {
 
@@ -29,7 +28,7 @@ constexpr int kNotFoundByShell = 127;
 class PanesFrontEnd : public Activity, public LoopSurface {
 public:
     PanesFrontEnd(const PanesRequest& Request, Terminal& TerminalToUse,
-                  int (*ExitStatusForOutcome)(const RunOutcome&))
+                  ExitStatusFunction ExitStatusForOutcome)
         : Device(TerminalToUse), ExitStatusOf(ExitStatusForOutcome), Shown(Device),
           Loop(Device, *this), Panes(Request) {}
 
@@ -58,7 +57,7 @@ private:
     std::string StatusLine() const;
 
     Terminal& Device;
-    int (*ExitStatusOf)(const RunOutcome&);
+    ExitStatusFunction ExitStatusOf;
     CursesScreen Shown;
     InterfaceLoop Loop;
     KeyGuard Guard;
@@ -234,6 +233,6 @@ std::string WhyNoPanes() {
 }
 
 RunOutcome RunPanes(const PanesRequest& Request, Terminal& Device,
-                    int (*ExitStatusOf)(const RunOutcome& Outcome)) {
+                    ExitStatusFunction ExitStatusOf) {
     return PanesFrontEnd(Request, Device, ExitStatusOf).Run();
 }

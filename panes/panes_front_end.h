@@ -12,7 +12,6 @@
 std::string WhyNoPanes();
 
 // Shows the panes until somebody leaves, or a signal ends the program: then all transfers are
-// canceled first. Requires: EnsureUtf8Locale was called, and
-// WhyNoPanes is empty. Returns how it has ended.
-RunOutcome RunPanes(const PanesRequest& Request, Terminal& Device,
-                    int (*ExitStatusOf)(const RunOutcome& Outcome));
+// canceled first. Returns how it has ended. Requires: EnsureUtf8Locale was called, and WhyNoPanes
+// is empty.
+RunOutcome RunPanes(const PanesRequest& Request, Terminal& Device, ExitStatusFunction ExitStatusOf);

@@ -4,7 +4,6 @@
 #include <strings.h>
 #include <utility>
 
-#include "frame_text.h"
 #include "screen_text.h"
 #include "scrolling.h"
 

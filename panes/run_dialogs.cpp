@@ -1,13 +1,11 @@
 #include "run_dialogs.h"
 
 #include "conflict_dialog.h"
-#include "free_name.h"
 #include "message_dialog.h"
 #include "number_text.h"
 #include "preflight_result.h"
 #include "run_rows.h"
 
-#include <filesystem>
 #include <memory>
 #include <vector>
 
@@ -15,14 +13,6 @@ namespace {
 
 // More of one kind would push the rest out of sight.
 constexpr std::size_t kLinesPerGroup = 10;
-
-RenameAdvice AdviceFor(const std::string& Destination) {
-    return {.ProposeFreePath =
-                [Destination] {
-                    return FreeNameBeside(Destination).value_or(std::filesystem::path()).native();
-                },
-            .Refusal = [](const std::string& Path) { return RenameRefusal(Path); }};
-}
 
 std::vector<std::string> FindingLines(const PreflightResult& Result) {
     std::vector<std::string> lines;

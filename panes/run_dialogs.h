@@ -54,9 +54,9 @@ private:
     void NoteRates();
     void FollowProgress(ProgressDialog& Shown, std::uint64_t Id);
     void FollowList(JobListDialog& Shown);
-    void ShowQuestion(ListedRun& Asking);
-    void AskAboutName(ListedRun& Asking);
-    void AskAboutFindings(ListedRun& Asking);
+    void ShowQuestion(ListedRun& Listed);
+    void AskAboutName(ListedRun& Listed);
+    void AskAboutFindings(ListedRun& Listed);
 
     RunList& Runs;
     DialogStack& Stack;

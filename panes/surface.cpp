@@ -105,14 +105,20 @@ void DrawFrame(Screen& On, const Area& Where, std::string_view CleanTitle, CellR
     }
     On.Put(Where.Column, lastRow, Across(made, made.BottomLeft, made.BottomRight, Where.Columns),
            FrameRole);
-    const int room = Where.Columns - 6;
-    if (CleanTitle.empty() || room < 1) {
+    DrawFrameText(On, Where, Where.Row, CleanTitle, TitleRole);
+}
+
+void DrawFrameText(Screen& On, const Area& Frame, int Row, std::string_view CleanText,
+                   CellRole Role) {
+    // A corner, a piece of the line and a blank on each side.
+    const int room = Frame.Columns - 6;
+    if (CleanText.empty() || room < 1) {
         return;
     }
-    std::string title(" ");
-    title += ElideMiddle(CleanTitle, room);
-    title += ' ';
-    On.Put(Where.Column + (Where.Columns - DisplayWidth(title)) / 2, Where.Row, title, TitleRole);
+    std::string text(" ");
+    text += ElideMiddle(CleanText, room);
+    text += ' ';
+    On.Put(Frame.Column + (Frame.Columns - DisplayWidth(text)) / 2, Row, text, Role);
 }
 
 void DrawDivider(Screen& On, const Area& Frame, int Row, CellRole Role) {

@@ -36,6 +36,10 @@ void Fill(Screen& On, const Area& Where, CellRole Role);
 // A frame with a title in the middle of its upper line, and nothing inside.
 void DrawFrame(Screen& On, const Area& Where, std::string_view CleanTitle, CellRole FrameRole,
                CellRole TitleRole);
+// Text in the middle of that row of the frame, as its title is. Row is the screen's. Where there is
+// no room for all of it, it loses its middle; empty text is nothing.
+void DrawFrameText(Screen& On, const Area& Frame, int Row, std::string_view CleanText,
+                   CellRole Role);
 // A line across a frame, joined to its sides. Row is the screen's.
 void DrawDivider(Screen& On, const Area& Frame, int Row, CellRole Role);
 

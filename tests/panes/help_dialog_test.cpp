@@ -2,14 +2,13 @@
 
 #include "help_dialog.h"
 
+#include <map>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
+#include "memory_screen.h"
 #include "pane_commands.h"
-#include "pane_keys.h"
-#include "quick_search.h"
-#include "sample_places.h"
 
 namespace {
 
@@ -28,6 +27,13 @@ protected:
     std::unique_ptr<MemoryScreen> Screen;
 };
 
+const std::map<KeyCode, std::string> kNames = {
+    {KeyCode::Up, "Up"},           {KeyCode::Down, "Down"},     {KeyCode::PageUp, "PgUp"},
+    {KeyCode::PageDown, "PgDn"},   {KeyCode::Home, "Home"},     {KeyCode::End, "End"},
+    {KeyCode::Insert, "Insert"},   {KeyCode::Delete, "Delete"}, {KeyCode::Tab, "Tab"},
+    {KeyCode::Enter, "Enter"},     {KeyCode::Escape, "Esc"},    {KeyCode::Backspace, "Backspace"},
+    {KeyCode::ClearLine, "Ctrl-U"}};
+
 std::vector<KeyPress> AllKeys() {
     std::vector<KeyPress> keys;
     for (char letter = ' '; letter <= '~'; ++letter) {
@@ -36,8 +42,7 @@ std::vector<KeyPress> AllKeys() {
     for (char letter = 'a'; letter <= 'z'; ++letter) {
         keys.push_back({.Code = KeyCode::Control, .Text = std::string(1, letter)});
     }
-    for (const KeyCode code : {KeyCode::Up, KeyCode::Down, KeyCode::PageUp, KeyCode::PageDown,
-                               KeyCode::Home, KeyCode::End, KeyCode::Insert, KeyCode::Delete}) {
+    for (const auto& [code, name] : kNames) {
         keys.push_back({.Code = code});
     }
     constexpr int kFunctionKeys = 12;
@@ -57,12 +62,7 @@ std::string NameOf(const KeyPress& Key) {
     if (Key.Code == KeyCode::Function) {
         return "F" + std::to_string(Key.Number);
     }
-    const std::map<KeyCode, std::string> names = {
-        {KeyCode::Up, "Up"},         {KeyCode::Down, "Down"},     {KeyCode::PageUp, "PgUp"},
-        {KeyCode::PageDown, "PgDn"}, {KeyCode::Home, "Home"},     {KeyCode::End, "End"},
-        {KeyCode::Insert, "Insert"}, {KeyCode::Delete, "Delete"},
-    };
-    return names.at(Key.Code);
+    return kNames.at(Key.Code);
 }
 
 // Those under Headings, word by word.
@@ -192,13 +192,13 @@ TEST_F(Help, ClosesWithTheKeysThatPeopleTry) {
 
 TEST_F(Help, KnowsEveryKeyOfThePanes) {
     const std::vector<std::string> known = KeysInHelp({"Panes", "Marks"});
+    FilePanes panes{PanesRequest()};
     for (const KeyPress& key : AllKeys()) {
-        constexpr int kVisibleRows = 10;
-        BrowseList list = Music();
-        QuickSearch search;
-        if (search.TakeKey(key, list) || HandlePaneKey(key, list, kVisibleRows)) {
+        if (panes.TakeKey(key, {})) {
             EXPECT_NE(std::ranges::find(known, NameOf(key)), known.end()) << NameOf(key);
         }
+        // Out of the search that a key has begun.
+        panes.TakeKey({.Code = KeyCode::Escape}, {});
     }
 }
 

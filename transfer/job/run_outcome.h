@@ -38,8 +38,8 @@ struct RunOutcome {
     std::string Text = {};
     // Nothing when there was no job.
     std::optional<TransferCounts> Counts = {};
-    // The signal that the run was ended by, SIGINT for Esc too; nothing when it came to its own
-    // end.
+    // The signal that the run was ended by, SIGINT also for Esc after the job. Nothing when it came
+    // to its own end, when Esc or SIGINT has canceled the job, or Esc the look before it.
     std::optional<int> EndSignal = {};
     // What has become of modes, times and owners; nothing when none were to be carried over.
     std::optional<FinishResult> Finishing = {};
@@ -49,3 +49,6 @@ struct RunOutcome {
     std::string FlushText = {};
     std::string FlushError = {};
 };
+
+// The program's exit status for an outcome; the numbers are the program's own.
+using ExitStatusFunction = int (*)(const RunOutcome& Outcome);
