@@ -90,17 +90,14 @@ void Browser::StopReading() {
     bReadAgain = false;
 }
 
-bool Browser::Attend() {
-    std::optional<Listing> read = Reader ? Reader->TakeResult() : std::nullopt;
-    const bool bNew = read.has_value();
-    if (bNew) {
+void Browser::Attend() {
+    if (std::optional<Listing> read = Reader ? Reader->TakeResult() : std::nullopt) {
         Reader.reset();
         Finish(std::move(*read));
     }
     if (!Reader && IsRestOver() && (Watch.TakeChange() || bReadAgain)) {
         BeginAgain();
     }
-    return bNew;
 }
 
 std::optional<std::filesystem::path> Browser::Reading() const {

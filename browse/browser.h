@@ -37,9 +37,8 @@ public:
 
     // Takes what has been read and begins to read again what has changed. It rests between two
     // readings, so that many changes in a short time are read together. Where the directory has
-    // gone, the nearest one above it that is there takes its place. Whether there is something new
-    // to draw.
-    bool Attend();
+    // gone, the nearest one above it that is there takes its place.
+    void Attend();
 
     // The place that is being read; nothing when none is.
     std::optional<std::filesystem::path> Reading() const;

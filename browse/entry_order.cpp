@@ -144,11 +144,6 @@ std::string WithoutCase(std::string_view Text) {
     return small;
 }
 
-int CompareAsPeopleDo(std::string_view First, std::string_view Second) {
-    const int byKey = NaturalKey(First).compare(NaturalKey(Second));
-    return byKey != 0 ? byKey : First.compare(Second);
-}
-
 void Sort(std::vector<ListedEntry>& Entries, EntryOrder Order) {
     std::vector<SortItem> items;
     items.reserve(Entries.size());

@@ -26,10 +26,9 @@ struct EntryOrder {
 // are no character of it stay as they are.
 std::string WithoutCase(std::string_view Text);
 
-// As people sort: digits by their value, upper and lower case alike; what is the same by that goes
-// by its bytes. Negative, zero or positive, as strcmp.
-int CompareAsPeopleDo(std::string_view First, std::string_view Second);
-
+// Names go as people sort: digits by their value, upper and lower case alike; what is the same by
+// that goes by its bytes.
+//
 // Directories come first in every order, and by name for Extension. What has no extension comes
 // first by Extension, the largest by Size, the latest by Date. What is the same by the key goes by
 // name, in reversed orders too. Tracks go by their numbers, whatever the key.

@@ -12,8 +12,9 @@
 
 struct DialogButton {
     std::string Label;
-    // A key that presses the button; empty for none. It stands out in the label, or stands in front
-    // of a label that it is no part of.
+    // A letter that presses the button, or the name of a key that the dialog takes itself, as
+    // "Esc"; empty for none. It stands out in the label, or stands in front of a label that it is
+    // no part of.
     std::string Hotkey = {};
 };
 

@@ -15,8 +15,8 @@ class DialogStack {
 public:
     using TimePoint = Dialog::TimePoint;
 
-    // Follow looks at what the dialog has come to, after each key and each round of the loop, until
-    // it is closed; it may open others.
+    // Follow looks at what the dialog has come to, after each key and each round of the loop, for
+    // the last time when it is closed; it may open others.
     template <typename Shown>
     Shown& Open(std::unique_ptr<Shown> NewDialog, std::function<void(Shown&)> Follow) {
         Shown& shown = *NewDialog;
@@ -29,9 +29,6 @@ public:
     }
 
     bool IsEmpty() const { return Layers.empty(); }
-    bool IsOnTop(const Dialog& Asked) const {
-        return !Layers.empty() && Layers.back().Shown.get() == &Asked;
-    }
 
     void TakeKey(const KeyPress& Key, TimePoint Now);
     // Follows all of them, and takes away those that are closed.

@@ -19,17 +19,15 @@ FilePanes::FilePanes(const PanesRequest& Request)
     : Sides{Side{.Way = Browser(AbsolutePlace(Request.Left))},
             Side{.Way = Browser(AbsolutePlace(Request.Right))}} {}
 
-bool FilePanes::Attend(TimePoint Now) {
-    bool bNew = false;
+void FilePanes::Attend(TimePoint Now) {
     for (Side& side : Sides) {
-        bNew = side.Way.Attend() || bNew;
+        side.Way.Attend();
         if (!side.Way.Reading()) {
             side.ReadingSince.reset();
         } else if (!side.ReadingSince) {
             side.ReadingSince = Now;
         }
     }
-    return bNew;
 }
 
 bool FilePanes::IsReading() const {

@@ -22,8 +22,8 @@ public:
     Browser& Active() { return Sides[ActiveSide].Way; }
     Browser& Other() { return Sides[1 - ActiveSide].Way; }
 
-    // Whether there is something new to draw.
-    bool Attend(TimePoint Now);
+    // Goes on with what is being read.
+    void Attend(TimePoint Now);
     // Whether something is being read, so that Attend is to be called soon.
     bool IsReading() const;
     // Both are read again, for what a transfer has done.

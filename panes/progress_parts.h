@@ -17,8 +17,8 @@ struct ProgressPart {
     std::function<void(Screen&, const Area&)> Draw;
 };
 
-// The scene without its end lines and its foot, laid out for a width. The pieces refer to the
-// scene.
+// The scene without its end lines and its foot, laid out for a width. The parts refer to the
+// scene's rates.
 std::vector<ProgressPart> PartsOf(const ProgressScene& Scene, int Columns, int GraphRows);
 
 // What is right above the buttons and never left out: that a question waits, or what it is to run

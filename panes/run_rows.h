@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-// "Copy: Music".
+// "Copy: /home/u/Music": with the directory that all sources come from.
 std::string TitleOf(const TransferRun& Run);
 
 // Rates is shown in it and may be null.

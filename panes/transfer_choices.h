@@ -31,6 +31,6 @@ private:
     const bool bOffersOwner;
     // Otherwise directories follow what is chosen for files.
     bool bDirectoriesChosen;
-    // Nobody has turned them on or off: one of the two may be on.
+    // Somebody has turned them on or off; until then one of the two alone may be on.
     bool bModesAndTimesTouched = false;
 };

@@ -7,7 +7,6 @@
 #include "fake_rest.h"
 #include "link_names.h"
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -48,18 +47,6 @@ TEST_F(BrowserTest, KnowsAPlaceWithoutTheSlashBehindIt) {
     browser.GoTo((Place / "sub").native() + "/");
     ASSERT_TRUE(HasRead(browser));
     EXPECT_EQ(browser.List().Place().native(), (Place / "sub").native());
-}
-
-TEST_F(BrowserTest, SaysWhenThereIsSomethingNew) {
-    EXPECT_FALSE(Shown->Attend());
-    Shown->ReadAgain();
-    int news = 0;
-    ASSERT_TRUE(BecomesTrue("it has been read", [&] {
-        news += Shown->Attend() ? 1 : 0;
-        return !Shown->Reading().has_value();
-    }));
-    EXPECT_EQ(news, 1);
-    EXPECT_FALSE(Shown->Attend());
 }
 
 TEST_F(BrowserTest, KeepsTheListUntilTheNewPlaceHasBeenRead) {

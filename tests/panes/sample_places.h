@@ -73,7 +73,7 @@ inline BrowseList Disc() {
     return list;
 }
 
-// Files "a000" to "a099" and on.
+// Files "a000000", "a000001" and so on.
 inline BrowseList ManyFiles(int Count) {
     Listing many{.Place = "/srv/many"};
     for (int i = 0; i < Count; ++i) {
