@@ -2,6 +2,7 @@
 // to be watched: the engine paces it.
 
 #include "mounts.h"
+#include "occurrences.h"
 #include "on_terminal.h"
 #include "without_time.h"
 
@@ -73,14 +74,6 @@ protected:
 
     RemovableDisk Disk{Root.Path(), "1\n"};
 };
-
-std::size_t Occurrences(const std::string& Text, const std::string& Part) {
-    std::size_t count = 0;
-    for (std::size_t at = Text.find(Part); at != std::string::npos; at = Text.find(Part, at + 1)) {
-        ++count;
-    }
-    return count;
-}
 
 std::string WithoutLineEnds(std::string Text) {
     std::erase(Text, '\n');

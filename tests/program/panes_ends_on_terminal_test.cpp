@@ -1,16 +1,12 @@
 // The panes of the real program and their terminal: its size, its mouse, job control and every end.
 
 #include "panes_on_terminal.h"
-#include "run_program.h"
 #include "sanitizer_options.h"
 
 #include <csignal>
-#include <filesystem>
 #include <regex>
 
 namespace {
-
-namespace fs = std::filesystem;
 
 class PanesAndTheirTerminal : public PanesOnTerminal {
 protected:
@@ -225,27 +221,6 @@ TEST_F(PanesAndTheirTerminal, HaveColorsUnlessNobodyWantsThem) {
     EXPECT_TRUE(HasColors());
     StartShown({{"NO_COLOR", "1"}});
     EXPECT_FALSE(HasColors());
-}
-
-TEST_F(PanesAndTheirTerminal, ATerminalThatCannotPlaceTextIsASentence) {
-    ProgramInTerminal::Setting setting = SettingOf({}, {{"TERM", "dumb"}});
-    setting.Columns = 120;
-    Start(setting);
-    EXPECT_TRUE(Program->ExitsWith(2));
-    EXPECT_EQ(Program->HistoryAndScreen(),
-              "tarvane: nothing can be drawn on a terminal of the kind 'dumb'; the commands are "
-              "copy, move, tracks and help\n"
-              "Try 'tarvane --help'.\n");
-    ExpectRestoredTerminal();
-}
-
-TEST_F(PanesAndTheirTerminal, APipeInsteadOfATerminalIsASentence) {
-    const ProgramResult result = RunProgram({TARVANE_PROGRAM, "left", "right"}, PathOf(""));
-    EXPECT_EQ(result.Status, 2);
-    EXPECT_EQ(result.Output, "");
-    EXPECT_EQ(result.Errors,
-              "tarvane: the panes need a terminal; the commands are copy, move, tracks and help\n"
-              "Try 'tarvane --help'.\n");
 }
 
 } // namespace

@@ -104,14 +104,4 @@ TEST_F(PreserveOptions, KeepsThemWithoutAPreflightToo) {
     ExpectKept();
 }
 
-TEST_F(PreserveOptions, RefusesToArchiveAndSaysWhatComesNearest) {
-    const ProgramResult result = Tarvane({"copy", "-a", "tree", "to"});
-    EXPECT_EQ(result.Status, 2);
-    EXPECT_EQ(result.Errors,
-              "tarvane: invalid option -- 'a'; links are followed and not copied, so there is no "
-              "archive mode; --preserve=all carries over modes, times and owners\n"
-              "Try 'tarvane --help'.\n");
-    EXPECT_FALSE(std::filesystem::exists(Root / "to/tree"));
-}
-
 } // namespace

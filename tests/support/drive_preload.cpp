@@ -1,6 +1,7 @@
 // A library to preload into a program: its calls of open, ioctl and close that concern chosen
 // device paths reach drives that a text file describes, and everything else the system. The program
-// runs unchanged. preloaded_drive.h has the test's side of it and explains the text.
+// runs unchanged. preloaded_drive.h has the test's side of it, and drive_description.h explains the
+// text.
 
 #include "drive_description.h"
 #include "fake_disc.h"

@@ -1,7 +1,7 @@
 // A steady clock that stands still until a test moves it.
 //
-// Requires: the executable wraps SteadyClockNow and links
-// fake_steady_clock.cpp. Without an object of this class the real clock answers.
+// Requires: the executable wraps SteadyClockNow and links fake_steady_clock.cpp. Without an object
+// of this class the real clock answers.
 
 #pragma once
 

@@ -16,12 +16,12 @@ public:
     FakeSyncfs(const FakeSyncfs&) = delete;
     FakeSyncfs& operator=(const FakeSyncfs&) = delete;
 
-    // These return what the calls return, with errno set.
+    // The first two return what the calls return, with errno set.
     std::function<int(int Descriptor)> Syncfs;
     std::function<int(int Descriptor)> Fsync;
     std::function<void()> Sync;
 
-    // Instructions for the two.
+    // Instructions for those two.
     static std::function<int(int)> FailWith(int Error);
     // Waits until the process is killed.
     static int NeverEnd(int Descriptor);

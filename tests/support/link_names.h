@@ -38,6 +38,7 @@
 #define LINK_NAME_FileSize "_ZNSt10filesystem9file_sizeERKNS_7__cxx114pathERSt10error_code"
 // std::filesystem::rename(const path&, const path&, std::error_code&)
 #define LINK_NAME_Rename "_ZNSt10filesystem6renameERKNS_7__cxx114pathES3_RSt10error_code"
+
 // The host and the engine.
 
 // TarvaneIsCddaPath(const std::string&)

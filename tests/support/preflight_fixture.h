@@ -28,8 +28,8 @@ protected:
         std::filesystem::create_directory(To);
     }
 
-    void PlanToCopy(const Items& Given) { Plan = PlanOf(false, Given); }
-    void PlanToMove(const Items& Given) { Plan = PlanOf(true, Given); }
+    void PlanToCopy(const Items& Given) { Plan = PlanOf(kCopy, Given); }
+    void PlanToMove(const Items& Given) { Plan = PlanOf(kMove, Given); }
 
     PreflightTask Task() const { return {Plan, Rules, Scope}; }
     PreflightResult Look() { return RunPreflight(Task(), Control); }

@@ -77,7 +77,8 @@ public:
         const int atOnce = 0;
         return poll(&ready, 1, atOnce) > 0;
     }
-    // What was asked of it, in words: "keys", "no keys", "stop 20", "closed".
+    // What was asked of it, in words: "keys", "no keys", "stop 20", "closed", "finished",
+    // "signal 15 after 2 s".
     const std::vector<std::string>& Calls() const { return Asked; }
 
     void SetSize(int Columns, int Rows) {
