@@ -5,7 +5,7 @@
 #include "screen.h"
 
 // The eight colors that every terminal with colors has, by their numbers; its own text and ground
-// are neither of them.
+// are none of them.
 enum class CellColor {
     Own = -1,
     Black,
@@ -26,7 +26,8 @@ struct CellLook {
     bool bUnderline = false;
 };
 
-// What lies over the panes has a ground of its own; in the panes are the colors that `ls` uses.
+// What lies over the panes has a ground of its own; in the panes, programs, links and special files
+// have the colors that `ls` uses.
 CellLook ColoredLook(CellRole Role);
 
 // Where there are no colors, or nobody wants any.

@@ -6,7 +6,6 @@
 
 #include <optional>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 // The arguments that run Command, the value of a variable like PAGER, which may hold options, with

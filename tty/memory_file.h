@@ -14,9 +14,13 @@
 class MemoryFile {
 public:
     // Errors: std::system_error.
-    MemoryFile() : File(fdopen(memfd_create("frame", MFD_CLOEXEC), "w+"), std::fclose) {
+    MemoryFile() {
+        const int descriptor = memfd_create("frame", MFD_CLOEXEC);
+        File.reset(descriptor < 0 ? nullptr : fdopen(descriptor, "w+"));
         if (!File) {
-            throw std::system_error(errno, std::generic_category(), "memfd_create");
+            const int error = errno;
+            close(descriptor);
+            throw std::system_error(error, std::generic_category(), "memfd_create");
         }
     }
 
@@ -36,5 +40,5 @@ public:
     }
 
 private:
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> File;
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> File{nullptr, std::fclose};
 };

@@ -4,5 +4,6 @@
 
 // From now on std::exit, std::terminate, a crash and every other signal that ends the program call
 // RestoreTerminalNow first. Signals that are ignored or have a handler at the first call are left
-// alone. Call it before the modes are changed; more calls do nothing.
+// alone, but the handler of a crash runs after it. Call it before the modes are changed; more calls
+// do nothing.
 void RestoreOnEveryEnd();

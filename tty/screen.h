@@ -6,7 +6,8 @@
 
 #include <string_view>
 
-// What a cell shows. Screens map it to colors or, without them, to bold and reverse.
+// What a cell shows. Screens map it to colors or, without them, to bold, reverse and
+// underline.
 enum class CellRole {
     // Of a pane.
     Plain,

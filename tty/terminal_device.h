@@ -78,8 +78,8 @@ public:
     int KeyFd() const;
 
     // Takes the next key that has come; nothing when there is none. Call it until then. Waits only
-    // after an Escape, 25 ms or the milliseconds that the environment's ESCDELAY says, for the rest
-    // of a longer sequence.
+    // after an Escape or a part of a character, 25 ms or the milliseconds that the environment's
+    // ESCDELAY says, for the rest.
     std::optional<KeyPress> TakeKey();
 
     // Whether the terminal that is shown on has been closed.

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kBySignal = 128;
 
-// The row that shows how marks and wide characters are put, and the others.
+// The row that shows how marks and wide characters are put.
 const std::string kNames = "日本語|e\u0301|x|\uFFFD|";
 
 std::string PictureOf(int Columns, int Rows, const std::string& Latest = {}) {
@@ -142,10 +142,13 @@ TEST_F(CursesScreenOnTerminal, SendsTheFrameWholeWhenItIsToldTo) {
     StartShown();
     const std::size_t before = Program->Output().size();
     Program->Type("\x0C");
-    while (Program->Output().find("window", before) == std::string::npos) {
-        ASSERT_TRUE(Program->ShowsScreen(PictureOf(80, 24)));
+    const auto isSent = [&] {
+        return Program->Output().find("window", before) != std::string::npos;
+    };
+    for (int polls = 0; polls < 1000 && !isSent(); ++polls) {
         Program->Watch(0.02);
     }
+    ASSERT_TRUE(isSent()) << "waited in vain until the frame is sent again";
     EXPECT_TRUE(Program->ShowsScreen(PictureOf(80, 24)));
 }
 

@@ -1,4 +1,4 @@
-// A queue on a real terminal, in a process of its own; on pipes and files see line_writer_test.cpp.
+// A queue on a real terminal, in a process of its own; on pipes and files see line_queue_test.cpp.
 
 #include "output_queue.h"
 
