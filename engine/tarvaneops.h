@@ -7,7 +7,8 @@
 #include <filesystem>
 
 // True when both paths name the same existing file (by device and inode, links followed), or when
-// their absolute, lexically normal texts are equal. A path that does not exist is no error.
+// their absolute, lexically normal texts are equal, slashes at the end aside. A path that does not
+// exist is no error.
 bool TarvanePathsEquivalentOrSame(const std::filesystem::path& First,
                                   const std::filesystem::path& Second) noexcept;
 

@@ -37,7 +37,6 @@
 #include <cstring>
 #include <ctime>
 #include <fstream>
-#include <iterator>
 #include <limits>
 #include <optional>
 #include <stack>
@@ -66,6 +65,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kTransferBufferBytes = 262144;
+// The limit for removable media.
 constexpr std::uint64_t kInteractiveCopyBytesPerSecond = 6291456;
 constexpr std::chrono::milliseconds kTransferSampleInterval{160};
 constexpr std::chrono::seconds kTransferSampleWindow{4};
@@ -801,7 +801,8 @@ std::vector<TarvaneTransferJobSnapshot> CollectActiveTarvaneTransferJobSnapshots
 // [prepare] Destination preparation and skip accounting
 //
 // Worker thread. What the copiers share: the folder of a destination, the removal of partial
-// results, and counting what is skipped so that progress still reaches its total.
+// results, and counting what is skipped so that progress still reaches its total, but for the bytes
+// behind links.
 // -------------------------------------------------------------------------------------------------
 
 namespace {
@@ -864,8 +865,8 @@ bool LeadsInto(const fs::path& Directory, const fs::path& Path) {
     return LeadsInto(Directory, Path, linksLeft);
 }
 
-// Counts: every entry below Path as an item, regular files with their bytes; links are not
-// followed. Errors: what was counted before a failure stays counted.
+// Counts: Path and every entry below it as an item each, regular files with their bytes; links are
+// not followed. Errors: what was counted before a failure stays counted.
 bool MarkSkippedPath(const fs::path& Path, TarvaneTransferJob& Job, std::string& ErrorMessage) {
     struct stat info {};
     if (::lstat(Path.c_str(), &info) != 0) {
@@ -917,7 +918,8 @@ fs::file_time_type FileTimeOf(std::int64_t Ticks) {
     return fs::file_time_type(std::chrono::nanoseconds(Ticks));
 }
 
-// The fraction of a second is cut off, so a file written in that second shows that second.
+// The fraction of a second is cut off, so a file written in that second shows that second; before
+// 1970 it shows the next one, as cutting off goes towards 0.
 std::string FormatConflictFileTime(fs::file_time_type Time) {
     const auto systemTime = std::chrono::file_clock::to_sys(Time);
     const std::time_t seconds =
@@ -1438,8 +1440,8 @@ std::optional<TransferCopyResult> CopyNewFile(const MetPath& Source, const fs::p
 }
 
 // Carries over the data only: the destination has the permissions, owner and times of a new file.
-// Counts: the file's bytes and one item, also when it is skipped. Errors: no destination is left
-// but where removing a move's source failed: then the complete copy stays.
+// Counts: the file's bytes and one item, also when it is skipped. Errors: a destination that was
+// opened is removed, but where removing a move's source failed the complete copy stays.
 [[gnu::noinline]] TransferCopyResult
 CopyFileWithProgress(const MetPath& Source, const MetPath& Destination, TarvaneTransferJob& Job,
                      TarvaneTransferConflictPolicy ConflictPolicy, bool bMove,
@@ -1732,7 +1734,7 @@ bool ExtractCddaTrackToWav(const std::string& Source, const fs::path& Destinatio
 // [special] Other entries than files and directories
 //
 // Worker thread. CopyCddaTrack extracts a track unless its name is taken and the answer is to skip
-// it; CopySpecialEntry copies one pipe, socket, device or link to such an entry, in the file
+// it; CopySpecialEntry takes one pipe, socket, device or link to such an entry, in the file
 // copier's order of steps.
 // -------------------------------------------------------------------------------------------------
 
@@ -2071,7 +2073,8 @@ TransferCopyResult CopyPathWithProgress(const fs::path& Source, const fs::path& 
 // [scan] Scan of the sources
 //
 // Worker thread. ScanTransferPath counts what an item holds before anything is copied, so that the
-// totals and percentages are right from the first byte on. Links are counted, not followed.
+// totals and percentages are right from the first byte on. A link is one item and is not entered;
+// one to a file, in a directory, has the bytes of the file.
 // -------------------------------------------------------------------------------------------------
 
 namespace {

@@ -5,11 +5,12 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <cstdio>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>

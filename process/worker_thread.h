@@ -8,8 +8,9 @@
 #include <functional>
 #include <thread>
 
-// Runs Work once on a thread of its own, in which all signals are blocked so that they keep going
-// to the thread that takes them. A stack that overflows there ends the program like any crash.
+// Runs Work once on a thread of its own, in which all signals but those of faults are blocked, so
+// that they keep going to the thread that takes them. A stack that overflows there ends the program
+// like any crash.
 //
 // Threads: one thread makes, uses and destroys it; Work is inside.
 class WorkerThread {

@@ -1,7 +1,6 @@
 #include "screen_text.h"
 
 #include <algorithm>
-
 #include <clocale>
 #include <cstring>
 #include <cwchar>

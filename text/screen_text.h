@@ -18,8 +18,8 @@ bool EnsureUtf8Locale();
 bool IsUserLocaleUtf8();
 
 // Replaces or drops whatever could drive, reorder or misalign a terminal: each invalid byte, each
-// direction control and whatever has no width becomes U+FFFD, each control character `?`; joiners,
-// selectors and other invisible characters vanish. The result is valid UTF-8 on one line.
+// direction control and whatever is not printable becomes U+FFFD, each control character `?`;
+// joiners, selectors and other invisible characters vanish. The result is valid UTF-8 on one line.
 std::string CleanForScreen(std::string_view Text);
 
 // The columns that clean text takes.

@@ -20,7 +20,7 @@ protected:
     IoPriority() { WriteFile(Source, "data"); }
 
     void Run(const fs::path& From) {
-        RunTarvaneTransferJob(SharedJob, PlanOf(false, {{From, Directory / "to"}}));
+        RunTarvaneTransferJob(SharedJob, PlanOf(kCopy, {{From, Directory / "to"}}));
     }
 
     const fs::path Source = Directory / "from";

@@ -24,7 +24,7 @@ protected:
         WriteFile(Directory / "source", bytes);
         const fs::path target = Disk.Path() / "target";
         EXPECT_EQ(
-            CopyFileWithProgress(Directory / "source", target, Job, Policy::Ask, false, Message),
+            CopyFileWithProgress(Directory / "source", target, Job, Policy::Ask, kCopy, Message),
             TransferCopyResult::Succeeded);
         EXPECT_EQ(ReadFile(target), bytes);
         EXPECT_EQ(DoneBy(Job), (Counted{1, Size}));
@@ -147,7 +147,7 @@ TEST_F(Pacing, StartsAnewWithEachFile) {
     clock.Advance(std::chrono::hours(1));
     WriteFile(Directory / "second", PatternBytes(kTransferBufferBytes));
     EXPECT_EQ(CopyFileWithProgress(Directory / "second", Disk.Path() / "target", Job, Policy::Ask,
-                                   false, Message),
+                                   kCopy, Message),
               TransferCopyResult::Succeeded);
     ASSERT_EQ(sleep.Waits().size(), 2U);
     EXPECT_EQ(sleep.Waits()[1], sleep.Waits()[0]);

@@ -179,9 +179,4 @@ TEST_F(JobRow, OfAFinishedJobCanStillBeMade) {
               "Waiting... | Rate -- | Spent 00:00 | Remaining 00:00 | Transfer failed.");
 }
 
-// The fraction of a job is always finite; if it were not, the row would say so.
-TEST_F(JobRow, ShowsDashesForAFractionThatIsNotFinite) {
-    EXPECT_EQ(FormatPercentString(std::numeric_limits<double>::quiet_NaN()), "--");
-}
-
 } // namespace

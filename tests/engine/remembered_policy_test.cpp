@@ -38,7 +38,7 @@ protected:
             prepared.push_back({answer, "", {}});
         }
         AnsweringInterface interface(Job, prepared);
-        RunTarvaneTransferJob(SharedJob, PlanOf(false, items, Policy::Ask));
+        RunTarvaneTransferJob(SharedJob, PlanOf(kCopy, items, Policy::Ask));
         std::vector<Kind> kinds;
         for (const TarvaneTransferConflict& question : interface.Stop()) {
             kinds.push_back(question.Kind);
@@ -119,7 +119,7 @@ TEST_F(RememberedAnswer, IsForgottenByTheNextJob) {
     const auto next = std::make_shared<TarvaneTransferJob>(false, 1, "");
     AnsweringInterface interface(*next, {{Act::Overwrite, "", {}}});
     RunTarvaneTransferJob(
-        next, PlanOf(false, {{Directory / "from/f2", Directory / "to/f2"}}, Policy::Ask));
+        next, PlanOf(kCopy, {{Directory / "from/f2", Directory / "to/f2"}}, Policy::Ask));
     EXPECT_EQ(interface.Stop().size(), 1U);
     EXPECT_EQ(At("f2"), "new");
 }

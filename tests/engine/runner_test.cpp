@@ -1,4 +1,4 @@
-// Whole jobs: order, totals, renames, final messages and the priority of the thread.
+// Whole jobs: order, totals, renames and final messages.
 
 #include "engine_source.h"
 

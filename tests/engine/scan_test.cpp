@@ -211,8 +211,8 @@ TEST_F(Scan, FailsWithoutATextWhenItCannotTellALink) {
     EXPECT_EQ(Message, "");
 }
 
-// The source goes away after it was seen to exist.
-TEST_F(Scan, FailsForASourceThatVanishesMeanwhileWithTheSystemTextAlone) {
+// It was seen to exist before.
+TEST_F(Scan, FailsForASourceThatCannotBeLookedAtAgainWithTheSystemTextAlone) {
     WriteFile(Directory / "file", "x");
     EngineHooks hooks;
     int looks = 0;

@@ -13,7 +13,8 @@ using Act = TarvaneTransferConflictAction;
 using Policy = TarvaneTransferConflictPolicy;
 using Stages = std::vector<std::string>;
 
-// Every hook of the engine lets an interface thread look, so no stage is missed.
+// Hooks of the engine let an interface thread look, so that no stage is missed. Where these are too
+// few, a test adds one.
 class SeenStages : public TransferTest {
 protected:
     SeenStages() {
