@@ -133,7 +133,8 @@ TEST(ManualPages, ReferToPagesAndSectionsThatAreThere) {
 TEST(ManualPages, TellOfEveryVariableThatTheProgramReads) {
     constexpr char kReads[] = R"-((?:getenv|Environment|Open)\("([A-Z_]+)")-";
     WordSet variables;
-    for (const char* const folder : {"browse", "engine", "host", "panes", "transfer", "tty"}) {
+    for (const char* const folder : {"ask", "browse", "engine", "host", "lines", "panes", "process",
+                                     "program", "text", "transfer", "tty"}) {
         for (const auto& entry : fs::recursive_directory_iterator(kSources / folder)) {
             if (entry.path().extension() == ".cpp") {
                 variables.merge(Matches(ReadFile(entry), kReads));

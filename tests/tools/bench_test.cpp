@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sys/stat.h>
 
 #include "becomes_true.h"
 #include "mounts.h"

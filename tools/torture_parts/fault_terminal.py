@@ -1,7 +1,6 @@
 """Runs a program on a terminal of its own, with somebody at its keys."""
 
 import contextlib
-import fcntl
 import os
 import pty
 import re
@@ -9,6 +8,8 @@ import select
 import subprocess
 import termios
 import time
+
+from torture_parts.program_runs import take_terminal
 
 SIZE = 40, 150
 # Keys are dead for 0.7 seconds after a question has appeared; a busy machine shows it late. Not at a
@@ -21,10 +22,6 @@ SEQUENCE = re.compile(rb"\x1b(?:\[[0-?]*[ -/]*[@-~]|[()][0-9A-Za-z]|[78=>])|[\x0
 PRIVATE_MODE = re.compile(rb"\x1b\[\?([0-9;]+)([hl])")
 # The wrapping of lines and the cursor.
 SET_AT_FIRST = b"7", b"25"
-
-
-def take_terminal():
-    fcntl.ioctl(0, termios.TIOCSCTTY, 0)
 
 
 def shows_keys(terminal):

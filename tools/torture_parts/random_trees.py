@@ -50,4 +50,5 @@ def tried_row(context, mode, cases):
 def note_of(mode, outputs):
     """With which command what failed is repeated."""
     repeats = re.findall(r"^(?:failed|a case does not end): (.*)$", "\n".join(outputs), re.MULTILINE)
-    return f"repeat with `tarvane_random_trees {mode} {repeats[0]}`" if repeats else ""
+    command = f"build/torture/torture/random/tarvane_random_trees {mode}"
+    return f"repeat with `{command} {repeats[0]}`" if repeats else ""

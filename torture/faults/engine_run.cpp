@@ -15,13 +15,13 @@
 #include <dlfcn.h>
 #include <exception>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 namespace {
 

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <variant>
 

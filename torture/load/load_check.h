@@ -29,19 +29,17 @@ inline TarvaneTransferPlan PlanFor(const std::filesystem::path& Source,
     return plan;
 }
 
-// Counts what was tried and what held; a run in which anything is wrong is told once.
+// Counts what was tried and what did not hold, and says of the latter what it was.
 //
 // Threads: any.
 class LoadTally {
 public:
     void Try() { ++Tried; }
-    // Returns bHolds.
-    bool Expect(bool bHolds, const std::string& What) {
+    void Expect(bool bHolds, const std::string& What) {
         if (!bHolds) {
             ++Wrong;
             std::fprintf(stderr, "Does not hold: %s.\n", What.c_str());
         }
-        return bHolds;
     }
 
     // "TRIED HELD", which tools/torture reads, and the exit status.

@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstring>
 #include <system_error>
 
 #include <dirent.h>

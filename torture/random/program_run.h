@@ -8,5 +8,5 @@
 #include <string>
 
 // Empty when all were kept. Throws Undetermined, before anything is run, for a case without sources
-// or one whose sources have no end.
+// or one about which the program promises nothing.
 std::string PromisesBrokenBy(const RandomCase& Case, const Sandbox& Place);

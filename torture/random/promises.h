@@ -8,7 +8,6 @@
 
 #include <map>
 #include <string>
-#include <vector>
 
 // The name of a tree fact and the path that it is about.
 std::string FactName(const std::string& Path);
@@ -23,7 +22,8 @@ struct ProgramEnd {
 
 class Promises {
 public:
-    // Files is the tree before the run. Throws Undetermined when the sources have no end.
+    // Files is the tree before the run. Throws Undetermined when nothing is promised: without a
+    // source or the destination, of sources without an end, of a link to what is moved away.
     Promises(const RandomCase& CaseToRun, ModelFiles& Files);
 
     // One line for each promise that was broken, at most a few; empty when none was.

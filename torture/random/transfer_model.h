@@ -22,7 +22,7 @@ private:
     using Kind = TarvaneTransferConflictKind;
     using Action = TarvaneTransferConflictAction;
     enum class Result { Succeeded, Skipped, Failed };
-    // What to do about one name. No answer: the run fails with Message.
+    // What to do about one name. Without bGoOn the run fails with Message.
     struct Decision {
         bool bGoOn = true;
         bool bSkip = false;
