@@ -5,7 +5,6 @@
 #include "conflict_desk.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>

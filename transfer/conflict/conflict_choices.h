@@ -8,7 +8,8 @@
 #include "taken_name.h"
 #include "tarvanetransfer.h"
 
-// What to do about a file whose name is taken. All answer posted conflicts from code.
+// What to do about a file whose name is taken. The desk goes by it; the engine's own policy is
+// always to ask.
 enum class FileConflictChoice {
     Ask,
     Overwrite,

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "finisher.h"
-#include "run_outcome.h"
 
 #include <cstdint>
 #include <string>

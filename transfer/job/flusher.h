@@ -26,7 +26,8 @@ enum class FlushReach {
 
 struct FlushProgress {
     bool bFinished = false;
-    // What went wrong, as a sentence like that of UsageError; empty when nothing did.
+    // What went wrong: a sentence without a capital, a period or a line end; empty when nothing
+    // did.
     std::string ErrorText;
     // Final at the end.
     FlushReach Reach = FlushReach::Device;

@@ -18,7 +18,7 @@ void FailUnlessFinished(TarvaneTransferJob& Job, const std::string& Reason) noex
             Job.FinishFailure(Reason);
         }
     } catch (const std::exception&) {
-        // The finisher has set its flags before anything in it can fail; only the text is missing.
+        // FinishFailure sets the flags before anything in it can fail; only the text is missing.
     }
 }
 

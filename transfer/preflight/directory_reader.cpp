@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <string_view>
+
 namespace {
 
 constexpr std::size_t kBufferBytes = 65536;

@@ -24,8 +24,9 @@ struct PreflightTask {
     std::optional<int> RecordDescriptor = {};
 };
 
-// A look for guards only goes only where names may be taken, or a move may remove through links;
-// its totals are those of what it came to. For a record it goes through all that is copied.
+// A look for guards goes only where names may be taken, a move may remove through links, or a
+// directory may not be readable, which for all but root may be anywhere; its totals are those of
+// what it came to. For a record it goes through all that is copied.
 //
 // Threads: any; Control may be read from others.
 // Errors: what cannot be looked at is a finding. std::system_error when the record cannot be

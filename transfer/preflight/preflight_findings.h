@@ -17,7 +17,7 @@ enum class PreflightScope {
     Everything,
     // All findings. Sizes are left out that only the totals would need.
     Findings,
-    // Only what keeps a run from removing or opening what nobody named.
+    // Guards only: what would be lost, or be missing in silence, if it was not found.
     GuardsOnly,
 };
 

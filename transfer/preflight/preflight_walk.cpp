@@ -57,14 +57,6 @@ void SourceWalk::CheckRemoval(const std::filesystem::path& Source) {
     }
 }
 
-// There is nothing to guard where all names are free, nothing is removed and all can be read.
-bool SourceWalk::IsWorthALook(const WalkListing& Directory) const {
-    return Scope != PreflightScope::GuardsOnly ||
-           (Directory.Fate == Treatment::Copied &&
-            (Record.IsKept() || bMove || Directory.Destination.bExists ||
-             !Rights.MayDoEverything()));
-}
-
 void SourceWalk::WalkSubdirectories(WalkListing& Directory) {
     while (!Directory.Subdirectories.IsEmpty()) {
         const Subdirectory subdirectory = Directory.Subdirectories.Pop();

@@ -1,4 +1,4 @@
-// One entry of a directory that is walked through, and what cannot be seen of it.
+// What a walk has to look at, entry by entry, and what it cannot see.
 
 #include "preflight_walk.h"
 
@@ -13,6 +13,14 @@ using Kind = PreflightFindingKind;
 bool SourceWalk::IsLinkIn(int Parent, const char* Name) {
     char target = 0;
     return ::readlinkat(Parent, Name, &target, sizeof(target)) >= 0;
+}
+
+// There is nothing to guard where all names are free, nothing is removed and all can be read.
+bool SourceWalk::IsWorthALook(const WalkListing& Directory) const {
+    return Scope != PreflightScope::GuardsOnly ||
+           (Directory.Fate == Treatment::Copied &&
+            (Record.IsKept() || bMove || Directory.Destination.bExists ||
+             !Rights.MayDoEverything()));
 }
 
 // Of a file that goes the way of its directory, or is skipped, nothing could be learned but the

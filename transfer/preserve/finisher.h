@@ -43,14 +43,15 @@ struct FinishTask {
 struct FinishResult {
     // Entries that have what was to be carried over, as far as the destination can hold it.
     std::uint64_t Finished = 0;
-    // Gone, or of another kind by then; a directory counts once for all that is in it.
+    // Gone by then, of another kind, or with a second name, which may be somebody else's. A
+    // directory counts once for all that is in it.
     std::uint64_t LeftAlone = 0;
     // Copies that are not as long as the record says. They are finished too.
     std::uint64_t ChangedLength = 0;
     // The first ten of them, by their full paths.
     std::vector<std::string> FirstChanged = {};
     bool bCanceled = false;
-    // Entries that a cancel has left private, or what is in Broken.
+    // Entries that it has not come to because of a cancel or of what is in Broken.
     std::uint64_t Unreached = 0;
     // What the destination cannot hold.
     bool bModesLost = false;

@@ -6,7 +6,6 @@
 #include "file_identity.h"
 #include "owned_descriptor.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 

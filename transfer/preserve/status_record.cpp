@@ -6,8 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <new>
-#include <string>
 #include <sys/mman.h>
 #include <system_error>
 #include <type_traits>

@@ -25,7 +25,7 @@ std::vector<std::filesystem::path> FreeTrackNames(const TarvaneTransferPlan& Pla
 timespec TimeNow();
 
 // After the job, when all that is in the record is finished. RecordedThere counts those that the
-// job has made, replaced or merged into; it is only looked for others where the job counts more.
+// job has made, replaced or merged into; others are looked for only where the job counts more.
 // Errors: std::system_error when the record cannot be read. What cannot be opened up stays private.
 void OpenUpUnrecorded(const FinishTask& Task, std::uint64_t RecordedThere,
                       const std::atomic<bool>& bCancel);

@@ -6,7 +6,7 @@
 
 namespace {
 
-// Nothing that is waited for here tells when it is over.
+// A run gives out no descriptor to wait on, so somebody has to come by.
 constexpr std::chrono::milliseconds kBetweenLooks{20};
 
 // Nobody writes them down.

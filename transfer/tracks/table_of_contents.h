@@ -31,8 +31,7 @@ void ReadTableOfContents(const char* Device, TableOfContents& Out);
 std::variant<TrackList, TrackListFailure> TracksOf(const TableOfContents& Table,
                                                    const std::string& Device);
 
-// Both at once, with the requests that a copy uses.
+// Both at once.
 //
-// Threads: any but an interface thread: a drive that gets ready may keep each request for 20 s, and
-// nothing interrupts it. TrackReader waits without being held.
+// Threads: any but an interface thread, as the drive may keep it. TrackReader is for those.
 std::variant<TrackList, TrackListFailure> ReadTrackList(const std::string& Device);

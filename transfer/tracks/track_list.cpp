@@ -5,7 +5,6 @@
 #include <fstream>
 #include <linux/cdrom.h>
 #include <sstream>
-#include <utility>
 
 namespace {
 

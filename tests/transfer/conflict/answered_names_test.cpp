@@ -49,7 +49,7 @@ TEST(AnsweredNames, TellsAllNewNames) {
 TEST(AnsweredNames, TellsTheNewNamesOfTracks) {
     AnsweredNames names;
     AnsweredConflict track = AnswerAbout("/to/01.wav", Action::Rename, "/to/01-2.wav");
-    track.Conflict.SourcePath = "cdda:///dev/sr0#1";
+    track.Conflict.SourcePath = "cdda:/dev/sr0/1";
     names.Add(track);
     names.Add(AnswerAbout("/to/b", Action::Rename, "/to/b-2"));
     EXPECT_EQ(names.NewTrackNames(), std::vector<std::string>{"/to/01-2.wav"});

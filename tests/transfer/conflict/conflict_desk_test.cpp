@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -248,7 +247,7 @@ TEST_F(ConflictDeskTest, LeavesTheDatesToTheEngineWhereItMay) {
     EXPECT_TRUE(bLeftReplacing);
 }
 
-TEST_F(ConflictDeskTest, LeavesNoComparingToTheEngine) {
+TEST_F(ConflictDeskTest, LeavesNoSizesToTheEngine) {
     EXPECT_EQ(HeardOf(FileConflictChoice::Larger, {ConflictAbout("a"), ConflictAbout("b")}),
               (std::vector<Told>{{true, Action::Skip, ""}, {true, Action::Skip, ""}}));
     EXPECT_FALSE(bLeftReplacing);

@@ -192,9 +192,9 @@ TEST_F(PrivateDesk, LeavesTheFileWhereTheSourceCannotBeLookedAt) {
 // A path like that of a track can be one of a file too.
 TEST_F(PrivateDesk, LeavesTheFileThatATrackReplaces) {
     std::filesystem::current_path(Directory.Path());
-    SourcePath = "cdda:///dev/sr0#1";
-    WriteFile(Directory / "cdda:/dev/sr0#1", "");
-    SetMode(Directory / "cdda:/dev/sr0#1", 0600);
+    SourcePath = "cdda:/dev/sr0/1";
+    WriteFile(Directory / "cdda:/dev/sr0/1", "");
+    SetMode(Directory / "cdda:/dev/sr0/1", 0600);
     EXPECT_EQ(ModeAfter(Choice::Overwrite), 0644U);
     EXPECT_TRUE(Notes.Privates.empty());
     std::filesystem::current_path("/");

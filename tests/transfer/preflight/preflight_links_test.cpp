@@ -64,7 +64,7 @@ TEST_F(PreflightLinks, ToOneDirectoryCountTwiceAndAreWalkedOnce) {
     EXPECT_EQ(Control.EntriesSeen, 6U);
 }
 
-// Thirty directories with two links to the next one would be copied 2^30 times.
+// Eighteen directories with two links each to the next one: a copy makes the last 2^18 times.
 TEST_F(PreflightLinks, ThatBranchAtEveryLevelAreLookedThroughInNoTime) {
     // Twice as many would be too many where the system begins a lookup again and counts on.
     for (int level = 0; level < 18; ++level) {

@@ -4,8 +4,6 @@
 #include "own_mount_namespace.h"
 #include "preflight_fixture.h"
 
-#include <cerrno>
-
 namespace {
 
 const Strings kNothing;

@@ -2,8 +2,6 @@
 
 #include "finisher_fixture.h"
 
-#include <cstddef>
-
 namespace fs = std::filesystem;
 
 namespace {

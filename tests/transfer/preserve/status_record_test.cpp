@@ -9,7 +9,6 @@
 
 #include <cstdlib>
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -52,7 +52,7 @@ protected:
         return plan;
     }
 
-    static constexpr const char* kTrack = "cdda:///dev/sr0#1";
+    static constexpr const char* kTrack = "cdda:/dev/sr0/1";
 };
 
 class MadeParents : public Unrecorded {};

@@ -7,7 +7,6 @@
 #include "no_processes_left.h"
 #include "open_descriptors.h"
 
-#include <cerrno>
 #include <csignal>
 #include <poll.h>
 #include <unistd.h>
