@@ -51,10 +51,10 @@ TEST_F(ThroughPipes, CopiesARealTreeByteForByteAndPrintsOneLine) {
 TEST_F(ThroughPipes, EndsTheExampleOfTheReadmeAsTheReadmeSays) {
     const std::string source = TARVANE_SOURCE_DIRECTORY;
     const std::string readme = ReadFile(source + "/README.md");
-    EXPECT_NE(readme.find("\n    tools/run copy -n completions /tmp/completions\n"),
+    EXPECT_NE(readme.find("\n    tools/run copy -nT completions /tmp/completions\n"),
               std::string::npos);
     const ProgramResult copied =
-        RunProgram({TARVANE_PROGRAM, "copy", "-n", "completions", Root / "new"}, source);
+        RunProgram({TARVANE_PROGRAM, "copy", "-nT", "completions", Root / "new"}, source);
     EXPECT_EQ(copied.Status, 0);
     EXPECT_NE(readme.find("\n    " + WithoutTime(copied.Errors)), std::string::npos)
         << copied.Errors;
