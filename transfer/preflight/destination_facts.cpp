@@ -70,7 +70,9 @@ void AddFileSystemFacts(DestinationFacts& OutFacts) {
     // File systems without a size of their own say 0.
     if (fileSystem.f_blocks > 0 && fileSystem.f_frsize > 0) {
         OutFacts.BlockBytes = static_cast<std::uint64_t>(fileSystem.f_frsize);
-        OutFacts.FreeBytes = fileSystem.f_bavail * OutFacts.BlockBytes;
+        // Root may use what is reserved.
+        const auto blocks = ::geteuid() == 0 ? fileSystem.f_bfree : fileSystem.f_bavail;
+        OutFacts.FreeBytes = blocks * OutFacts.BlockBytes;
     }
     if (fileSystem.f_type == MSDOS_SUPER_MAGIC) {
         OutFacts.MaxFileBytes = kMaxFatFileBytes;

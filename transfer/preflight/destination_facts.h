@@ -24,7 +24,7 @@ struct DestinationFacts {
     // False where renaming a directory may fail although source and destination share a mount.
     bool bRenamesDirectories = true;
     std::uint64_t BlockBytes = 1;
-    // For users without privileges; none when the file system does not tell.
+    // For this user; none when the file system does not tell.
     std::optional<std::uint64_t> FreeBytes;
     std::uint64_t MaxFileBytes = std::numeric_limits<std::uint64_t>::max();
     std::uint64_t MaxNameBytes = std::numeric_limits<std::uint64_t>::max();

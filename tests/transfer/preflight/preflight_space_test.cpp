@@ -70,6 +70,19 @@ TEST_F(PreflightSpace, MayBeTakenToTheLastByte) {
     EXPECT_EQ(TransferMessage(), "Copied 1 item(s).");
 }
 
+TEST_F(PreflightSpace, OfRootContainsWhatIsReserved) {
+    const ScopedMount disk = MountLoopDisk(Room / "disk", 8, "-m 50");
+    WriteFile(From / "file", std::string(4 * kMegabyte, 'x'));
+    PlanToCopy({{From / "file", disk.Path() / "file"}});
+    fs::permissions(disk.Path(), fs::perms::all);
+    {
+        const ActingAsNobody nobody;
+        EXPECT_EQ(Found(), Strings{"too-little-space disk, stops"});
+    }
+    EXPECT_EQ(Found(), kNothing);
+    EXPECT_EQ(TransferMessage(), "Copied 1 item(s).");
+}
+
 // Together they take more than a number holds.
 TEST_F(PreflightSpace, IsTooLittleForTheLargestFiles) {
     const ScopedMount sources = MountTmpfs(Room / "sources", "size=1m");
