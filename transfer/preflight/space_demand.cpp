@@ -54,10 +54,11 @@ void SpaceDemand::Check(PreflightFindings& OutFindings) const {
         const std::optional<std::uint64_t> freeBytes = demand.Destination->FreeBytes;
         if (freeBytes && demand.Need.MostBytes > Limited(*freeBytes)) {
             const bool bCertain = demand.Need.LeastBytes > Limited(*freeBytes);
+            const std::int64_t needed = bCertain ? demand.Need.LeastBytes : demand.Need.MostBytes;
             OutFindings.Add({.Kind = PreflightFindingKind::TooLittleSpace,
                              .Path = demand.Destination->Directory,
                              .bStopsJob = bCertain,
-                             .NeededBytes = static_cast<std::uint64_t>(demand.Need.MostBytes),
+                             .NeededBytes = static_cast<std::uint64_t>(needed),
                              .AvailableBytes = *freeBytes});
         }
     }

@@ -153,6 +153,17 @@ TEST_F(PreflightSpace, IsTakenByTheGrowthOfWhatIsReplaced) {
     EXPECT_FALSE(Transfer().bSucceeded);
 }
 
+// What is surely needed: the replaced file makes room before or after the new one needs it.
+TEST_F(PreflightSpace, IsSaidToBeTheLeastThatIsNeededWhereThatIsTooMuch) {
+    WriteFile(From / "tree/new", std::string(2 * kMegabyte, 'x'));
+    WriteFile(From / "tree/old", "");
+    WriteFile(Small.Path() / "tree/old", std::string(kMegabyte / 2, 'y'));
+    PlanToCopy({{From / "tree", Small.Path() / "tree"}});
+    const PreflightResult result = Look();
+    ASSERT_EQ(InWords(result), Strings{"too-little-space small, stops"});
+    EXPECT_EQ(result.Findings.Kept().front().NeededBytes, kMegabyte * 3 / 2);
+}
+
 TEST_F(PreflightSpace, IsNotFreedByAFileThatHasOtherNames) {
     WriteFile(From / "tree/file", std::string(kMegabyte * 3 / 4, 'x'));
     WriteFile(Small.Path() / "tree/file", std::string(kMegabyte / 2, 'y'));
