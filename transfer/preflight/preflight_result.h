@@ -17,6 +17,8 @@ struct TakenNameCounts {
     std::uint64_t Replaced = 0;
     // Directories that stay, and get what is in their namesakes.
     std::uint64_t Merged = 0;
+    // Those of them that a link leads to, which are in no total.
+    std::uint64_t MergedBehindLinks = 0;
     std::uint64_t Skipped = 0;
     std::uint64_t Renamed = 0;
     // Replaced or skipped, as the contents are.

@@ -35,13 +35,15 @@ bool WouldFail(const PreflightFindings& Findings) {
 
 RunOutcome DryRunOutcome(const TransferRequest& Request, const PreflightResult& Result,
                          bool bRefused) {
-    // Directories that are there already are not copied. Those behind links are in no total.
-    const auto withoutMerged = [&Result](std::uint64_t Entries) {
-        return Entries - std::min(Entries, Result.Taken.Merged);
+    // Directories that are there already are not copied.
+    const auto without = [](std::uint64_t Merged, std::uint64_t Entries) {
+        return Entries - std::min(Entries, Merged);
     };
-    const std::uint64_t entries = withoutMerged(Result.Entries - Result.SkippedEntries);
+    const TakenNameCounts& taken = Result.Taken;
+    const std::uint64_t entries =
+        without(taken.Merged - taken.MergedBehindLinks, Result.Entries - Result.SkippedEntries);
     const std::uint64_t bytes = Result.Bytes - Result.SkippedBytes;
-    const std::uint64_t copied = withoutMerged(Result.CopiedEntries);
+    const std::uint64_t copied = without(taken.Merged, Result.CopiedEntries);
     std::string text = std::string("Would ") + (Request.bMove ? "move " : "copy ") +
                        CountText(entries, bytes) + TakenText(Result.Taken) + ".";
     if (copied != entries || Result.CopiedBytes != bytes) {

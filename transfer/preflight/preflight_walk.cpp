@@ -127,6 +127,9 @@ WalkListing SourceWalk::Enter(WalkListing& Directory, const Subdirectory& Entere
     }
     const SourceSide source{.Path = target.Path, .bDirectory = true};
     const NameFate fate = Names.Decide(source, target.Destination.Path, There);
+    if (fate == NameFate::Merged && !Directory.bSelected) {
+        ++Result.Taken.MergedBehindLinks;
+    }
     if (fate == NameFate::Skipped || fate == NameFate::Refused) {
         target.Fate = Treatment::Skipped;
     } else if (fate == NameFate::Free) {

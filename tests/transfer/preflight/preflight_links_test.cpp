@@ -40,6 +40,17 @@ TEST_F(PreflightLinks, AreFollowedByTheCopyAndNotByTheCount) {
     EXPECT_EQ(result.CopiedBytes, done.DoneBytes);
 }
 
+// Of the directories that are there already, sub alone is in no total: a link leads to it.
+TEST_F(PreflightLinks, HaveBehindThemDirectoriesThatAreMergedIntoAndNotCounted) {
+    fs::create_symlink(Outside, Tree / "link");
+    PlanToCopy({{Tree, To / "tree"}});
+    ASSERT_TRUE(Transfer().bSucceeded);
+    const PreflightResult result = Look();
+    EXPECT_EQ(result.Entries, 2U);
+    EXPECT_EQ(result.Taken.Merged, 3U);
+    EXPECT_EQ(result.Taken.MergedBehindLinks, 1U);
+}
+
 TEST_F(PreflightLinks, AreFollowedWhenTheyAreItems) {
     fs::create_symlink(Outside, From / "link");
     PlanToCopy({{From / "link", To / "link"}});

@@ -139,6 +139,15 @@ TEST(PreflightVerdict, SaysWhatIsReallyCopiedWhereThatDiffers) {
                                   "entry, 20 B (20 bytes).");
 }
 
+TEST(PreflightVerdict, LeavesDirectoriesThatAreThereOutOfWhatCountsThem) {
+    PreflightResult result = Counted(28, 10);
+    result.CopiedEntries = 38;
+    result.CopiedBytes = 10;
+    result.Taken.Merged = 12;
+    result.Taken.MergedBehindLinks = 10;
+    EXPECT_EQ(DryRunText(result), "Would copy 26 entries, 10 B (10 bytes).");
+}
+
 TEST(PreflightVerdict, LeavesWhatIsSkippedOutOfTheTotals) {
     PreflightResult result = Counted(5, 50);
     result.SkippedEntries = 3;
