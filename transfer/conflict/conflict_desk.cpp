@@ -179,8 +179,8 @@ void ConflictDesk::MakePrivate(const TarvaneTransferConflict& Conflict) const {
     }
     const mode_t mode = there.st_mode & ~static_cast<mode_t>(S_IFMT);
     if (mode != (mode & S_IRWXU) && ::chmod(path, mode & S_IRWXU) == 0) {
-        Notes->Privates.push_back(
-            {Conflict.DestinationPath, mode, there.st_mtim, there.st_dev, there.st_ino});
+        Notes->Privates.push_back({Conflict.DestinationPath, mode, there.st_mtim, there.st_dev,
+                                   there.st_ino, source.st_mode});
     }
 }
 

@@ -15,4 +15,6 @@ struct MadePrivate {
     // Which file it was: the path may have led through a link.
     dev_t Device = 0;
     ino_t Inode = 0;
+    // Of what was to be written to it.
+    mode_t SourceMode = 0;
 };

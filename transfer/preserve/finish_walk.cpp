@@ -1,5 +1,6 @@
 #include "finish_walk.h"
 
+#include "private_mode.h"
 #include "quoted.h"
 
 #include <cerrno>
@@ -60,6 +61,17 @@ void FinishWalk::Run(const std::atomic<bool>& bCancel) {
         Result.bModesLost = Changes.AreModesLost();
         Result.bTimesLost = Changes.AreTimesLost();
         Result.bOwnersLost = Changes.AreOwnersLost();
+    }
+    if (!Result.bCanceled) {
+        GiveBackModesLeft();
+    }
+}
+
+// Of the rest nothing is recorded: their sources came late.
+void FinishWalk::GiveBackModesLeft() {
+    for (const auto& [path, old] : Privates) {
+        const EntryPlace place{.Folder = AT_FDCWD, .Name = old->Path.c_str()};
+        NoteGivenBack(*old, GiveBackModeBehind(Task, *old, place, Changes));
     }
 }
 
@@ -147,13 +159,12 @@ void FinishWalk::FinishRenamed(const std::string& NewName, const RecordedEntry& 
 void FinishWalk::FinishAt(const EntryPlace& Place, const std::string& Named,
                           const RecordedEntry& Entry) {
     struct stat status {};
-    const auto wasPrivate = Privates.find(Named);
+    const auto wasPrivate = Privates.extract(Named);
+    const MadePrivate* const old = wasPrivate ? wasPrivate.mapped() : nullptr;
     if (::fstatat(Place.Folder, Place.Name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
         NoteUnreachable(Named);
-    } else if (S_ISLNK(status.st_mode) && wasPrivate != Privates.end()) {
-        GiveBackModeBehindLink(Place, *wasPrivate->second, Entry);
-    } else if (const MadePrivate* const old = PrivateAt(Named, status)) {
-        GiveBackMode(Place, *old, Entry, status);
+    } else if (old != nullptr && KeepsItsMode(Task, *old, status)) {
+        NoteGivenBack(*old, GiveBackMode(Task, *old, Place, status, Changes));
     } else if (IsOurs(Named, Entry, status)) {
         if ((status.st_mode & S_IFMT) != (Entry.Source.Mode & S_IFMT) || status.st_nlink > 1) {
             ++Result.LeftAlone;
@@ -163,50 +174,6 @@ void FinishWalk::FinishAt(const EntryPlace& Place, const std::string& Named,
         Copies += Task.Names.WasCompared(Named) ? 0U : 1U;
         NoteLength(Named, Entry.Source.SizeBytes, status);
         NoteEnd(Named, Changes.Carry(Place, status, Entry.Source));
-    }
-}
-
-// Null when the job has replaced it, or found it equal. A job that has succeeded has done one of
-// these, even where times are too coarse to show it.
-const MadePrivate* FinishWalk::PrivateAt(const std::string& Named,
-                                         const struct stat& Status) const {
-    if (Task.bWhole || Privates.empty() || Task.Names.WasCompared(Named)) {
-        return nullptr;
-    }
-    const auto found = Privates.find(Named);
-    return found != Privates.end() && AreSameTimes(found->second->Modified, Status.st_mtim)
-               ? found->second
-               : nullptr;
-}
-
-// To the very file only that had it. One that came late was not looked at before.
-void FinishWalk::GiveBackMode(const EntryPlace& Place, const MadePrivate& Old,
-                              const RecordedEntry& Entry, const struct stat& Status) {
-    const bool bSame = Entry.There ? IdentityOf(Status) == Entry.There->Identity
-                                   : S_ISREG(Status.st_mode) && Status.st_nlink == 1;
-    if (!bSame) {
-        return;
-    }
-    if (const auto failure = Changes.SetMode(Place, Old.Mode)) {
-        NoteFailure(Old.Path, *failure);
-    }
-}
-
-// The job has written through the link, or was to. The file keeps its mode, but for what its new
-// contents must not be open to.
-void FinishWalk::GiveBackModeBehindLink(const EntryPlace& Link, const MadePrivate& Old,
-                                        const RecordedEntry& Entry) {
-    const OwnedDescriptor file(
-        ::openat(Link.Folder, Link.Name, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    struct stat status {};
-    if (file.Get() < 0 || ::fstat(file.Get(), &status) != 0 || status.st_dev != Old.Device ||
-        status.st_ino != Old.Inode) {
-        return;
-    }
-    const bool bWritten = Task.bWhole || !AreSameTimes(status.st_mtim, Old.Modified);
-    const mode_t mode = bWritten ? Old.Mode & (Entry.Source.Mode | S_IRWXU) : Old.Mode;
-    if (const auto failure = Changes.SetMode({.Folder = file.Get()}, mode)) {
-        NoteFailure(Old.Path, *failure);
     }
 }
 
@@ -258,6 +225,14 @@ void FinishWalk::NoteEnd(const std::string& Named, const std::optional<ChangeFai
         NoteFailure(Named, *Failure);
     } else {
         ++Result.Finished;
+    }
+}
+
+// In no number but that of the failures: nothing was copied there, or is known of it.
+void FinishWalk::NoteGivenBack(const MadePrivate& Old,
+                               const std::optional<ChangeFailure>& Failure) {
+    if (Failure) {
+        NoteFailure(Old.Path, *Failure);
     }
 }
 

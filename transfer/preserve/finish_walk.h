@@ -42,6 +42,8 @@ private:
         bool bPassedOver;
     };
 
+    void GiveBackModesLeft();
+
     void EnterDirectory(const RecordedEntry& Entry);
     bool OpenDirectory(const RecordedEntry& Entry);
     void LeaveDirectory();
@@ -50,11 +52,6 @@ private:
     void FinishRenamed(const std::string& NewName, const RecordedEntry& Entry);
     // Named is the full path of the entry at Place.
     void FinishAt(const EntryPlace& Place, const std::string& Named, const RecordedEntry& Entry);
-    const MadePrivate* PrivateAt(const std::string& Named, const struct stat& Status) const;
-    void GiveBackModeBehindLink(const EntryPlace& Link, const MadePrivate& Old,
-                                const RecordedEntry& Entry);
-    void GiveBackMode(const EntryPlace& Place, const MadePrivate& Old, const RecordedEntry& Entry,
-                      const struct stat& Status);
     bool IsOurs(const std::string& Named, const RecordedEntry& Entry,
                 const struct stat& Status) const;
 
@@ -63,11 +60,13 @@ private:
     void NoteUnreachable(const std::string& Named);
     void NoteLength(const std::string& Named, std::uint64_t Expected, const struct stat& Status);
     void NoteEnd(const std::string& Named, const std::optional<ChangeFailure>& Failure);
+    void NoteGivenBack(const MadePrivate& Old, const std::optional<ChangeFailure>& Failure);
     void NoteFailure(const std::string& Named, const ChangeFailure& Failure);
 
     const FinishTask& Task;
     FinishResult& Result;
     std::atomic<std::uint64_t>& Done;
+    // By their paths; those that the walk has not come to.
     std::unordered_map<std::string_view, const MadePrivate*> Privates;
     EntryChanges Changes;
     FolderStack Folders;

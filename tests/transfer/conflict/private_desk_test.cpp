@@ -95,6 +95,7 @@ TEST_F(PrivateDesk, MakesAFilePrivateBeforeItIsReplaced) {
     EXPECT_EQ(Notes.Privates[0].Mode, 04755U);
     EXPECT_EQ(Notes.Privates[0].Modified.tv_sec, -5);
     EXPECT_EQ(Notes.Privates[0].Modified.tv_nsec, 7);
+    EXPECT_EQ(Notes.Privates[0].SourceMode & 07777U, 0600U);
 }
 
 TEST_F(PrivateDesk, MakesAFilePrivateBeforeItIsCompared) {

@@ -26,6 +26,13 @@ protected:
         return path;
     }
 
+    // As a desk notes it that has taken away what others may.
+    static MadePrivate NoteOf(const fs::path& Path) {
+        struct stat status {};
+        EXPECT_EQ(::lstat(Path.c_str(), &status), 0) << Path;
+        return {Path.string(), 0664, status.st_mtim, status.st_dev, status.st_ino, S_IFREG | 0640};
+    }
+
     static std::string WithFolder(const fs::path& Path) {
         return StatusText(Path.parent_path()) + ", " + StatusText(Path);
     }
@@ -302,9 +309,7 @@ TEST_F(FinisherEntries, GivesBackTheModeOfWhatWasNotReplaced) {
         return Task();
     }();
     for (const fs::path& old : ListingOf(To / "tree")) {
-        struct stat status {};
-        ASSERT_EQ(::lstat(old.c_str(), &status), 0);
-        task.Privates.push_back({old.string(), 0664, status.st_mtim});
+        task.Privates.push_back(NoteOf(old));
     }
     WriteFile(To / "tree/replaced", "contents");
     WriteFile(To / "tree/equal", "contents");
@@ -339,9 +344,33 @@ TEST_F(FinisherEntries, GivesNoModeBackToWhatASuccessfulJobHasReplaced) {
     const fs::path file = MakeOld("file", 0600);
     Record("file");
     FinishTask task = Task();
-    task.Privates = {{file.string(), 0664, {1100000002, 987654321}}};
+    task.Privates = {NoteOf(file)};
     Finish(task);
     EXPECT_EQ(ModeOf(file), 0600U);
+}
+
+TEST_F(FinisherEntries, GivesBackTheModeOfWhatHasNoRecord) {
+    fs::create_directory(From / "tree");
+    Record("tree");
+    FinishTask task = Task();
+    for (const char* name : {"replaced", "kept", "put-there"}) {
+        task.Privates.push_back(NoteOf(MakeOld(std::string("tree/") + name, 0600)));
+    }
+    WriteFile(To / "tree/replaced", "contents");
+    fs::rename(MakeOutside("file"), To / "tree/put-there");
+    task.bWhole = false;
+    ExpectAllFinished(Finish(task));
+    EXPECT_EQ(ModeOf(To / "tree/replaced"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/kept"), 0664U);
+    EXPECT_EQ(ModeOf(To / "tree/put-there"), 0600U);
+}
+
+TEST_F(FinisherEntries, TakesWhatHasNoRecordForReplacedByASuccessfulJob) {
+    const fs::path file = MakeOld("file", 0600);
+    FinishTask task = Task();
+    task.Privates = {NoteOf(file)};
+    ExpectAllFinished(Finish(task));
+    EXPECT_EQ(ModeOf(file), 0640U);
 }
 
 TEST_F(FinisherEntries, LeavesDirectoriesOpenToASecondRun) {
