@@ -16,16 +16,24 @@ void AnsweredNames::Add(const AnsweredConflict& Answered) {
         break;
     case TarvaneTransferConflictAction::Skip:
     case TarvaneTransferConflictAction::SkipAll:
-        Skipped.insert(HashOf(path));
+    case TarvaneTransferConflictAction::Cancel:
+        LeaveAlone(path);
         break;
     case TarvaneTransferConflictAction::Overwrite:
     case TarvaneTransferConflictAction::OverwriteAll:
     case TarvaneTransferConflictAction::OverwriteAllOlder:
     case TarvaneTransferConflictAction::Merge:
     case TarvaneTransferConflictAction::MergeAll:
-    case TarvaneTransferConflictAction::Cancel:
         break;
     }
+}
+
+void AnsweredNames::LeaveAlone(const std::string& Path) {
+    if (const auto renamed = NewNames.find(Path); renamed != NewNames.end()) {
+        std::erase(TrackNames, renamed->second);
+        NewNames.erase(renamed);
+    }
+    Skipped.insert(HashOf(Path));
 }
 
 const std::string* AnsweredNames::NewNameOf(std::string_view Path) const {

@@ -17,6 +17,8 @@
 class AnsweredNames {
 public:
     void Add(const AnsweredConflict& Answered);
+    // The job has ended before it took the name, or the new one that it was to take instead.
+    void LeaveAlone(const std::string& Path);
 
     // The full path of the name that the source got instead; null when it got none.
     const std::string* NewNameOf(std::string_view Path) const;
@@ -26,7 +28,7 @@ public:
     const std::vector<std::string>& NewTrackNames() const { return TrackNames; }
     // The contents were compared: they are equal now.
     bool WasCompared(std::string_view Path) const { return Holds(Compared, Path); }
-    // It was left alone, with all that is in it.
+    // It was left alone, with all that is in it; nor does the source have another name.
     bool WasSkipped(std::string_view Path) const { return Holds(Skipped, Path); }
 
 private:

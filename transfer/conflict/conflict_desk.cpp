@@ -68,6 +68,25 @@ const AnsweredConflict* ConflictDesk::Attend() {
     return nullptr;
 }
 
+void ConflictDesk::Cancel() {
+    TarvaneTransferConflict conflict;
+    if (Notes != nullptr && Job.GetPendingConflict(conflict)) {
+        Notes->Names.LeaveAlone(conflict.DestinationPath);
+    }
+    Job.RequestCancel();
+}
+
+// The engine looks once more at a new name, and ends the job where it is taken.
+void ConflictDesk::NoteEnd() {
+    if (Notes == nullptr || LatestAnswers.empty()) {
+        return;
+    }
+    const AnsweredConflict& last = LatestAnswers.back();
+    if (Job.MakeUiSnapshot().MessageText == "Rename target already exists: " + last.RenamePath) {
+        Notes->Names.LeaveAlone(last.Conflict.DestinationPath);
+    }
+}
+
 std::chrono::microseconds ConflictDesk::Pause() const {
     // The time, in us, after which a pause is as long as what went by.
     constexpr double kMeeting = 64;

@@ -99,6 +99,12 @@ public:
     // not what the question has shown: another question about it is open then.
     const AnsweredConflict* Answer(std::uint64_t QuestionId, const ConflictAnswer& Given);
 
+    // Cancels the job; the name that it waits with is left alone by the notes, too.
+    void Cancel();
+
+    // When the job is over: the notes leave alone a new name that it could not take.
+    void NoteEnd();
+
     // The latest kKeptAnswers of what was asked and answered, the oldest first, and the number of
     // all.
     const std::deque<AnsweredConflict>& Answered() const { return LatestAnswers; }

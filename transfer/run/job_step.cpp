@@ -80,6 +80,7 @@ std::string JobStep::PartingSentence() {
 }
 
 RunOutcome JobStep::Finish() {
+    Desk.NoteEnd();
     LastSnapshot = Session.Job().MakeUiSnapshot();
     Say(Tally.Finish(CountersOf(Session.Job())));
     EndedJob ended{.Job = Session.Job(),

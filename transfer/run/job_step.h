@@ -44,7 +44,7 @@ public:
 
     // Looks for taken names. Whether the job is over.
     bool Attend();
-    void Cancel() { Session.Job().RequestCancel(); }
+    void Cancel() { Desk.Cancel(); }
 
     // For poll, and how long to wait at most before the next Attend.
     int Descriptor() const { return Session.OverFd(); }

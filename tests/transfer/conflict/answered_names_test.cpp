@@ -75,10 +75,30 @@ TEST(AnsweredNames, TellsWhatWasSkipped) {
     EXPECT_EQ(names.NewNameOf("/to/b"), nullptr);
 }
 
+TEST(AnsweredNames, TakesTheAnswerCancelForSkipped) {
+    AnsweredNames names;
+    names.Add(AnswerAbout("/to/a", Action::Cancel));
+    EXPECT_TRUE(names.WasSkipped("/to/a"));
+}
+
+TEST(AnsweredNames, ForgetsTheNewNameOfWhatWasLeftAlone) {
+    AnsweredNames names;
+    for (const char* name : {"1", "2"}) {
+        AnsweredConflict track = AnswerAbout(name, Action::Rename, std::string(name) + "-2");
+        track.Conflict.SourcePath = "cdda:/dev/sr0/1";
+        names.Add(track);
+    }
+    names.LeaveAlone("2");
+    EXPECT_TRUE(names.WasSkipped("2"));
+    EXPECT_EQ(names.NewNameOf("2"), nullptr);
+    EXPECT_EQ(names.NewTrackNames(), std::vector<std::string>{"1-2"});
+    EXPECT_FALSE(names.WasSkipped("1"));
+}
+
 TEST(AnsweredNames, KeepsNothingOfTheOtherAnswers) {
     AnsweredNames names;
     for (const Action action : {Action::Overwrite, Action::OverwriteAll, Action::OverwriteAllOlder,
-                                Action::Merge, Action::MergeAll, Action::Cancel}) {
+                                Action::Merge, Action::MergeAll}) {
         names.Add(AnswerAbout("/to/a", action));
     }
     EXPECT_EQ(names.NewNameOf("/to/a"), nullptr);
