@@ -1,9 +1,6 @@
 // The samples of done bytes that the rate is computed from: when one is taken, when one is dropped.
 
-#include "tarvanetransfer.h"
-
-#include "counting_sound.h"
-#include "fake_steady_clock.h"
+#include "clocked_job.h"
 #include "job_access.h"
 
 #include <gtest/gtest.h>
@@ -14,18 +11,9 @@ namespace {
 
 using Samples = std::deque<std::pair<std::chrono::steady_clock::time_point, std::uint64_t>>;
 
-class RateSamples : public testing::Test {
+class RateSamples : public ClockedJob {
 protected:
     Samples Taken() { return PrivateOf<JobMember::ByteSamples>(Job); }
-
-    void AddAfter(std::chrono::nanoseconds Pause, std::uint64_t Bytes) {
-        Clock.Advance(Pause);
-        Job.AddBytesDone(Bytes);
-    }
-
-    FakeSteadyClock Clock;
-    CountingSound Sound;
-    TarvaneTransferJob Job{false, 1, ""};
 };
 
 TEST_F(RateSamples, NoneIsTakenAtConstruction) {

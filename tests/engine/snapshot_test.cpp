@@ -1,10 +1,7 @@
 // The numbers of the progress dialog: rate, fractions, times, flags and counters.
 
-#include "tarvanetransfer.h"
-
-#include "counting_sound.h"
+#include "clocked_job.h"
 #include "failing_lock.h"
-#include "fake_steady_clock.h"
 #include "job_access.h"
 
 #include <limits>
@@ -16,19 +13,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-class Snapshot : public testing::Test {
+class Snapshot : public ClockedJob {
 protected:
-    TarvaneTransferUiSnapshot Ui() const { return Job.MakeUiSnapshot(); }
     std::uint64_t Rate() const { return Ui().TransferRateBytesPerSecond; }
-
-    void AddAfter(std::chrono::nanoseconds Pause, std::uint64_t Bytes) {
-        Clock.Advance(Pause);
-        Job.AddBytesDone(Bytes);
-    }
-
-    FakeSteadyClock Clock;
-    CountingSound Sound;
-    TarvaneTransferJob Job{false, 1, ""};
 };
 
 TEST_F(Snapshot, OfANewJobShowsNothingDoneAndAnUnknownRest) {

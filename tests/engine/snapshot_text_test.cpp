@@ -1,9 +1,6 @@
 // The lines of the progress dialog.
 
-#include "tarvanetransfer.h"
-
-#include "counting_sound.h"
-#include "fake_steady_clock.h"
+#include "clocked_job.h"
 #include "grouping_locale.h"
 
 #include <gtest/gtest.h>
@@ -18,19 +15,7 @@ constexpr const char* kCancelHint =
 constexpr const char* kCancelingHint =
     "Canceling transfer. Waiting for the current filesystem step to finish.";
 
-class SnapshotText : public testing::Test {
-protected:
-    TarvaneTransferUiSnapshot Ui() const { return Job.MakeUiSnapshot(); }
-
-    void AddAfter(std::chrono::nanoseconds Pause, std::uint64_t Bytes) {
-        Clock.Advance(Pause);
-        Job.AddBytesDone(Bytes);
-    }
-
-    FakeSteadyClock Clock;
-    CountingSound Sound;
-    TarvaneTransferJob Job{false, 1, ""};
-};
+using SnapshotText = ClockedJob;
 
 TEST_F(SnapshotText, OfANewJobShowsNothingKnown) {
     EXPECT_EQ(Ui().StageText, "Stage: Preparing");
