@@ -173,9 +173,11 @@ void BrowseList::Arrange(const std::string& CursorOn) {
     Rows.clear();
     const std::unordered_set<std::string> marksBefore = std::exchange(Marks, {});
     Totals = {};
+    // Some file systems list a name twice when their directory changes meanwhile.
+    std::unordered_set<std::string_view> seen;
     for (std::size_t i = 0; i < Current.Entries.size(); ++i) {
         const ListedEntry& entry = Current.Entries[i];
-        if (entry.IsHidden() && !bHidden) {
+        if ((entry.IsHidden() && !bHidden) || !seen.insert(entry.Name).second) {
             continue;
         }
         Rows.push_back(i);

@@ -67,6 +67,14 @@ TEST(BrowseList, ShowsTheEntriesOfAPlaceInTheirOrder) {
     EXPECT_EQ(list.FreeBytes(), 7u);
 }
 
+TEST(BrowseList, ShowsANameOnceThatWasListedTwice) {
+    BrowseList list = ListOf({.Place = "/p", .Entries = {File("a", 1), File("b"), File("a", 2)}});
+    EXPECT_EQ(RowsOf(list), (Names{"/..<", "a", "b"}));
+    list.InvertMarks();
+    EXPECT_EQ(list.Marked().Entries, 2u);
+    EXPECT_EQ(list.Chosen(), (Paths{"/p/a", "/p/b"}));
+}
+
 TEST(BrowseList, HasARowThatLeadsUpEverywhereButInTheRoot) {
     EXPECT_TRUE(ListOf({.Place = "/p"}).HasParentRow());
     EXPECT_TRUE(ListOf({.Place = "cdda:/dev/sr0"}).HasParentRow());
