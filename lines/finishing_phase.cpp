@@ -14,8 +14,9 @@ namespace {
 
 constexpr std::chrono::seconds kUnseen{1};
 
-constexpr char kLeft[] = "left before all modes and dates were set: what was not reached stays "
-                         "private";
+constexpr char kLeft[] = "left before all modes and dates were set";
+constexpr char kLeftPrivate[] =
+    "left before all modes and dates were set: what was not reached stays private";
 
 // Waits until the step is over, and ends it when the run is to end.
 class FinishWait : public WaitAfterJob {
@@ -49,9 +50,9 @@ private:
     const Terminal::TimePoint ShownFrom;
 };
 
-void WaitFor(FinishStep& Step, const PromptContext& Context) {
+void WaitFor(FinishStep& Step, const char* PartingSentence, const PromptContext& Context) {
     FinishWait wait(Step, Context);
-    Context.Shown.SetPartingSentence([] { return std::string(kLeft); });
+    Context.Shown.SetPartingSentence([PartingSentence] { return std::string(PartingSentence); });
     Context.Loop.Run(wait);
     Context.Shown.Clear();
     Context.Shown.SetPartingSentence(nullptr);
@@ -67,7 +68,7 @@ void RunFinishingPhase(const FinishTask& Task, const PromptContext& Context,
     requests.FulfillInterrupt();
     FinishStep step(Task);
     if (step.HasBegun()) {
-        WaitFor(step, Context);
+        WaitFor(step, Task.Preserve.bMode ? kLeftPrivate : kLeft, Context);
     }
     step.NoteEnd(InOutOutcome);
     // Whoever has canceled the job still wants the end.

@@ -54,7 +54,7 @@ protected:
         const AnsweredNames names;
         RunFinishingPhase({.Record = record,
                            .Names = names,
-                           .Preserve = {.bMode = true, .bTimes = true},
+                           .Preserve = {.bMode = bCarriesModes, .bTimes = true},
                            .bWhole = Outcome.Result == RunResult::Succeeded},
                           Context(), Outcome);
     }
@@ -77,6 +77,19 @@ protected:
     }
     std::function<void()> Releasing() {
         return [this] { Release(); };
+    }
+
+    void LeaveAtOnce() {
+        Hold();
+        Screen.PressWhen(IsHeld(), {kEscapeKey});
+        Screen.Script({Screen.Always(), {{}, {kEscapeKey}}, Releasing()});
+        int status = 0;
+        try {
+            Run();
+        } catch (const ScriptedExit& exited) {
+            status = exited.Status;
+        }
+        EXPECT_EQ(status, 1000 + SIGINT);
     }
 
     mode_t ModeOf(const std::string& Name) const {
@@ -114,6 +127,7 @@ protected:
     std::atomic<bool> bHeld{false};
     bool bReleased = false;
     std::uint64_t GrownBytes = 0;
+    bool bCarriesModes = true;
     RunOutcome Outcome{
         .Result = RunResult::Succeeded, .Text = kCopied, .Counts = TransferCounts{.Entries = 2}};
 };
@@ -189,18 +203,15 @@ TEST_F(FinishingPhase, EndsASecondAfterNobodyReadsItsRecords) {
 }
 
 TEST_F(FinishingPhase, LeavesAtOnceWhenItIsAskedTwice) {
-    Hold();
-    Screen.PressWhen(IsHeld(), {kEscapeKey});
-    Screen.Script({Screen.Always(), {{}, {kEscapeKey}}, Releasing()});
-    int status = 0;
-    try {
-        Run();
-    } catch (const ScriptedExit& exited) {
-        status = exited.Status;
-    }
-    EXPECT_EQ(status, 1000 + SIGINT);
+    LeaveAtOnce();
     EXPECT_EQ(Screen.Screen(), "tarvane: left before all modes and dates were set: what was not "
                                "reached stays private\n");
+}
+
+TEST_F(FinishingPhase, CallsNothingPrivateWhereModesAreNotCarriedOver) {
+    bCarriesModes = false;
+    LeaveAtOnce();
+    EXPECT_EQ(Screen.Screen(), "tarvane: left before all modes and dates were set\n");
 }
 
 TEST_F(FinishingPhase, AnswersAStatusRequest) {

@@ -85,7 +85,7 @@ TEST_F(LiveReporter, ShowsTheJobAsABlock) {
 TEST_F(LiveReporter, ShowsTheFinishingAndHowToEndIt) {
     Report->FinishRuns(Finishing);
     EXPECT_EQ(Screen.Screen(), "Setting modes and dates: 12,345 of 50,000 entries.\n"
-                               "Esc leaves the rest private.\n");
+                               "Esc leaves the rest without them.\n");
 }
 
 TEST_F(LiveReporter, ShowsTheFlushAndAWarning) {

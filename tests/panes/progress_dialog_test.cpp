@@ -216,7 +216,7 @@ TEST_F(ProgressDialogOnScreen, ShowsWhatIsBeforeAndAfterTheJob) {
 │ Setting modes and dates: 20 of 60 entries.                                   │
 │ ███████████████████████░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░  33% │
 │                                                                              │
-│ Esc leaves the rest private.                                                 │
+│ Esc leaves the rest without them.                                            │
 │                                                                              │
 │ [ In background ] [ Cancel ]                                                 │
 └──────────────────────────────────────────────────────────────────────────────┘
@@ -303,7 +303,7 @@ TEST_F(ProgressDialogOnScreen, DrawsInAsciiWhereThereIsNothingElse) {
 | Setting modes and dates: 20 of 60 entries.                                   |
 | #######################................................................  33% |
 |                                                                              |
-| Esc leaves the rest private.                                                 |
+| Esc leaves the rest without them.                                            |
 |                                                                              |
 | [ In background ] [ Cancel ]                                                 |
 +------------------------------------------------------------------------------+

@@ -38,7 +38,7 @@ std::string FinishText(const FinishProgress& Progress);
 // What Esc does while the look, the finishing or the flush is shown, and what is not to be done
 // yet.
 inline constexpr char kPreflightHint[] = "Press Esc to cancel.";
-inline constexpr char kFinishHint[] = "Esc leaves the rest private.";
+inline constexpr char kFinishHint[] = "Esc leaves the rest without them.";
 inline constexpr char kFlushHint[] =
     "Not safe to unplug yet. Esc ends the wait; the copied files stay.";
 
