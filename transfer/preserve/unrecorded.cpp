@@ -61,6 +61,10 @@ timespec TimeNow() {
 
 void OpenUpUnrecorded(const FinishTask& Task, std::uint64_t RecordedThere,
                       const std::atomic<bool>& bCancel) {
+    // Nothing was made private, and the umask is not the user's.
+    if (!Task.Preserve.bMode) {
+        return;
+    }
     const bool bDirectory = true;
     for (const fs::path& parent : Task.MadeParents) {
         OpenUpPath(parent, bDirectory, Task.Umask);

@@ -216,6 +216,17 @@ TEST_F(FinisherCalls, NeedsOneOfEachKindForAnEntry) {
     EXPECT_EQ(StatusesOf(To / "tree"), Wanted);
 }
 
+// Where no modes are carried over, nothing was made private that might have come late.
+TEST_F(FinisherCalls, LooksOnceAtEachDirectoryForTimesAlone) {
+    FinishTask task = Task();
+    task.Preserve.bMode = false;
+    task.CopiedEntries = kEntries + 1;
+    ExpectAllFinished(FinishCounted(task));
+    EXPECT_EQ(gSystem.Counted.Modes, 0);
+    EXPECT_EQ(gSystem.Counted.Times, kEntries);
+    EXPECT_EQ(gSystem.Counted.Opened, kDirectories + 1);
+}
+
 TEST_F(FinisherCalls, ChangesOnlyWhatDiffers) {
     Finish();
     FinishTask task = Task();

@@ -145,6 +145,20 @@ TEST_F(MadeTracks, AreFoundByTheirNewNames) {
     EXPECT_EQ(ModeOf(To / "01-2.wav"), 0640U);
 }
 
+TEST_F(MadeTracks, KeepTheirModesWhereNoneAreCarriedOver) {
+    AnsweredConflict answered;
+    answered.Conflict.SourcePath = kTrack;
+    answered.Conflict.DestinationPath = To / "01.wav";
+    answered.Action = Action::Rename;
+    answered.RenamePath = To / "01-2.wav";
+    Names.Add(answered);
+    FinishTask task = UnrecordedTask();
+    task.Preserve.bMode = false;
+    MakeFile(To / "01-2.wav");
+    OpenUpAll(task);
+    EXPECT_EQ(ModeOf(To / "01-2.wav"), 0600U);
+}
+
 TEST_F(MadeTracks, AreLeftAloneWhereSomethingElseStands) {
     FinishTask task = UnrecordedTask();
     task.MadeFiles = {To / "link.wav", To / "directory.wav", To / "linked.wav", To / "skipped.wav"};
