@@ -18,11 +18,16 @@
 
 namespace {
 
+using SteadyClock = std::chrono::steady_clock;
+
 // Set when a transfer completes and taken back when its sound plays.
 std::atomic<bool> gBellDue{false};
 
 // True while a thread is in StartSound, which a sound server that hangs may keep for ever.
 std::atomic<bool> gSoundStarting{false};
+
+// From when on the bell no longer waits for that thread.
+std::atomic<SteadyClock::time_point> gStartEnd{};
 
 constexpr std::chrono::milliseconds kStartLimit{100};
 constexpr std::chrono::milliseconds kStartPoll{5};
@@ -124,12 +129,17 @@ void ReplaceBellBySound() {
     gSoundStarting = false;
 }
 
+bool MayStillSound() {
+    return gSoundStarting && SteadyClock::now() < gStartEnd.load();
+}
+
 } // namespace
 
 void PlayTarvaneTransferCompleteSound() noexcept {
     bool bStarting = false;
     try {
         bStarting = SoundServerCanBeExpected() && !gSoundStarting.exchange(true);
+        gStartEnd = SteadyClock::now() + kStartLimit;
         gBellDue = true;
         if (bStarting) {
             std::thread(ReplaceBellBySound).detach();
@@ -144,9 +154,12 @@ void PlayTarvaneTransferCompleteSound() noexcept {
 }
 
 bool TakeTarvaneCompletionBell() noexcept {
-    for (auto waited = kStartPoll; gBellDue && gSoundStarting && waited <= kStartLimit;
-         waited += kStartPoll) {
+    return !MayStillSound() && gBellDue.exchange(false);
+}
+
+bool AwaitTarvaneCompletionBell() noexcept {
+    while (gBellDue && MayStillSound()) {
         std::this_thread::sleep_for(kStartPoll);
     }
-    return gBellDue.exchange(false);
+    return TakeTarvaneCompletionBell();
 }

@@ -190,7 +190,7 @@ void PromptFrontEnd::SayEnd(const RunOutcome& Outcome) {
 void PromptFrontEnd::FinishOutputs(RunOutcome& InOutOutcome) {
     const int recordsError = Report->Finish();
     Results.Finish();
-    if (!Request.bQuiet && TakeTarvaneCompletionBell()) {
+    if (!Request.bQuiet && AwaitTarvaneCompletionBell()) {
         Shown.RingBell();
     }
     const int error = recordsError != 0 ? recordsError : Results.Error();

@@ -6,6 +6,8 @@
 #include "ring_sound.h"
 
 #include "becomes_true.h"
+#include "captured_descriptor.h"
+#include "fake_steady_clock.h"
 #include "file_tree.h"
 #include "needs.h"
 #include "temporary_directory.h"
@@ -21,11 +23,11 @@
 
 #include <canberra.h>
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -122,7 +124,7 @@ protected:
     static void LoseConnection() {
         gServer = Server::RefusesSounds;
         CompleteTransferWithSound();
-        EXPECT_TRUE(TakeTarvaneCompletionBell());
+        EXPECT_TRUE(AwaitTarvaneCompletionBell());
         gConnections = 0;
         gSounds = 0;
     }
@@ -130,44 +132,32 @@ protected:
     // Rings, and does so without connecting to a server.
     static void ExpectBellAlone() {
         PlayTarvaneTransferCompleteSound();
-        EXPECT_TRUE(TakeTarvaneCompletionBell());
+        EXPECT_TRUE(AwaitTarvaneCompletionBell());
         EXPECT_EQ(gConnections, 0);
         EXPECT_EQ(gSounds, 0);
+    }
+
+    // Ends a hang.
+    static void LetServerAnswer() {
+        gServer = Server::Plays;
+        EXPECT_TRUE(BecomesTrue("transfers have their sound again", [] {
+            PlayTarvaneTransferCompleteSound();
+            return !AwaitTarvaneCompletionBell() && gSounds > 1;
+        }));
     }
 
     const TemporaryDirectory Runtime;
 };
 
-// Sends what is written to a descriptor into a file, until the end of the scope.
-class RedirectedDescriptor {
-public:
-    RedirectedDescriptor(int Number, const fs::path& File)
-        : Descriptor(Number), Kept(::dup(Number)) {
-        const int file = ::open(File.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-        ::dup2(file, Descriptor);
-        ::close(file);
-    }
-    ~RedirectedDescriptor() {
-        ::dup2(Kept, Descriptor);
-        ::close(Kept);
-    }
-    RedirectedDescriptor(const RedirectedDescriptor&) = delete;
-    RedirectedDescriptor& operator=(const RedirectedDescriptor&) = delete;
-
-private:
-    const int Descriptor;
-    const int Kept;
-};
-
 } // namespace
 
 TEST_F(CompletionSound, RingsNoBellBeforeATransferCompletes) {
-    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_FALSE(AwaitTarvaneCompletionBell());
 }
 
 TEST_F(CompletionSound, PlaysCompleteCopyInsteadOfTheBell) {
     CompleteTransferWithSound();
-    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_FALSE(AwaitTarvaneCompletionBell());
     EXPECT_EQ(gEvent, "event.id=complete-copy");
 }
 
@@ -206,30 +196,30 @@ TEST_F(CompletionSound, RingsTheBellWhenTheRuntimeDirectoryIsAnotherUsers) {
 TEST_F(CompletionSound, RingsTheBellOnce) {
     ::unsetenv("XDG_RUNTIME_DIR");
     PlayTarvaneTransferCompleteSound();
-    EXPECT_TRUE(TakeTarvaneCompletionBell());
-    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_TRUE(AwaitTarvaneCompletionBell());
+    EXPECT_FALSE(AwaitTarvaneCompletionBell());
 }
 
 TEST_F(CompletionSound, RingsOneBellForTransfersThatCompleteTogether) {
     ::unsetenv("XDG_RUNTIME_DIR");
     PlayTarvaneTransferCompleteSound();
     PlayTarvaneTransferCompleteSound();
-    EXPECT_TRUE(TakeTarvaneCompletionBell());
-    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_TRUE(AwaitTarvaneCompletionBell());
+    EXPECT_FALSE(AwaitTarvaneCompletionBell());
 }
 
 TEST_F(CompletionSound, RingsTheBellWhenTheServerRefusesTheSound) {
     gServer = Server::RefusesSounds;
     CompleteTransferWithSound();
-    EXPECT_TRUE(TakeTarvaneCompletionBell());
+    EXPECT_TRUE(AwaitTarvaneCompletionBell());
 }
 
 TEST_F(CompletionSound, KeepsTheConnectionForTheNextTransfer) {
     CompleteTransferWithSound();
-    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_FALSE(AwaitTarvaneCompletionBell());
     const int connections = gConnections;
     CompleteTransferWithSound();
-    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_FALSE(AwaitTarvaneCompletionBell());
     EXPECT_EQ(gConnections, connections);
 }
 
@@ -237,7 +227,7 @@ TEST_F(CompletionSound, ConnectsAnewAfterTheServerRefusedASound) {
     LoseConnection();
     gServer = Server::Plays;
     CompleteTransferWithSound();
-    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_FALSE(AwaitTarvaneCompletionBell());
     EXPECT_EQ(gConnections, 1);
 }
 
@@ -245,7 +235,7 @@ TEST_F(CompletionSound, RingsTheBellWhenTheServerRefusesTheConnection) {
     LoseConnection();
     gServer = Server::RefusesConnections;
     PlayTarvaneTransferCompleteSound();
-    EXPECT_TRUE(TakeTarvaneCompletionBell());
+    EXPECT_TRUE(AwaitTarvaneCompletionBell());
     EXPECT_EQ(gSounds, 0);
 }
 
@@ -265,7 +255,7 @@ TEST_F(CompletionSound, WaitsWithTheBellForAServerThatIsSlow) {
     LoseConnection();
     gServer = Server::IsSlow;
     PlayTarvaneTransferCompleteSound();
-    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_FALSE(AwaitTarvaneCompletionBell());
     EXPECT_EQ(gSounds, 1);
 }
 
@@ -275,16 +265,28 @@ TEST_F(CompletionSound, ReturnsAtOnceAndRingsTheBellWhileTheServerHangs) {
     LoseConnection();
     gServer = Server::Hangs;
     PlayTarvaneTransferCompleteSound();
-    EXPECT_TRUE(TakeTarvaneCompletionBell());
+    EXPECT_TRUE(AwaitTarvaneCompletionBell());
     PlayTarvaneTransferCompleteSound();
-    EXPECT_TRUE(TakeTarvaneCompletionBell());
-    EXPECT_FALSE(TakeTarvaneCompletionBell());
+    EXPECT_TRUE(AwaitTarvaneCompletionBell());
+    EXPECT_FALSE(AwaitTarvaneCompletionBell());
     EXPECT_EQ(gConnections, 1);
-    gServer = Server::Plays;
-    EXPECT_TRUE(BecomesTrue("transfers have their sound again", [] {
+    LetServerAnswer();
+}
+
+TEST_F(CompletionSound, HoldsUpNobodyWhoTakesTheBell) {
+    LoseConnection();
+    gServer = Server::Hangs;
+    {
+        FakeSteadyClock clock;
         PlayTarvaneTransferCompleteSound();
-        return !TakeTarvaneCompletionBell() && gSounds > 1;
-    }));
+        EXPECT_FALSE(TakeTarvaneCompletionBell());
+        clock.Advance(99ms);
+        EXPECT_FALSE(TakeTarvaneCompletionBell());
+        clock.Advance(1ms);
+        EXPECT_TRUE(TakeTarvaneCompletionBell());
+        EXPECT_FALSE(TakeTarvaneCompletionBell());
+    }
+    LetServerAnswer();
 }
 
 // Of the library's drivers, one opens the sound card itself and prints where there is none.
@@ -292,13 +294,17 @@ TEST_F(CompletionSound, PrintsNothingWhenNoServerAnswersOnTheSocket) {
     LoseConnection();
     gServer = Server::Real;
     bool bRings = false;
+    std::string output;
+    std::string errors;
     {
-        const RedirectedDescriptor output(STDOUT_FILENO, Runtime / "output");
-        const RedirectedDescriptor errors(STDERR_FILENO, Runtime / "errors");
+        const CapturedDescriptor capturedOutput(STDOUT_FILENO);
+        const CapturedDescriptor capturedErrors(STDERR_FILENO);
         PlayTarvaneTransferCompleteSound();
-        bRings = TakeTarvaneCompletionBell();
+        bRings = AwaitTarvaneCompletionBell();
+        output = capturedOutput.Text();
+        errors = capturedErrors.Text();
     }
     EXPECT_TRUE(bRings);
-    EXPECT_EQ(ReadFile(Runtime / "output"), "");
-    EXPECT_EQ(ReadFile(Runtime / "errors"), "");
+    EXPECT_EQ(output, "");
+    EXPECT_EQ(errors, "");
 }
