@@ -10,6 +10,7 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "quoted.h"
 #include "screen_text.h"
 
 namespace {
@@ -53,8 +54,8 @@ pid_t Spawn(const std::vector<std::string>& Arguments) {
     const int error = posix_spawnp(&process, arguments[0], &settings.Files, &settings.Attributes,
                                    arguments.data(), environ);
     if (error != 0) {
-        throw std::runtime_error("Cannot run \"" + CleanForScreen(Arguments[0]) +
-                                 "\": " + std::generic_category().message(error) + ".");
+        throw std::runtime_error("Cannot run " + Quoted(CleanForScreen(Arguments[0])) + ": " +
+                                 std::generic_category().message(error) + ".");
     }
     return process;
 }
@@ -72,8 +73,8 @@ ForegroundProgram::ForegroundProgram(const std::vector<std::string>& Arguments) 
     constexpr unsigned int kNoFlags = 0;
     Process = OwnedDescriptor(static_cast<int>(syscall(SYS_pidfd_open, process, kNoFlags)));
     if (OverFd() < 0) {
-        throw std::runtime_error("Cannot wait for \"" + CleanForScreen(Arguments[0]) +
-                                 "\": " + std::generic_category().message(errno) + ".");
+        throw std::runtime_error("Cannot wait for " + Quoted(CleanForScreen(Arguments[0])) + ": " +
+                                 std::generic_category().message(errno) + ".");
     }
 }
 

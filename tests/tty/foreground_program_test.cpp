@@ -113,7 +113,7 @@ TEST(ForegroundProgram, SaysWhyItDoesNotRun) {
         }
         return 0;
     });
-    EXPECT_EQ(process.NextReport(), "Cannot run \"no-such-?program\": No such file or directory.");
+    EXPECT_EQ(process.NextReport(), "Cannot run 'no-such-?program': No such file or directory.");
 }
 
 TEST(ShellArguments, LeaveOptionsToTheCommandAndEachByteToTheFile) {
