@@ -12,6 +12,11 @@
 #include <unordered_set>
 #include <vector>
 
+// For those who keep very many names: two in millions of millions have one hash.
+inline std::size_t HashOf(std::string_view Name) {
+    return std::hash<std::string_view>()(Name);
+}
+
 // Takes the answers of one job. A path is the destination that was taken, as the job has it. Of
 // what was only replaced nothing is kept, as that shows on the disk.
 class AnsweredNames {
@@ -32,10 +37,8 @@ public:
     bool WasSkipped(std::string_view Path) const { return Holds(Skipped, Path); }
 
 private:
-    // There may be very many: two paths in millions of millions have one hash.
     using Hashes = std::unordered_set<std::size_t>;
 
-    static std::size_t HashOf(std::string_view Path) { return std::hash<std::string_view>()(Path); }
     // As a rule there are none, and every entry of a transfer is asked about.
     static bool Holds(const Hashes& Held, std::string_view Path) {
         return !Held.empty() && Held.contains(HashOf(Path));

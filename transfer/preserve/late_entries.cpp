@@ -11,10 +11,6 @@ namespace {
 
 using Kind = RecordedEntry::Kind;
 
-std::size_t HashOf(std::string_view Name) {
-    return std::hash<std::string_view>()(Name);
-}
-
 // Does nothing where the folder cannot be read.
 void ForEachName(int Folder, const std::function<void(const char*)>& Visit) {
     const int opened = ::openat(Folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
