@@ -11,6 +11,7 @@
 #include "mounts.h"
 #include "no_processes_left.h"
 #include "owned_descriptor.h"
+#include "signals_blocked.h"
 #include "temporary_directory.h"
 
 #include <gtest/gtest.h>
@@ -22,10 +23,12 @@
 #include <fstream>
 #include <functional>
 #include <linux/fs.h>
+#include <map>
 #include <string>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <unistd.h>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -90,6 +93,20 @@ protected:
             counters >> value;
         }
         return value;
+    }
+
+    // For each signal what it does, and whether this thread blocks it.
+    using SignalTable = std::map<int, std::pair<sighandler_t, bool>>;
+    static SignalTable Signals() {
+        SignalTable signals;
+        sigset_t blocked;
+        ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+        for (int signal = 1; signal < NSIG; ++signal) {
+            struct sigaction action {};
+            ::sigaction(signal, nullptr, &action);
+            signals[signal] = {action.sa_handler, ::sigismember(&blocked, signal) == 1};
+        }
+        return signals;
     }
 
     static std::uint64_t SignalBit(int Signal) { return std::uint64_t{1} << (Signal - 1); }
@@ -436,11 +453,16 @@ TEST_F(FlusherTest, TakesNoSignalsFromTheTerminal) {
 }
 
 TEST_F(FlusherTest, LeavesTheSignalsOfTheProgramAsTheyWere) {
-    Flusher watch({Room.Path()});
-    watch.Start(kCopied);
-    sigset_t blocked;
-    ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
-    EXPECT_EQ(::sigismember(&blocked, SIGINT), 0);
+    const ChildSignalIgnored ignored;
+    const SignalsBlocked blocked(SIGTTOU);
+    const SignalTable before = Signals();
+    {
+        Flusher watch({Room.Path()});
+        watch.Start(kCopied);
+        EXPECT_EQ(Signals(), before);
+        EXPECT_EQ(Finished(watch).ErrorText, "");
+    }
+    EXPECT_EQ(Signals(), before);
 }
 
 // Opened before or after the file system.
