@@ -13,11 +13,7 @@ namespace {
 
 Facts ExpectedFacts(const RandomCase& Case, const Sandbox& Place) {
     ModelFiles files(Place.Root(), Place.Order());
-    files.Create(Place.Root() + "/far", EntryKind::Directory, {});
-    if (Place.HasOtherFileSystem()) {
-        files.Mount(Place.Root() + "/far");
-    }
-    MakeInModel(Case, files);
+    MakeInModel(Case, Place.HasOtherFileSystem(), files);
     Facts facts = TransferModel(Case, files).Run();
     facts.merge(TreeInModel(files));
     facts["lowest free descriptor"] = "as before";
@@ -85,7 +81,6 @@ int LowestFreeDescriptor() {
 }
 
 Facts ActualFacts(const RandomCase& Case, const Sandbox& Place) {
-    ClearOnDisk(Place.Root());
     MakeOnDisk(Case, Place.Root());
     const int descriptor = LowestFreeDescriptor();
     const auto job = std::make_shared<TarvaneTransferJob>(Case.bMove, Case.Items.size(), "random");

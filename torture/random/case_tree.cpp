@@ -97,6 +97,20 @@ struct stat StatusOnDisk(const std::string& Path) {
     return status;
 }
 
+// Directories that are mounts stay, empty.
+void ClearOnDisk(const std::string& Root) {
+    const std::string start = Root + "/";
+    for (const std::string& name : NamesOnDisk(Root)) {
+        const std::string path = start + name;
+        if (!S_ISDIR(StatusOnDisk(path).st_mode)) {
+            Require(::unlink(path.c_str()) == 0, path);
+            continue;
+        }
+        ClearOnDisk(path);
+        Require(::rmdir(path.c_str()) == 0 || errno == EBUSY, path);
+    }
+}
+
 void AddFactsOnDisk(const std::string& Root, const std::string& Below, Facts& OutFacts) {
     const std::string start = Below + "/";
     for (const std::string& name : NamesOnDisk(Root + Below)) {
@@ -148,6 +162,7 @@ std::string NodeFact(const ModelNode& Node) {
 }
 
 void MakeOnDisk(const RandomCase& Case, const std::string& Root) {
+    ClearOnDisk(Root);
     for (const CaseEntry& entry : Case.Entries) {
         MakeEntry(entry, Root);
     }
@@ -160,8 +175,12 @@ void MakeOnDisk(const RandomCase& Case, const std::string& Root) {
     }
 }
 
-void MakeInModel(const RandomCase& Case, ModelFiles& Files) {
+void MakeInModel(const RandomCase& Case, bool bOtherFileSystem, ModelFiles& Files) {
     const std::string root = Files.RootPath() + "/";
+    Files.Create(root + "far", EntryKind::Directory, {});
+    if (bOtherFileSystem) {
+        Files.Mount(root + "far");
+    }
     for (const CaseEntry& entry : Case.Entries) {
         const std::string path = root + entry.Path;
         int error = 0;
@@ -192,17 +211,4 @@ Facts TreeInModel(ModelFiles& Files) {
     Facts facts;
     AddFactsInModel(Files.Root(), "", facts);
     return facts;
-}
-
-void ClearOnDisk(const std::string& Root) {
-    const std::string start = Root + "/";
-    for (const std::string& name : NamesOnDisk(Root)) {
-        const std::string path = start + name;
-        if (!S_ISDIR(StatusOnDisk(path).st_mode)) {
-            Require(::unlink(path.c_str()) == 0, path);
-            continue;
-        }
-        ClearOnDisk(path);
-        Require(::rmdir(path.c_str()) == 0 || errno == EBUSY, path);
-    }
 }

@@ -9,11 +9,12 @@
 #include <string>
 #include <string_view>
 
-// Errors: std::system_error, when the entries cannot be made. Requires: nothing is at Root but the
-// directory for the other file system.
+// Removes what a case before has left below Root. Errors: std::system_error, when the entries
+// cannot be made. Requires: Root has the directory for the other file system.
 void MakeOnDisk(const RandomCase& Case, const std::string& Root);
-// Throws Undetermined where an entry cannot be made.
-void MakeInModel(const RandomCase& Case, ModelFiles& Files);
+// The same with that directory, in a model that has only its root. Throws Undetermined where an
+// entry cannot be made.
+void MakeInModel(const RandomCase& Case, bool bOtherFileSystem, ModelFiles& Files);
 
 // Begins the name of each of these facts and is followed by "/" and the path below the root. Sorts
 // behind what is known of the job, which usually explains it.
@@ -25,6 +26,3 @@ std::string NodeFact(const ModelNode& Node);
 // A fact for each entry below the root, and none of times, which no rule is about.
 Facts TreeOnDisk(const std::string& Root);
 Facts TreeInModel(ModelFiles& Files);
-
-// Removes all below Root; directories that are mounts stay, empty.
-void ClearOnDisk(const std::string& Root);

@@ -81,13 +81,8 @@ std::string PromisesBrokenBy(const RandomCase& Case, const Sandbox& Place) {
         throw Undetermined("the program needs a source");
     }
     ModelFiles files(Place.Root(), Place.Order());
-    files.Create(Place.Root() + "/far", EntryKind::Directory, {});
-    if (Place.HasOtherFileSystem()) {
-        files.Mount(Place.Root() + "/far");
-    }
-    MakeInModel(Case, files);
+    MakeInModel(Case, Place.HasOtherFileSystem(), files);
     Promises promises(Case, files);
-    ClearOnDisk(Place.Root());
     MakeOnDisk(Case, Place.Root());
     return promises.BrokenBy(RunProgram(Case, Place.Root()));
 }
