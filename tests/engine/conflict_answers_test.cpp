@@ -2,34 +2,12 @@
 
 #include "engine_source.h"
 
-#include "answering_interface.h"
-#include "transfer_fixture.h"
+#include "file_conflict_fixture.h"
 
 namespace {
 
-using Act = TarvaneTransferConflictAction;
-using Policy = TarvaneTransferConflictPolicy;
-
-class FileConflictAnswer : public TransferTest {
+class FileConflictAnswer : public FileConflict {
 protected:
-    FileConflictAnswer() {
-        WriteFile(Source, "new data");
-        WriteFile(Destination, "old data");
-    }
-
-    // Resolves with one and the same variable as destination and result, as the copiers do.
-    bool Resolve(Policy WithPolicy = Policy::Overwrite) {
-        return ResolveLocalFileConflict(Job, Source, Target, WithPolicy, Target, bSkip, Message);
-    }
-
-    bool Answered(Act Action, const std::string& RenamePath = "",
-                  std::function<void()> Before = nullptr) {
-        AnsweringInterface interface(Job, {{Action, RenamePath, std::move(Before)}});
-        const bool result = Resolve(Policy::Ask);
-        Questions = interface.Stop();
-        return result;
-    }
-
     // Ages the destination against the source, by nanoseconds.
     void DateSourceAfterDestination(std::int64_t Nanoseconds) {
         constexpr std::int64_t anySecond = 1700000000;
@@ -37,12 +15,6 @@ protected:
         SetModifiedTime(Destination, anySecond, middle);
         SetModifiedTime(Source, anySecond, middle + Nanoseconds);
     }
-
-    const fs::path Source = Directory / "source";
-    const fs::path Destination = Directory / "destination";
-    fs::path Target = Destination;
-    bool bSkip = true;
-    std::vector<TarvaneTransferConflict> Questions;
 };
 
 TEST_F(FileConflictAnswer, IsSkippedAfterAComparisonWhenTheContentsAreEqual) {

@@ -1,27 +1,21 @@
 #include "file_tree.h"
 
+#include "require_success.h"
+
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <stdexcept>
-#include <system_error>
 
 namespace {
 
 constexpr std::size_t kShownBytes = 64;
-
-void RequireSuccess(int Result, const std::string& What) {
-    if (Result != 0) {
-        throw std::system_error(errno, std::generic_category(), What);
-    }
-}
 
 // FNV-1a: enough to tell two contents of a test apart.
 std::uint64_t Checksum(std::string_view Bytes) {

@@ -1,14 +1,13 @@
 #include "fuse_device.h"
 
 #include "needs.h"
+#include "require_success.h"
 
 #include <array>
-#include <cerrno>
 #include <fcntl.h>
 #include <string>
 #include <sys/mount.h>
 #include <sys/uio.h>
-#include <system_error>
 
 OwnedDescriptor OpenFuseDevice() {
     NeedRoot();
@@ -20,9 +19,8 @@ ScopedMount MountFuse(const std::filesystem::path& Where, const OwnedDescriptor&
     std::filesystem::create_directories(Where);
     const std::string options =
         "fd=" + std::to_string(Device.Get()) + ",rootmode=40000,user_id=0,group_id=0,allow_other";
-    if (mount("served", Where.c_str(), "fuse", 0, options.c_str()) != 0) {
-        throw std::system_error(errno, std::generic_category(), "mounting a FUSE file system");
-    }
+    RequireSuccess(mount("served", Where.c_str(), "fuse", 0, options.c_str()),
+                   "mounting a FUSE file system");
     return ScopedMount(Where);
 }
 

@@ -1,6 +1,7 @@
 #include "mounts.h"
 
 #include "needs.h"
+#include "require_success.h"
 
 #include <sched.h>
 #include <sys/mount.h>
@@ -12,17 +13,10 @@
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
-#include <system_error>
 
 namespace {
 
 constexpr uid_t kNobody = 65534;
-
-void RequireSuccess(int Result, const std::string& What) {
-    if (Result != 0) {
-        throw std::system_error(errno, std::generic_category(), What);
-    }
-}
 
 void MountOrThrow(const std::string& What, const std::filesystem::path& Where,
                   const std::string& Type, unsigned long Flags, const std::string& Options) {

@@ -3,23 +3,18 @@
 
 #pragma once
 
-#include <sys/resource.h>
+#include "require_success.h"
 
-#include <cerrno>
-#include <system_error>
+#include <sys/resource.h>
 
 // Every open fails with EMFILE for the lifetime of this object. The asan preset leaves out the
 // check of dynamic types, which would fail as well: it opens a pipe to look at an object.
 class NoDescriptorsLeft {
 public:
     NoDescriptorsLeft() {
-        if (::getrlimit(RLIMIT_NOFILE, &Previous) != 0) {
-            throw std::system_error(errno, std::generic_category(), "reading RLIMIT_NOFILE");
-        }
+        RequireSuccess(::getrlimit(RLIMIT_NOFILE, &Previous), "reading RLIMIT_NOFILE");
         const rlimit none{0, Previous.rlim_max};
-        if (::setrlimit(RLIMIT_NOFILE, &none) != 0) {
-            throw std::system_error(errno, std::generic_category(), "setting RLIMIT_NOFILE");
-        }
+        RequireSuccess(::setrlimit(RLIMIT_NOFILE, &none), "setting RLIMIT_NOFILE");
     }
 
     ~NoDescriptorsLeft() { ::setrlimit(RLIMIT_NOFILE, &Previous); }

@@ -1,10 +1,11 @@
 #include "program_in_terminal.h"
 
+#include "become_program.h"
+
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <system_error>
 
@@ -22,29 +23,6 @@ using Clock = std::chrono::steady_clock;
 
 [[noreturn]] void ThrowSystemError(const char* What) {
     throw std::system_error(errno, std::generic_category(), What);
-}
-
-[[noreturn]] void BecomeProgram(const ProgramInTerminal::Setting& Wanted) {
-    for (const auto& [name, value] : Wanted.Environment) {
-        if (value.empty()) {
-            unsetenv(name.c_str());
-        } else {
-            setenv(name.c_str(), value.c_str(), 1);
-        }
-    }
-    if (!Wanted.WorkingDirectory.empty() && chdir(Wanted.WorkingDirectory.c_str()) != 0) {
-        _exit(126);
-    }
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-    std::vector<char*> arguments;
-    for (const std::string& argument : Wanted.Command) {
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    }
-    arguments.push_back(nullptr);
-    execvp(arguments[0], arguments.data());
-    _exit(127);
 }
 
 void AppendUtf8(std::string& Text, std::uint32_t Character) {
@@ -126,7 +104,10 @@ void ProgramInTerminal::StartProgram(const Setting& Wanted) {
     Child = fork();
     if (Child == 0) {
         login_tty(inside);
-        BecomeProgram(Wanted);
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
+        BecomeProgram(Wanted.Command, Wanted.WorkingDirectory, Wanted.Environment);
     }
     close(inside);
     if (Child < 0) {

@@ -1,10 +1,12 @@
 #include "run_program.h"
 
+#include "become_program.h"
+#include "require_success.h"
+
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <system_error>
 
 #include <fcntl.h>
@@ -21,34 +23,14 @@ struct Pipe {
 
 Pipe OpenPipe() {
     std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe2");
-    }
+    RequireSuccess(pipe2(ends.data(), O_CLOEXEC), "pipe2");
     return {ends[0], ends[1]};
 }
 
-[[noreturn]] void BecomeProgram(const std::vector<std::string>& Command,
-                                const std::string& WorkingDirectory,
-                                const std::vector<std::pair<std::string, std::string>>& Environment,
-                                const Pipe& Output, const Pipe& Errors) {
+void UsePipes(const Pipe& Output, const Pipe& Errors) {
     dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
     dup2(Output.WriteEnd, STDOUT_FILENO);
     dup2(Errors.WriteEnd, STDERR_FILENO);
-    // Out of the test's own terminal, so that no program finds one to ask on.
-    setsid();
-    for (const auto& [name, value] : Environment) {
-        setenv(name.c_str(), value.c_str(), 1);
-    }
-    if (!WorkingDirectory.empty() && chdir(WorkingDirectory.c_str()) != 0) {
-        _exit(126);
-    }
-    std::vector<char*> arguments;
-    for (const std::string& argument : Command) {
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    }
-    arguments.push_back(nullptr);
-    execvp(arguments[0], arguments.data());
-    _exit(127);
 }
 
 // False at the end of the pipe.
@@ -74,7 +56,10 @@ ProgramResult RunProgram(const std::vector<std::string>& Command,
         throw std::system_error(errno, std::generic_category(), "fork");
     }
     if (child == 0) {
-        BecomeProgram(Command, WorkingDirectory, Environment, output, errors);
+        UsePipes(output, errors);
+        // Out of the test's own terminal, so that no program finds one to ask on.
+        setsid();
+        BecomeProgram(Command, WorkingDirectory, Environment);
     }
     close(output.WriteEnd);
     close(errors.WriteEnd);

@@ -13,7 +13,8 @@ struct ProgramResult {
     std::string Errors;
 };
 
-// Runs Command with standard input from /dev/null until it ends. Environment adds variables.
+// Runs Command with standard input from /dev/null until it ends. Environment adds variables; an
+// empty value removes one.
 // Errors: throws std::system_error when it cannot be started; a program that runs longer than
 // LimitSeconds is killed, which shows as status 137.
 ProgramResult RunProgram(const std::vector<std::string>& Command,
