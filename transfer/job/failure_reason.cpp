@@ -74,18 +74,22 @@ Addition AboutMissingOperand(const FailedJob& Failed) {
     return {};
 }
 
-// The first operand that is refused. Not beyond a directory, which may hold the entry that was
-// meant.
+// The operand behind those that are done, if it is one that is refused. One that is done may look
+// like that too: the copy of a link to a device leads to the same as the link. Not beyond a
+// directory, which counts all that is in it.
 Addition AboutRefusedOperand(const FailedJob& Failed,
                              bool (*IsRefused)(const fs::path&, const fs::path&)) {
     std::error_code ec;
+    std::uint64_t done = 0;
     for (const TarvaneTransferItemPlan& item : Failed.Plan.Items) {
-        if (IsRefused(item.SourcePath, item.DestinationPath)) {
-            return {item.SourcePath};
+        if (done == Failed.DoneEntries) {
+            const bool bRefused = IsRefused(item.SourcePath, item.DestinationPath);
+            return {bRefused ? item.SourcePath : fs::path()};
         }
-        if (fs::is_directory(item.SourcePath, ec)) {
+        if (fs::is_directory(item.SourcePath, ec) || fs::is_directory(item.DestinationPath, ec)) {
             break;
         }
+        ++done;
     }
     return {};
 }

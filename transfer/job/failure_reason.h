@@ -17,6 +17,8 @@ struct FailedJob {
     // What the job worked on last, and the size that it had then.
     std::filesystem::path CurrentPath;
     std::uint64_t CurrentBytes = 0;
+    // Skipped ones included.
+    std::uint64_t DoneEntries = 0;
     // None when no name was taken.
     const AnsweredConflict* LastAnswer = nullptr;
 };

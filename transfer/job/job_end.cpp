@@ -115,6 +115,7 @@ RunOutcome OutcomeOf(const EndedJob& Ended) {
                          .Plan = Ended.Plan,
                          .CurrentPath = Ended.Job.GetCurrentPath(),
                          .CurrentBytes = last.CurrentFileTotalBytes,
+                         .DoneEntries = last.DoneItems,
                          // One that the engine has given by itself is not known.
                          .LastAnswer = Ended.FilesLeftToEngine ? nullptr : Ended.LastAnswer});
     }

@@ -37,11 +37,13 @@ protected:
                             .Plan = Plan,
                             .CurrentPath = Current.empty() ? fs::path() : Root / Current,
                             .CurrentBytes = 4,
+                            .DoneEntries = Done,
                             .LastAnswer = LastAnswer});
     }
 
     TemporaryDirectory Root;
     TarvaneTransferPlan Plan;
+    std::uint64_t Done = 0;
     AnsweredConflict Answer;
 };
 
@@ -113,6 +115,31 @@ TEST_F(FailureReason, NamesTheOperandThatIsRefused) {
     Plan.Items = {Plan.Items[1]};
     Plan.Items[0].DestinationPath = Root / "from/tree/sub/new";
     EXPECT_EQ(Text(inside), PathOf("from/tree") + ": " + inside);
+}
+
+// The copies of links to a device lead to the same as they do.
+TEST_F(FailureReason, NamesNoOperandThatIsDone) {
+    Plan.Items.erase(Plan.Items.begin());
+    for (const char* name : {"from/null", "to/null"}) {
+        fs::create_symlink("/dev/null", Root / name);
+    }
+    TarvaneTransferItemPlan null;
+    null.SourcePath = Root / "from/null";
+    null.DestinationPath = Root / "to/null";
+    Plan.Items.insert(Plan.Items.begin(), null);
+    Plan.Items[1].DestinationPath = Root / "from/b";
+    const std::string same = "Source and destination are the same path.";
+    EXPECT_EQ(Text(same), PathOf("from/null") + ": " + same);
+    Done = 1;
+    EXPECT_EQ(Text(same), PathOf("from/b") + ": " + same);
+    Done = 2;
+    EXPECT_EQ(Text(same), same);
+    // A directory that is moved has taken its name along.
+    fs::rename(Root / "from/tree", Root / "to/tree");
+    Plan.Items[0].SourcePath = Root / "from/tree";
+    Plan.Items[0].DestinationPath = Root / "to/tree";
+    Done = 1;
+    EXPECT_EQ(Text(same), same);
 }
 
 TEST_F(FailureReason, NamesTheOperandThatIsAPipe) {
