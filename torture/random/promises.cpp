@@ -44,6 +44,16 @@ Promises::Promises(const RandomCase& CaseToRun, ModelFiles& Files)
     if (Case.bMove && std::any_of(Sources.begin(), Sources.end(), isLinkToSource)) {
         throw Undetermined("a link at the destination leads to what is moved");
     }
+    // Its contents go to the name that comes first.
+    const auto isMovedTwice = [this](const auto& Entry) {
+        return Entry.second.OwnFact.starts_with("link ") && Entry.second.Fact == "directory" &&
+               std::count_if(Sources.begin(), Sources.end(), [&Entry](const auto& Other) {
+                   return Other.second.Node == Entry.second.Node;
+               }) > 1;
+    };
+    if (Case.bMove && std::any_of(Sources.begin(), Sources.end(), isMovedTwice)) {
+        throw Undetermined("a link leads to a directory that is moved itself");
+    }
 }
 
 void Promises::AddSources(const std::string& Path, const std::string& Name, int Depth) {
@@ -113,12 +123,14 @@ bool Promises::Replaces(const SourceEntry& Source) const {
 }
 
 // Whether a file may take the place of what has its name: a file, or a link, which is weighed by
-// what it leads to where that can be weighed, and goes itself.
+// what it leads to where that can be weighed, and goes itself. A device, a pipe or a socket only
+// that of a link.
 bool Promises::MayReplace(const SourceEntry& Source) const {
-    if (Source.Taken == nullptr || Source.Node == nullptr || Source.Node->Kind != EntryKind::File) {
+    if (Source.Taken == nullptr || Source.Node == nullptr ||
+        Source.Node->Kind == EntryKind::Directory) {
         return false;
     }
-    if (Source.Taken->Kind == EntryKind::File) {
+    if (Source.Taken->Kind == EntryKind::File && Source.Node->Kind == EntryKind::File) {
         return Replaces(Source);
     }
     const std::string choice = FileChoice();
@@ -138,10 +150,11 @@ bool Promises::IsPlain() const {
     });
 }
 
+// A source that is its own destination is refused as such, when the turn comes to it.
 bool Promises::MustTouchNothing() const {
     return std::any_of(Sources.begin(), Sources.end(), [this](const auto& Source) {
         const SourceEntry& entry = Source.second;
-        if (entry.Taken == nullptr || entry.Node == nullptr ||
+        if (entry.Taken == nullptr || entry.Node == nullptr || entry.Taken == entry.Node ||
             entry.Taken->Kind != entry.Node->Kind || MayBeSkipped(Source.first)) {
             return false;
         }
@@ -172,5 +185,6 @@ bool Promises::MayBeSkipped(const std::string& Name) const {
         return false;
     }
     const bool bWeighed = source.Taken->Kind == EntryKind::File;
-    return FileChoice() == "skip" || (bWeighed ? !MayReplace(source) : source.bLinkAtDestination);
+    return FileChoice() == "skip" || source.IsSpecial() ||
+           (bWeighed ? !MayReplace(source) : source.bLinkAtDestination);
 }

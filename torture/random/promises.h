@@ -23,7 +23,7 @@ struct ProgramEnd {
 class Promises {
 public:
     // Files is the tree before the run. Throws Undetermined when nothing is promised: without a
-    // source or the destination, of sources without an end, of a link to what is moved away.
+    // source or the destination, of sources without an end, of links to what is moved away.
     Promises(const RandomCase& CaseToRun, ModelFiles& Files);
 
     // One line for each promise that was broken, at most a few; empty when none was.
@@ -40,6 +40,14 @@ private:
         // What has its name at the destination, the link followed; or nothing.
         const ModelNode* Taken = nullptr;
         bool bLinkAtDestination = false;
+
+        // A device, a pipe or a socket, or a link to one, which is copied as itself.
+        bool IsSpecial() const {
+            return Node != nullptr && Node->Kind != EntryKind::File &&
+                   Node->Kind != EntryKind::Directory;
+        }
+        // What a copy of it is.
+        const std::string& CopiedFact() const { return IsSpecial() ? OwnFact : Fact; }
     };
 
     void AddSources(const std::string& Path, const std::string& Name, int Depth);
@@ -51,7 +59,7 @@ private:
     bool MayReplace(const SourceEntry& Source) const;
     bool MayBeSkipped(const std::string& Name) const;
 
-    bool IsItselfAt(const SourceEntry& Source, const std::string& Fact) const;
+    bool IsRightAt(const SourceEntry& Source, const std::string& Fact) const;
 
     void CheckOutside();
     void CheckDestination();

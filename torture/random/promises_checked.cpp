@@ -42,11 +42,9 @@ bool Promises::IsBesideAs(const std::string& Path, const std::string& Fact) cons
     });
 }
 
-// A link that was renamed stays one, and one to a device, a pipe or a socket is copied as itself.
-bool Promises::IsItselfAt(const SourceEntry& Source, const std::string& Fact) const {
-    const bool bSpecial = Source.Node != nullptr && Source.Node->Kind != EntryKind::File &&
-                          Source.Node->Kind != EntryKind::Directory;
-    return (Case.bMove || bSpecial) && Fact == Source.OwnFact;
+// A link that was renamed stays one.
+bool Promises::IsRightAt(const SourceEntry& Source, const std::string& Fact) const {
+    return Fact == Source.CopiedFact() || (Case.bMove && Fact == Source.OwnFact);
 }
 
 // A copy leaves everything alone but its destination, and a move everything but that and what it
@@ -80,8 +78,8 @@ void Promises::CheckDestination() {
             continue;
         }
         const auto source = Sources.find(path.substr(Destination.size() + 1));
-        const bool bReplaced =
-            source != Sources.end() && after == source->second.Fact && MayReplace(source->second);
+        const bool bReplaced = source != Sources.end() && after == source->second.CopiedFact() &&
+                               MayReplace(source->second);
         if (!bReplaced) {
             Break("what the choice leaves alone at the destination has changed", path);
         }
@@ -97,7 +95,7 @@ void Promises::CheckDestination() {
 void Promises::CheckNewEntry(const std::string& Name, const std::string& Fact) {
     const auto source = Sources.find(Name);
     if (source != Sources.end()) {
-        if (Fact != source->second.Fact && !IsItselfAt(source->second, Fact)) {
+        if (!IsRightAt(source->second, Fact)) {
             Break("a copy is not like its source", Destination + "/" + Name);
         }
         return;
@@ -110,7 +108,7 @@ void Promises::CheckNewEntry(const std::string& Name, const std::string& Fact) {
             const std::string& path = Source.first;
             return path.substr(0, path.rfind('/') == std::string::npos ? 0 : path.rfind('/') + 1) ==
                        directory &&
-                   Source.second.Taken != nullptr && Source.second.Fact == Fact;
+                   Source.second.Taken != nullptr && Source.second.CopiedFact() == Fact;
         });
     if (!bKept) {
         Break("something stands at the destination that has no source", Destination + "/" + Name);
@@ -140,11 +138,10 @@ void Promises::CheckCompleteness() {
             continue;
         }
         const std::string after = After(path);
-        const bool bKeptBoth =
-            FileChoice() == "keep-both" && source.Taken != nullptr && IsBesideAs(path, source.Fact);
+        const bool bKeptBoth = FileChoice() == "keep-both" && source.Taken != nullptr &&
+                               IsBesideAs(path, source.CopiedFact());
         const bool bBelowRenamedLink = Case.bMove && after.empty() && After(source.Path).empty();
-        if (after != source.Fact && !bKeptBoth && !IsItselfAt(source, after) &&
-            !bBelowRenamedLink) {
+        if (!IsRightAt(source, after) && !bKeptBoth && !bBelowRenamedLink) {
             Break("the status is 0 and this is missing", path);
         }
         const bool bFile = source.Node != nullptr && source.Node->Kind == EntryKind::File;
