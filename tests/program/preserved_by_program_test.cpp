@@ -364,6 +364,9 @@ public:
             std::string found;
             std::uint64_t looks = 0;
             char byte = 0;
+            if (::write(Verdict[1], &byte, 1) != 1) {
+                ::_exit(1);
+            }
             while (::read(Stop[0], &byte, 1) != 1) {
                 found += Look(Source, Destination, Old, looks);
             }
@@ -372,6 +375,9 @@ public:
             ::_exit(written < 0 ? 1 : 0);
         }
         ::close(Verdict[1]);
+        // What is to be watched begins when the watcher has.
+        char begun = 0;
+        EXPECT_EQ(::read(Verdict[0], &begun, 1), 1);
     }
     ~Watcher() {
         ::kill(Process, SIGKILL);
