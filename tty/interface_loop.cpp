@@ -9,6 +9,9 @@ namespace {
 constexpr std::chrono::milliseconds kFrameTime{100};
 // What is over by then shows nothing but its last line.
 constexpr std::chrono::milliseconds kFirstFrameAfter{40};
+// What sends SIGINT to the process and to its group, as timeout does, has asked once. Nobody
+// presses Ctrl-C twice so fast.
+constexpr std::chrono::milliseconds kSameInterrupt{100};
 
 } // namespace
 
@@ -48,7 +51,7 @@ void InterfaceLoop::TakeEvents(Activity& Current) {
 void InterfaceLoop::TakeSignal(int Signal) {
     switch (Signal) {
     case SIGINT:
-        End.Interrupt();
+        TakeInterrupt();
         break;
     case SIGTERM:
     case SIGHUP:
@@ -71,6 +74,14 @@ void InterfaceLoop::TakeSignal(int Signal) {
         break;
     }
     HurryFrame();
+}
+
+void InterfaceLoop::TakeInterrupt() {
+    const Terminal::TimePoint now = Screen.Now();
+    if (!LastInterrupt || now - *LastInterrupt >= kSameInterrupt) {
+        LastInterrupt = now;
+        End.Interrupt();
+    }
 }
 
 // False when nobody could continue the process, which has therefore not stopped.

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 #include "end_request.h"
@@ -77,6 +78,7 @@ public:
 private:
     void TakeEvents(Activity& Current);
     void TakeSignal(int Signal);
+    void TakeInterrupt();
     bool Stop(int StopSignal);
     void Resume();
     void EnsureKeyMode(const Activity& Current);
@@ -89,6 +91,7 @@ private:
     LoopSurface& Surface;
     EndRequest End;
     Terminal::TimePoint NextFrame;
+    std::optional<Terminal::TimePoint> LastInterrupt;
     bool bStatusRequested = false;
     bool bClosed = false;
     // What has come during the stop is not known yet.

@@ -237,7 +237,7 @@ TEST_F(HeldJob, AnswersAStatusRequest) {
 
 TEST_F(HeldJob, SaysWhatItLeavesBehindWhenItHasToLeave) {
     Screen.RaiseWhen(Reports("job"), SIGINT);
-    Screen.Script({Reports("job to cancel"), {{SIGINT}, {}}, Release()});
+    Screen.Script({Screen.Later(milliseconds(100)), {{SIGINT}, {}}, Release()});
     EXPECT_EQ(StatusOfLeaving(CopyOf({kTrack})), 1000 + SIGINT);
     EXPECT_EQ(Screen.Screen(), std::string(kLeft) + "a partial copy of '" + kTrack +
                                    "' may stay in '" + PathOf("to") + "'\n");

@@ -17,6 +17,7 @@
 #include <optional>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -51,6 +52,19 @@ protected:
 TEST_F(EndsOnTerminal, SigintCancels) {
     StartShownSlowCopy();
     Program->Signal(SIGINT);
+    EXPECT_TRUE(Program->ExitsWith(130));
+    EXPECT_EQ(Program->HistoryAndScreen(),
+              "Copy canceled. Partial destination files may remain.\nNothing copied.\n");
+    ExpectNothingLeft();
+}
+
+// Sent to the process and to its group, as timeout does.
+TEST_F(EndsOnTerminal, SigintsThatComeTogetherCancel) {
+    StartShownSlowCopy();
+    for (int i = 0; i < 3; ++i) {
+        Program->Signal(SIGINT);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     EXPECT_TRUE(Program->ExitsWith(130));
     EXPECT_EQ(Program->HistoryAndScreen(),
               "Copy canceled. Partial destination files may remain.\nNothing copied.\n");

@@ -199,8 +199,16 @@ TEST_F(InterfaceLoopTest, AnInterruptAsksForTheEndAndLeavesTheRestToTheActivity)
 
 TEST_F(InterfaceLoopTest, LeavesAtTheSecondInterrupt) {
     Screen.RaiseWhen(ScriptedTerminal::Always(), SIGINT);
-    Screen.RaiseWhen(ScriptedTerminal::Always(), SIGINT);
+    Screen.RaiseWhen(Screen.Later(milliseconds(100)), SIGINT);
     EXPECT_EQ(SignalThatLeaves(milliseconds(1000)), SIGINT);
+}
+
+TEST_F(InterfaceLoopTest, TakesInterruptsThatComeTogetherForOne) {
+    Screen.RaiseWhen(ScriptedTerminal::Always(), SIGINT);
+    Screen.RaiseWhen(ScriptedTerminal::Always(), SIGINT);
+    EXPECT_EQ(SignalThatLeaves(milliseconds(1000)), 0);
+    ASSERT_TRUE(Loop.Requests().IsAsked());
+    EXPECT_EQ(Loop.Requests().Signal(), SIGINT);
 }
 
 TEST_F(InterfaceLoopTest, LeavesTwoSecondsAfterATerminatingSignal) {
