@@ -5,6 +5,15 @@
 
 #include <fnmatch.h>
 
+namespace {
+
+bool Matches(const std::string& Pattern, const std::string& Name) {
+    constexpr int kNoFlags = 0;
+    return fnmatch(Pattern.c_str(), Name.c_str(), kNoFlags) == 0;
+}
+
+} // namespace
+
 void BrowseList::Take(Listing NewListing, const std::string& CursorOn) {
     const bool bSamePlace = NewListing.Place == Current.Place;
     if (!NewListing.Failure.empty()) {
@@ -95,11 +104,15 @@ void BrowseList::ToggleMark(std::size_t Row) {
     }
 }
 
+bool BrowseList::HasMatch(const std::string& Pattern) const {
+    return std::ranges::any_of(
+        Rows, [&](std::size_t Index) { return Matches(Pattern, Current.Entries[Index].Name); });
+}
+
 void BrowseList::MarkMatching(const std::string& Pattern, bool bMark) {
-    constexpr int kNoFlags = 0;
     for (const std::size_t index : Rows) {
         const ListedEntry& entry = Current.Entries[index];
-        if (fnmatch(Pattern.c_str(), entry.Name.c_str(), kNoFlags) == 0) {
+        if (Matches(Pattern, entry.Name)) {
             SetMark(entry, bMark);
         }
     }

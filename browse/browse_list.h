@@ -53,6 +53,8 @@ public:
     void ShowHidden(bool bShow);
 
     void ToggleMark(std::size_t Row);
+    // Whether MarkMatching finds any.
+    bool HasMatch(const std::string& Pattern) const;
     // Those whose whole name a pattern of the shell matches; directories and, where they are shown,
     // hidden entries too. Case matters.
     void MarkMatching(const std::string& Pattern, bool bMark);

@@ -169,8 +169,14 @@ void PaneCommands::Attend() {
 }
 
 void PaneCommands::Mark(bool bMark) {
-    TextQuestion question{
-        .Title = bMark ? "Mark" : "Unmark", .Label = "Pattern:", .InitialText = "*"};
+    TextQuestion question{.Title = bMark ? "Mark" : "Unmark",
+                          .Label = "Pattern:",
+                          .InitialText = "*",
+                          .Refusal = [this](const std::string& Pattern) {
+                              return Panes.Active().List().HasMatch(Pattern)
+                                         ? std::string()
+                                         : std::string("Nothing here matches it.");
+                          }};
     Stack.Open<TextDialog>(std::make_unique<TextDialog>(std::move(question)),
                            [this, bMark](TextDialog& Shown) {
                                if (Shown.Entered()) {

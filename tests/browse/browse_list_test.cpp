@@ -336,6 +336,10 @@ TEST(BrowseList, MarksWhatAPatternMatches) {
     EXPECT_EQ(RowsOf(list), (Names{"/..<", "*d.txt", "a.txt", "b.TXT", "c.txt~", "*\xff.txt"}));
     list.MarkMatching("?.TXT", true);
     EXPECT_EQ(RowsOf(list), (Names{"/..<", "*d.txt", "a.txt", "*b.TXT", "c.txt~", "*\xff.txt"}));
+    EXPECT_TRUE(list.HasMatch("c.*"));
+    EXPECT_FALSE(list.HasMatch("c"));
+    // Hidden, and the row that leads up.
+    EXPECT_FALSE(list.HasMatch(".*"));
 }
 
 TEST(BrowseList, MatchesNamesThatAreNoUtf8) {

@@ -288,6 +288,14 @@ TEST_F(PaneCommandsTest, MarkByPattern) {
     EXPECT_EQ(RowsOf(Panes.Active()), (Rows{"/..", "a<", "*b", "b.txt"}));
 }
 
+TEST_F(PaneCommandsTest, SayThatAPatternMatchesNothing) {
+    Press('+');
+    Press('x');
+    Press(KeyCode::Enter);
+    EXPECT_EQ(Dialogs(), "Mark Pattern: *x Nothing here matches it. Enter: use it Esc: leave");
+    EXPECT_EQ(RowsOf(Panes.Active()), (Rows{"/..", "a<", "b"}));
+}
+
 TEST_F(PaneCommandsTest, GoToAPlace) {
     const char* const before = getenv("HOME");
     const std::string home = before == nullptr ? "" : before;
