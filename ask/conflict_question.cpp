@@ -52,10 +52,6 @@ std::optional<ConflictAnswer> ConflictQuestion::HandleLetter(char Letter) {
     if (!choice) {
         return std::nullopt;
     }
-    if (choice->Action == Action::CompareByContent && !HasBothSizes(Name.Conflict)) {
-        Reason = "There is nothing to compare: one of them has no size.";
-        return std::nullopt;
-    }
     if (ReplacesOtherKind(choice->Action, Name)) {
         ToConfirm = choice;
         return std::nullopt;

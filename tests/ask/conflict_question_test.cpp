@@ -76,13 +76,13 @@ TEST_F(FileQuestion, TakesNoOtherKey) {
 }
 
 TEST_F(FileQuestion, ComparesNothingThatHasNoSize) {
-    TarvaneTransferConflict conflict = FileConflict();
-    conflict.bSourceHasSize = false;
-    for (const char key : std::string("bB")) {
-        ConflictQuestion question = Ask(conflict);
-        EXPECT_EQ(question.Handle(Letter(key)), std::nullopt) << key;
-        EXPECT_EQ(question.WhyNotTaken(), "There is nothing to compare: one of them has no size.")
-            << key;
+    for (const bool bSourceHasSize : {false, true}) {
+        TarvaneTransferConflict conflict = FileConflict();
+        conflict.bSourceHasSize = bSourceHasSize;
+        conflict.bDestinationHasSize = !bSourceHasSize;
+        for (const char key : std::string("bB")) {
+            EXPECT_EQ(AnswerTo(conflict, key), std::nullopt) << key;
+        }
     }
 }
 
@@ -128,7 +128,7 @@ TEST_F(FileQuestion, OffersNothingThatReplacesWhereNobodyMay) {
     EXPECT_EQ(Letters(At(FileConflict(), EntryOf(FileConflict()))), "oOusSrkKbB");
     EXPECT_EQ(Letters(At(FileConflict(), kSpecial)), "sSrkK");
     TakenName holder = At(FileOntoDirectory(), EntryOf(FileOntoDirectory()));
-    EXPECT_EQ(Letters(holder), "oOusSrkKbB");
+    EXPECT_EQ(Letters(holder), "oOusSrkK");
     holder.bHoldsSource = true;
     EXPECT_EQ(Letters(holder), "sSrkK");
     for (const char key : std::string("oOubB")) {

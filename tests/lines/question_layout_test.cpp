@@ -284,7 +284,7 @@ TEST_F(QuestionLayout, ShowsTheKeysAloneWhereTheListHasNoRoomBelowTheTitle) {
 TEST_F(QuestionLayout, KeepsTheWarningInASmallWindow) {
     EXPECT_EQ(Shown(Ask(FileOntoDirectory()), {60, 2}),
               (Texts{"Overwriting removes this whole directory with all in it.",
-                     "[oOusSrkKbB Esc, ? lists] "}));
+                     "[oOusSrkK Esc, ? lists] "}));
 }
 
 TEST_F(QuestionLayout, LeavesNoFactsBehindWithoutTheirPath) {

@@ -230,7 +230,6 @@ constexpr const char* kConfirmation = R"(
 │ [ Yes, remove it ] [ No ]                                                    │
 │                                                                              │
 │                                                                              │
-│                                                                              │
 │ Stage: Waiting for conflict choice            Overall 1.5 GB / 12.0 GB   13% │
 │ y: remove it and go on   Esc: back to the buttons                            │
 └──────────────────────────────────────────────────────────────────────────────┘

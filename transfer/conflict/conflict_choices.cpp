@@ -36,8 +36,10 @@ constexpr std::array kDirectoryChoices = {
 
 bool CanApply(const ConflictChoice& Choice, const TakenName& Name) {
     const bool bOlder = Choice.Letter == kOverwriteAllOlder;
-    const bool bCompares = bOlder || Choice.Action == Action::CompareByContent;
-    if (bCompares && TarvaneIsCddaPath(Name.Conflict.SourcePath)) {
+    if (bOlder && TarvaneIsCddaPath(Name.Conflict.SourcePath)) {
+        return false;
+    }
+    if (Choice.Action == Action::CompareByContent && !HasBothSizes(Name.Conflict)) {
         return false;
     }
     return MayBeReplaced(Name) || !(bOlder || Replaces(Choice.Action, Name));

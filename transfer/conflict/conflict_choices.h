@@ -48,8 +48,8 @@ struct ConflictChoice {
 // What Enter alone stands for: skipping destroys nothing.
 inline constexpr char kDefaultChoiceLetter = 's';
 
-// Those that can apply: nothing that replaces where nobody may, and for a CD track, which has
-// neither date nor bytes to read twice, nothing that compares.
+// Those that can apply: nothing that replaces where nobody may, no comparison where one side has no
+// size, and no "older" for a CD track, which has no date.
 std::vector<ConflictChoice> ChoicesFor(const TakenName& Name);
 
 // What the letter stands for in this conflict: "overwrite all older" overwrites or skips this name
