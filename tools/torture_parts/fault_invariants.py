@@ -175,7 +175,8 @@ def engine_ends_properly(run):
 def statuses_that_fit(run):
     """A signal that comes before its handler is there, or after it, ends the program at once."""
     ends = {"SIGINT": {130, -SIGNALS["SIGINT"]}, "SIGTERM": {143, -SIGNALS["SIGTERM"]}}
-    return {run.expected.status, 1} | ends.get(run.effect, set())
+    canceled = {130} if run.outcome.gave_up else set()
+    return {run.expected.status, 1} | canceled | ends.get(run.effect, set())
 
 
 def says_how_it_ended(run):

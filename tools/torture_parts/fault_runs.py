@@ -39,6 +39,8 @@ class Outcome:
     hung: bool = False
     # What of the terminal is not as it was before.
     terminal: list = dataclasses.field(default_factory=list)
+    # Whether whoever was at the keys has canceled it.
+    gave_up: bool = False
     children: int = 0
     # Closes of what was not open, which may hit what another thread has opened.
     surplus_closes: int = 0
@@ -142,8 +144,8 @@ class Place:
         outcome = Outcome()
         setting = {"env": self.environment(fault), "cwd": self.root, "umask": 0o022}
         if keys:
-            outcome.status, output, outcome.hung, outcome.terminal = fault_terminal.run(
-                command, keys, SECONDS_LIMIT, **setting)
+            (outcome.status, output, outcome.hung, outcome.terminal,
+             outcome.gave_up) = fault_terminal.run(command, keys, SECONDS_LIMIT, **setting)
         else:
             outcome.status, output, outcome.hung = run_through_pipe(command, setting)
         outcome.text = output.decode(errors="replace")

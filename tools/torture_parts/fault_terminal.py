@@ -15,6 +15,8 @@ SIZE = 40, 150
 # Keys are dead for 0.7 seconds after a question has appeared; a busy machine shows it late. Not at a
 # moment at which the program draws: it may end just then, and the terminal itself show the key.
 SECONDS_UNTIL_KEY = 1.45
+# For so long nothing new is written at a question that the person was not told of.
+SECONDS_UNTIL_ESCAPE = 3.5
 # What stands below the cursor goes, so what is written next begins a line.
 ERASURE = re.compile(rb"\x1b\[0?J")
 SEQUENCE = re.compile(rb"\x1b(?:\[[0-?]*[ -/]*[@-~]|[()][0-9A-Za-z]|[78=>])|[\x07\x0f\r]")
@@ -31,17 +33,26 @@ def shows_keys(terminal):
 
 
 class Person:
-    """Presses keys: of pairs of a text and a key, each key once after its text has appeared."""
+    """Presses keys: of pairs of a text and a key, each key once after its text has appeared. Gives
+    up with Esc, as often as it takes, where the program waits for another key."""
 
     def __init__(self, keys):
         self.keys = list(keys)
         self.seen_at = None
         self.begin = 0
+        self.heard = 0, time.monotonic()
+        self.gave_up = False
 
     def press(self, terminal, written):
-        if not self.keys or self.keys[0][0] not in written[self.begin:]:
-            return
         now = time.monotonic()
+        if len(written) != self.heard[0]:
+            self.heard = len(written), now
+        if not self.keys or self.keys[0][0] not in written[self.begin:]:
+            if now - self.heard[1] > SECONDS_UNTIL_ESCAPE and not shows_keys(terminal):
+                os.write(terminal, b"\x1b")
+                self.heard = len(written), now
+                self.gave_up = True
+            return
         if self.seen_at is None:
             self.seen_at = now
         elif now - self.seen_at > SECONDS_UNTIL_KEY and not shows_keys(terminal):
@@ -71,7 +82,8 @@ def plain_text(written):
 
 
 def run(command, keys, limit, **setting):
-    """The status, what was written, whether it had to be ended, and what became of the terminal."""
+    """The status, what was written, whether it had to be ended, what became of the terminal, and
+    whether the person gave up."""
     ours, its = pty.openpty()
     termios.tcsetwinsize(its, SIZE)
     before = termios.tcgetattr(its)
@@ -93,4 +105,4 @@ def run(command, keys, limit, **setting):
         left = what_is_left(written)
         if termios.tcgetattr(its) != before:
             left.append("its settings")
-    return process.returncode, plain_text(written), hung, left
+    return process.returncode, plain_text(written), hung, left, person.gave_up

@@ -324,7 +324,10 @@ MAY_BE_SHORT(Read, sendfile, (int Out, int In, off_t* Offset, std::size_t Size),
 STANDS_FOR(ssize_t, write, (int Descriptor, const void* Data, std::size_t Size)) {
     const Call call;
     static const auto real = Real<ssize_t(int, const void*, std::size_t)>("write");
-    const Kind kind = Descriptor > STDERR_FILENO ? Kind::Write : Kind::Print;
+    const int errorBefore = errno;
+    const bool bPeopleRead = Descriptor <= STDERR_FILENO || isatty(Descriptor) == 1;
+    errno = errorBefore;
+    const Kind kind = bPeopleRead ? Kind::Print : Kind::Write;
     const Effect effect = call.EffectOf(kind, "write");
     return Passes(effect) ? real(Descriptor, Data, Shortened(effect, Size)) : -1;
 }
