@@ -1,31 +1,17 @@
-// A library to preload into a program: of all its calls of one kind, the k-th goes wrong.
-//
-//   FAULT="KIND K EFFECT"   KIND as in kKindNames, or "any" for all but allocations and
-//                           waits, whose numbers differ from run to run; K from 1.
-//                           EFFECT is an error number, one with a "+" to fail from then on,
-//                           "short" for half of what was to be read or written, "cancel" for the
-//                           program's function CancelJob, or "signal N" to the first process
-//   FAULT_RECORD=FILE       of the size of Record; says how far the program got
-//
-// Counting begins with main, and goes on in forked processes. A program that has a function
-// CancelJob says by itself, with CountCalls, which of its threads counts and when.
+// A library to preload into a program: of all its calls of one kind, counted from main on, the k-th
+// goes wrong.
+
+#include "fault_point.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cerrno>
-#include <csignal>
-#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <spawn.h>
-#include <string_view>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/statvfs.h>
@@ -44,183 +30,11 @@ void __libc_free(void* Memory);
 
 namespace {
 
-enum class Kind : std::size_t {
-    Open,
-    Read,
-    Write,
-    Stat,
-    Mkdir,
-    Unlink,
-    Rmdir,
-    Rename,
-    Readdir,
-    Ioctl,
-    Close,
-    Chmod,
-    Utimensat,
-    Alloc,
-    Thread,
-    Eventfd,
-    Fork,
-    Link,
-    Sync,
-    Wait,
-    Stream,
-    // Writing what people read.
-    Print,
-};
-
-constexpr std::array<std::string_view, 22> kKindNames{
-    "open",    "read",  "write", "stat",  "mkdir",     "unlink", "rmdir",  "rename",
-    "readdir", "ioctl", "close", "chmod", "utimensat", "alloc",  "thread", "eventfd",
-    "fork",    "link",  "sync",  "wait",  "stream",    "print"};
-
-// What is left in the file; the reader knows its layout.
-struct Record {
-    std::atomic<std::uint32_t> Calls;
-    std::atomic<std::uint32_t> Reached;
-    // Closes of what is not open, which may hit what another thread has opened.
-    std::atomic<std::uint32_t> SurplusCloses;
-    std::array<char, 500> Detail;
-};
-
-enum class Effect : std::uint8_t { None, Error, ErrorsFromThenOn, Short, Cancel, Signal };
-
-struct Rule {
-    bool bAny = false;
-    Kind Of = Kind::Open;
-    std::uint32_t Number = 0;
-    Effect What = Effect::None;
-    int Value = 0;
-};
-
-Rule gRule;
-Record* gRecord = nullptr;
-pid_t gFirstProcess = 0;
-std::atomic<bool> gCountsEverywhere{false};
 std::atomic<long> gLiveAllocations{0};
 
-// Allocating memory for it could itself be the call that is counted.
-[[gnu::tls_model("initial-exec")]] thread_local bool gCountsHere = false;
-[[gnu::tls_model("initial-exec")]] thread_local bool gInCall = false;
-
-// The calls that a call makes in turn are part of it.
-class Call {
-public:
-    Call() : bOutermost(!gInCall) { gInCall = true; }
-    ~Call() {
-        if (bOutermost) {
-            gInCall = false;
-        }
-    }
-    Call(const Call&) = delete;
-    Call& operator=(const Call&) = delete;
-
-    // What is to become of it.
-    Effect EffectOf(Kind Of, const char* Function, const char* Path = "") const;
-
-private:
-    const bool bOutermost;
-};
-
-bool Concerns(Kind Of) {
-    return gRecord != nullptr && (gCountsEverywhere || gCountsHere) &&
-           (gRule.bAny ? Of != Kind::Alloc && Of != Kind::Wait : Of == gRule.Of);
-}
-
-void NoteReached(Kind Of, const char* Function, const char* Path) {
-    gRecord->Reached = 1;
-    std::array<char, 500>& detail = gRecord->Detail;
-    const std::string_view kind = kKindNames[static_cast<std::size_t>(Of)];
-    std::size_t length = 0;
-    for (const std::string_view part : {kind, std::string_view(" "), std::string_view(Function),
-                                        std::string_view(" "), std::string_view(Path)}) {
-        const std::size_t fits = std::min(part.size(), detail.size() - length);
-        std::memcpy(detail.data() + length, part.data(), fits);
-        length += fits;
-    }
-}
-
-Effect Call::EffectOf(Kind Of, const char* Function, const char* Path) const {
-    if (!bOutermost || !Concerns(Of)) {
-        return Effect::None;
-    }
-    const std::uint32_t number = ++gRecord->Calls;
-    if (number == gRule.Number) {
-        NoteReached(Of, Function, Path);
-        return gRule.What;
-    }
-    return number > gRule.Number && gRule.What == Effect::ErrorsFromThenOn ? gRule.What
-                                                                           : Effect::None;
-}
-
-void CancelTheJob() {
-    gCountsHere = false;
-    reinterpret_cast<void (*)()>(dlsym(RTLD_DEFAULT, "CancelJob"))();
-    gCountsHere = true;
-}
-
-// Whether the call is to be made at all; otherwise errno is set.
-bool Passes(Effect What) {
-    switch (What) {
-    case Effect::Error:
-    case Effect::ErrorsFromThenOn:
-        errno = gRule.Value;
-        return false;
-    case Effect::Signal:
-        ::kill(gFirstProcess, gRule.Value);
-        return true;
-    case Effect::Cancel:
-        CancelTheJob();
-        return true;
-    case Effect::Short:
-    case Effect::None:
-        break;
-    }
-    return true;
-}
-
-std::size_t Shortened(Effect What, std::size_t Size) {
-    return What == Effect::Short ? std::max<std::size_t>(Size / 2, 1) : Size;
-}
-
-void ReadRule() {
-    const char* const text = std::getenv("FAULT");
-    const char* const file = std::getenv("FAULT_RECORD");
-    std::array<char, 32> kind{};
-    std::array<char, 32> effect{};
-    if (text == nullptr || file == nullptr ||
-        std::sscanf(text, "%31s %u %31s %d", kind.data(), &gRule.Number, effect.data(),
-                    &gRule.Value) < 3) {
-        return;
-    }
-    gRule.bAny = std::string_view(kind.data()) == "any";
-    const auto* const found =
-        std::find(kKindNames.begin(), kKindNames.end(), std::string_view(kind.data()));
-    const std::string_view what(effect.data());
-    if (what == "short") {
-        gRule.What = Effect::Short;
-    } else if (what == "cancel") {
-        gRule.What = Effect::Cancel;
-    } else if (what == "signal") {
-        gRule.What = Effect::Signal;
-    } else {
-        gRule.What = what.ends_with('+') ? Effect::ErrorsFromThenOn : Effect::Error;
-        gRule.Value = std::atoi(effect.data());
-    }
-    if (!gRule.bAny && found == kKindNames.end()) {
-        std::abort();
-    }
-    gRule.Of = static_cast<Kind>(found - kKindNames.begin());
-    const int descriptor = ::open(file, O_RDWR | O_CLOEXEC);
-    void* const memory =
-        ::mmap(nullptr, sizeof(Record), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
-    if (memory == MAP_FAILED) {
-        std::abort();
-    }
-    ::close(descriptor);
-    gFirstProcess = ::getpid();
-    gRecord = static_cast<Record*>(memory);
+void* Counted(void* Memory) {
+    gLiveAllocations += Memory == nullptr ? 0 : 1;
+    return Memory;
 }
 
 // The system's own function, which the library stands in front of.
@@ -242,29 +56,20 @@ using Main = int (*)(int, char**, char**);
 Main gMain = nullptr;
 
 int CountingMain(int Count, char** Arguments, char** Environment) {
-    ReadRule();
-    gCountsEverywhere = dlsym(RTLD_DEFAULT, "CancelJob") == nullptr;
+    BeginToCount();
     return gMain(Count, Arguments, Environment);
 }
 
 } // namespace
 
-extern "C" {
-
-[[gnu::visibility("default")]] void CountCalls(bool bCounts) {
-    gCountsHere = bCounts;
-}
-
-[[gnu::visibility("default")]] long LiveAllocations() {
+extern "C" [[gnu::visibility("default")]] long LiveAllocations() {
     return gLiveAllocations;
 }
-
-} // extern "C"
 
 // A function under its name in the system's library. The headers declare it with attributes that
 // differ from system to system, so the definition has a name of its own for the compiler.
 #define STANDS_FOR(RESULT, NAME, PARAMETERS)                                                       \
-    RESULT Fault_##NAME PARAMETERS __asm__(#NAME);                                                 \
+    [[gnu::visibility("default")]] RESULT Fault_##NAME PARAMETERS __asm__(#NAME);                  \
     RESULT Fault_##NAME PARAMETERS
 
 #define FAILS(KIND, RESULT, NAME, PARAMETERS, ARGUMENTS, PATH)                                     \
@@ -405,8 +210,8 @@ STANDS_FOR(int, close, (int Descriptor)) {
     static const auto real = Real<int(int)>("close");
     const Effect effect = call.EffectOf(Kind::Close, "close");
     const int result = real(Descriptor);
-    if (result != 0 && errno == EBADF && gRecord != nullptr) {
-        ++gRecord->SurplusCloses;
+    if (result != 0 && errno == EBADF) {
+        NoteSurplusClose();
     }
     return Passes(effect) ? result : -1;
 }
@@ -450,15 +255,6 @@ RETURNS_ERROR(Fork, posix_spawnp,
                const posix_spawnattr_t* Attributes, char* const* Arguments,
                char* const* Environment),
               (Out, File, Actions, Attributes, Arguments, Environment))
-
-namespace {
-
-void* Counted(void* Memory) {
-    gLiveAllocations += Memory == nullptr ? 0 : 1;
-    return Memory;
-}
-
-} // namespace
 
 STANDS_FOR(void*, malloc, (std::size_t Size)) {
     const Call call;
