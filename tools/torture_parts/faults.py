@@ -25,6 +25,8 @@ RUNNERS = {"engine": "engine alone", "program": "program", "terminal": "program 
 # the calls of one kind are shared by so many tasks.
 PER_PROCESSOR = {"engine": 1, "program": 1, "terminal": 8}
 PER_TERMINAL = 16
+# They take the longest and begin first, so that no processor waits for the last of them.
+MANY_CALLS = ("alloc", "wait", "any")
 # No run makes so many calls.
 MOST_CALLS = 20000
 FAILURES_SHOWN = 3
@@ -125,8 +127,8 @@ def tasks_of(context):
              for name, scenario in SCENARIOS.items() for runner in scenario.runners
              for kind, effect in effects_of(runner)
              for first in firsts(context, runner, step[runner], chance)]
-    # Mixed, so that both processors are busy to the end.
-    return chance.sample(tasks, context.share(150, 2000, len(tasks)))
+    mixed = chance.sample(tasks, context.share(150, 2000, len(tasks)))
+    return sorted(mixed, key=lambda task: task.kind not in MANY_CALLS)
 
 
 def shown_failures(failures):
