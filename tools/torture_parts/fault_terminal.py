@@ -12,8 +12,7 @@ import time
 from torture_parts.program_runs import take_terminal
 
 SIZE = 40, 150
-# Keys are dead for 0.7 seconds after a question has appeared; a busy machine shows it late. Not at a
-# moment at which the program draws: it may end just then, and the terminal itself show the key.
+# Keys are dead for 0.7 seconds after a question has appeared; a busy machine shows it late.
 SECONDS_UNTIL_KEY = 1.45
 # For so long nothing new is written at a question that the person was not told of.
 SECONDS_UNTIL_ESCAPE = 3.5
@@ -26,10 +25,20 @@ PRIVATE_MODE = re.compile(rb"\x1b\[\?([0-9;]+)([hl])")
 SET_AT_FIRST = b"7", b"25"
 
 
-def shows_keys(terminal):
-    """Whether the terminal itself does, as it did before the program."""
+def open_terminal():
+    """Both of its sides. It does not show keys itself: the program may end as one is pressed."""
+    ours, its = pty.openpty()
+    termios.tcsetwinsize(its, SIZE)
+    settings = termios.tcgetattr(its)
+    settings[3] &= ~termios.ECHO
+    termios.tcsetattr(its, termios.TCSANOW, settings)
+    return ours, its
+
+
+def takes_keys(terminal):
+    """Whether the program gets them one by one, as it did not before."""
     local_modes = termios.tcgetattr(terminal)[3]
-    return bool(local_modes & termios.ECHO)
+    return not local_modes & termios.ICANON
 
 
 class Person:
@@ -48,14 +57,14 @@ class Person:
         if len(written) != self.heard[0]:
             self.heard = len(written), now
         if not self.keys or self.keys[0][0] not in written[self.begin:]:
-            if now - self.heard[1] > SECONDS_UNTIL_ESCAPE and not shows_keys(terminal):
+            if now - self.heard[1] > SECONDS_UNTIL_ESCAPE and takes_keys(terminal):
                 os.write(terminal, b"\x1b")
                 self.heard = len(written), now
                 self.gave_up = True
             return
         if self.seen_at is None:
             self.seen_at = now
-        elif now - self.seen_at > SECONDS_UNTIL_KEY and not shows_keys(terminal):
+        elif now - self.seen_at > SECONDS_UNTIL_KEY and takes_keys(terminal):
             os.write(terminal, self.keys.pop(0)[1])
             self.begin, self.seen_at = len(written), None
 
@@ -84,8 +93,7 @@ def plain_text(written):
 def run(command, keys, limit, **setting):
     """The status, what was written, whether it had to be ended, what became of the terminal, and
     whether the person gave up."""
-    ours, its = pty.openpty()
-    termios.tcsetwinsize(its, SIZE)
+    ours, its = open_terminal()
     before = termios.tcgetattr(its)
     person, written, hung = Person(keys), bytearray(), False
     with contextlib.ExitStack() as closing:
