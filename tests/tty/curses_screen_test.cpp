@@ -26,6 +26,7 @@ std::string PictureOf(int Columns, int Rows, const std::string& Latest = {}) {
            "corner\n";
 }
 
+// 0 where there is none.
 pid_t ChildOf(pid_t Parent) {
     const std::string parent = std::to_string(Parent);
     std::ifstream children("/proc/" + parent + "/task/" + parent + "/children");
@@ -183,7 +184,9 @@ TEST_F(CursesScreenOnTerminal, GivesTheTerminalBackForAStopAndTakesItAgain) {
 
 TEST_F(CursesScreenOnTerminal, TakesTheTerminalAgainAfterAStopThatNobodyAnnounced) {
     StartInShell();
-    kill(ChildOf(Program->ProcessId()), SIGSTOP);
+    const pid_t screen = ChildOf(Program->ProcessId());
+    ASSERT_GT(screen, 0);
+    kill(screen, SIGSTOP);
     ASSERT_TRUE(Program->ShowsText("Stopped"));
     Program->Type("fg\r");
     ASSERT_TRUE(Program->ShowsScreen(PictureOf(80, 24)));
