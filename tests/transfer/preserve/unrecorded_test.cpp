@@ -111,7 +111,18 @@ TEST_F(MadeParents, AreLeftAloneWhereTheyAreSomebodyElses) {
     EXPECT_EQ(ModeOf(To / "a"), 0700U);
 }
 
-class MadeTracks : public Unrecorded {};
+class MadeTracks : public Unrecorded {
+protected:
+    // 01.wav, to 01-2.wav.
+    void RenameTrack() {
+        AnsweredConflict answered;
+        answered.Conflict.SourcePath = kTrack;
+        answered.Conflict.DestinationPath = To / "01.wav";
+        answered.Action = Action::Rename;
+        answered.RenamePath = To / "01-2.wav";
+        Names.Add(answered);
+    }
+};
 
 TEST_F(MadeTracks, AreThoseWithAFreeName) {
     MakeFile(To / "taken.wav");
@@ -129,12 +140,7 @@ TEST_F(MadeTracks, GetTheirModesFromTheUmask) {
 }
 
 TEST_F(MadeTracks, AreFoundByTheirNewNames) {
-    AnsweredConflict answered;
-    answered.Conflict.SourcePath = kTrack;
-    answered.Conflict.DestinationPath = To / "01.wav";
-    answered.Action = Action::Rename;
-    answered.RenamePath = To / "01-2.wav";
-    Names.Add(answered);
+    RenameTrack();
     FinishTask task = UnrecordedTask();
     // Somebody has taken the name in the last moment.
     task.MadeFiles = {To / "01.wav"};
@@ -146,12 +152,7 @@ TEST_F(MadeTracks, AreFoundByTheirNewNames) {
 }
 
 TEST_F(MadeTracks, KeepTheirModesWhereNoneAreCarriedOver) {
-    AnsweredConflict answered;
-    answered.Conflict.SourcePath = kTrack;
-    answered.Conflict.DestinationPath = To / "01.wav";
-    answered.Action = Action::Rename;
-    answered.RenamePath = To / "01-2.wav";
-    Names.Add(answered);
+    RenameTrack();
     FinishTask task = UnrecordedTask();
     task.Preserve.bMode = false;
     MakeFile(To / "01-2.wav");
