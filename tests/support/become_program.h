@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <csignal>
 #include <cstdlib>
 #include <string>
 #include <unistd.h>
@@ -9,7 +10,8 @@
 #include <vector>
 
 // Environment adds variables; an empty value removes one. Ends with status 126 where there is no
-// WorkingDirectory and with 127 where there is no such program, as a shell does.
+// WorkingDirectory and with 127 where there is no such program, as a shell does. Signals that end
+// programs do, also where the tests themselves ignore some, in the background or with nohup.
 [[noreturn]] inline void
 BecomeProgram(const std::vector<std::string>& Command, const std::string& WorkingDirectory,
               const std::vector<std::pair<std::string, std::string>>& Environment) {
@@ -22,6 +24,9 @@ BecomeProgram(const std::vector<std::string>& Command, const std::string& Workin
     }
     if (!WorkingDirectory.empty() && chdir(WorkingDirectory.c_str()) != 0) {
         _exit(126);
+    }
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT}) {
+        std::signal(signal, SIG_DFL);
     }
     std::vector<char*> arguments;
     for (const std::string& argument : Command) {
