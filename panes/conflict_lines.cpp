@@ -107,9 +107,10 @@ void AppendButtons(RankedLines& OutLines, const ConflictQuestion& Question, int 
                     {rank, {.What = DialogLine::Kind::Buttons}});
 }
 
-// The second text at the right end.
+// The second text at the right end; the first gives way.
 std::string BesideEachOther(const std::string& Left, const std::string& Right, int Columns) {
-    const std::string right = Right.empty() ? "" : "  " + CleanForScreen(Right);
+    const std::string right =
+        Right.empty() ? "" : ElideMiddle("  " + CleanForScreen(Right), Columns);
     return FitToColumns(CleanForScreen(Left), Columns - DisplayWidth(right)) + right;
 }
 

@@ -324,6 +324,12 @@ TEST_F(ConflictOnScreen, CleansWhatItsOwnerSays) {
         << Box(dialog);
 }
 
+TEST_F(ConflictOnScreen, KeepsInItsFrameWhateverItsOwnerSays) {
+    ConflictDialog& dialog = Open(FileConflict());
+    dialog.ShowJob(std::string(300, 's'), std::string(300, 'd'));
+    ExpectWholeBoxInEveryWindow(dialog);
+}
+
 TEST_F(ConflictOnScreen, SkipsOnEnterAlone) {
     Open(FileConflict());
     EXPECT_EQ(Press(kEnter), kSkip);

@@ -48,11 +48,11 @@ def fuzzed(target, seconds, seed, scratch):
     if result.returncode == 0:
         return Row(SUBJECTS[target], inputs, inputs)
     reason = re.search(r"^Does not hold: .*|^SUMMARY: .*", result.stderr, re.MULTILINE)
-    kept = re.search(rf"{re.escape(str(FOUND))}/\S+", result.stderr)
+    kept = re.search(r"^.*Test unit written to (\S+)$", result.stderr, re.MULTILINE)
     repeat = f"build/fuzz/torture/fuzz/fuzz_{target}"
     return Row(SUBJECTS[target], inputs, inputs - 1,
                f"{reason[0] if reason else 'It ended early.'} Repeat it with `{repeat} "
-               f"{pathlib.Path(kept[0]).relative_to(ROOT) if kept else ''}`")
+               f"{pathlib.Path(kept[1]).relative_to(ROOT) if kept else ''}`")
 
 
 def run(context):
