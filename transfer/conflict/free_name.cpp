@@ -96,9 +96,16 @@ std::string RenameRefusal(const std::filesystem::path& Path) {
     if (errno != ENOENT) {
         return "That directory cannot be used: " + std::string(std::strerror(errno)) + ".";
     }
-    // The engine makes missing directories, below the nearest one that exists.
-    std::filesystem::path directory = Path.parent_path();
+    if (Path.filename() == ".") {
+        return "A name cannot be '.'.";
+    }
+    // The engine makes missing directories, below the nearest one that exists. A way that leads out
+    // of a missing one again may then end at what exists.
+    std::filesystem::path directory = Path;
     while (directory.has_filename() && stat(directory.c_str(), &status) != 0) {
+        if (directory.filename() == "..") {
+            return "'..' cannot follow a directory that does not exist.";
+        }
         directory = directory.parent_path();
     }
     if (faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {

@@ -48,6 +48,21 @@ TEST_F(RenameCheck, RefusesANameInsideAFile) {
     EXPECT_EQ(RenameRefusal(Directory / "a.txt/new"), "That would be inside a file.");
 }
 
+// The engine makes "new" first, and then the name leads to what stands there.
+TEST_F(RenameCheck, RefusesAWayOutOfAMissingDirectory) {
+    WriteFile(Directory / "a.txt", "");
+    const std::string refusal = "'..' cannot follow a directory that does not exist.";
+    EXPECT_EQ(RenameRefusal(Directory / "new/../a.txt"), refusal);
+    EXPECT_EQ(RenameRefusal(Directory / "new/er/../../b.txt"), refusal);
+    EXPECT_EQ(RenameRefusal(Directory / "new/.."), refusal);
+    EXPECT_EQ(RenameRefusal(Directory / "new/../.."), refusal);
+    EXPECT_EQ(RenameRefusal(Directory / "new/."), "A name cannot be '.'.");
+    std::filesystem::create_directory(Directory / "inner");
+    EXPECT_EQ(RenameRefusal(Directory / "inner/../a.txt"), "That name exists already.");
+    EXPECT_EQ(RenameRefusal(Directory / "inner/../b.txt"), "");
+    EXPECT_EQ(RenameRefusal(Directory / "inner/../new/./b.txt"), "");
+}
+
 TEST_F(RenameCheck, RefusesADirectoryThatCannotBeLookedThrough) {
     std::filesystem::create_symlink("loop", Directory / "loop");
     EXPECT_EQ(RenameRefusal(Directory / "loop/new"),
