@@ -53,6 +53,13 @@ std::string LeftAloneText(std::uint64_t Entries) {
                                         "else stands there now.";
 }
 
+std::string StayPrivateText(std::uint64_t Entries) {
+    return Entries == 0   ? std::string()
+           : Entries == 1 ? "1 entry that came late stays private: only its owner can read it."
+                          : EntriesText(Entries) +
+                                " that came late stay private: only their owner can read them.";
+}
+
 } // namespace
 
 std::string FinishFailureText(const FinishResult& Result) {
@@ -71,6 +78,7 @@ std::string FinishRemark(const FinishResult& Result) {
     const std::string lost = LostProperties(Result);
     std::string text = lost.empty() ? std::string() : "The destination does not keep " + lost + ".";
     AppendSentence(text, LeftAloneText(Result.LeftAlone), " ");
+    AppendSentence(text, StayPrivateText(Result.StayPrivate), " ");
     return text;
 }
 

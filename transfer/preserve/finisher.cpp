@@ -14,7 +14,7 @@ void Finisher::Work() noexcept {
         FinishWalk walk(Task, Outcome, Done);
         walk.Run(bCancel);
         if (!Outcome.bCanceled) {
-            OpenUpUnrecorded(Task, walk.CopiesThere(), bCancel);
+            Outcome.StayPrivate = OpenUpUnrecorded(Task, walk.CopiesThere(), bCancel);
         }
     } catch (const std::exception& error) {
         Outcome.Broken = error.what();

@@ -6,6 +6,7 @@
 #include "made_private.h"
 #include "preserve_choice.h"
 #include "status_record.h"
+#include "tarvanetransfer.h"
 #include "worker_thread.h"
 
 #include <atomic>
@@ -35,6 +36,9 @@ struct FinishTask {
     std::vector<std::filesystem::path> MadeFiles = {};
     // As the job counts them, to notice entries that came late.
     std::uint64_t CopiedEntries = 0;
+    // Of the job, for the sources of these; outlives the finisher. Without one nothing has come
+    // late.
+    const TarvaneTransferPlan* Plan = nullptr;
     // When it began; nothing has come late by default.
     timespec JobStarted = {.tv_sec = std::numeric_limits<time_t>::max(), .tv_nsec = 0};
 };
@@ -46,6 +50,8 @@ struct FinishResult {
     // Gone by then, of another kind, or with a second name, which may be somebody else's. A
     // directory counts once for all that is in it.
     std::uint64_t LeftAlone = 0;
+    // Came late and are without a source, so that nobody knows how open they may be.
+    std::uint64_t StayPrivate = 0;
     // Copies that are not as long as the record says. They are finished too.
     std::uint64_t ChangedLength = 0;
     // The first ten of them, by their full paths.

@@ -1,5 +1,8 @@
 #include "late_entries.h"
 
+#include "private_entry.h"
+#include "tarvanetransfer.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <functional>
@@ -30,7 +33,7 @@ void ForEachName(int Folder, const std::function<void(const char*)>& Visit) {
 
 } // namespace
 
-void LateEntries::OpenUpAll(const std::atomic<bool>& bCancel) {
+std::uint64_t LateEntries::FinishAll(const std::atomic<bool>& bCancel) {
     NoteRenamed();
     StatusRecord::Reader reader(Task.Record);
     while (const std::optional<RecordedEntry> entry = bCancel ? std::nullopt : reader.Next()) {
@@ -47,6 +50,7 @@ void LateEntries::OpenUpAll(const std::atomic<bool>& bCancel) {
             break;
         }
     }
+    return StayPrivate;
 }
 
 // They may be anywhere, and have got their modes from their sources.
@@ -66,7 +70,8 @@ void LateEntries::Know(std::string_view Name) {
 }
 
 void LateEntries::Enter(const RecordedEntry& Entry) {
-    const bool bAbovePassedOver = !Levels.empty() && Levels.back().bPassedOver;
+    const bool bAbovePassedOver =
+        Levels.empty() ? !EnterItem(Entry.Name) : Levels.back().bPassedOver;
     const std::size_t parentPathBytes = Path.size();
     Path += Path.empty() ? "" : "/";
     Path += Entry.Name;
@@ -87,14 +92,26 @@ bool LateEntries::OpenFolder(const RecordedEntry& Entry, bool bMade) {
                                         : Folders.Enter(name, O_PATH);
 }
 
+// The record has the items in their order, but not all of them.
+bool LateEntries::EnterItem(std::string_view Destination) {
+    const auto& items = Task.Plan->Items;
+    while (Item < items.size() && items[Item].DestinationPath.native() != Destination) {
+        ++Item;
+    }
+    return Item < items.size();
+}
+
 void LateEntries::Leave() {
     const Level level = std::move(Levels.back());
     Levels.pop_back();
     if (!level.bPassedOver) {
         const int folder = Folders.Current();
+        const TarvaneTransferItemPlan& item = Task.Plan->Items[Item];
+        const std::string source =
+            item.SourcePath.native() + Path.substr(item.DestinationPath.native().size()) + '/';
         ForEachName(folder, [&](const char* Name) {
             if (!level.Names.contains(HashOf(Name))) {
-                OpenUpIfLate(folder, Name, level.bMade);
+                FinishIfLate(folder, Name, source + Name, level.bMade);
             }
         });
         Folders.Leave();
@@ -102,17 +119,28 @@ void LateEntries::Leave() {
     Path.resize(level.ParentPathBytes);
 }
 
-void LateEntries::OpenUpIfLate(int Folder, const char* Name, bool bFolderMade) const {
+void LateEntries::FinishIfLate(int Folder, const char* Name, const std::string& Source,
+                               bool bFolderMade) {
     const std::optional<PrivateEntry> entry = OpenPrivateEntry(Folder, Name);
     if (!entry || !IsLate(entry->Status, bFolderMade)) {
         return;
     }
+    const int opened = entry->Opened.Get();
+    struct stat source {};
+    struct stat status {};
+    if (::stat(Source.c_str(), &source) != 0 || ::fstat(opened, &status) != 0 ||
+        (source.st_mode & S_IFMT) != (status.st_mode & S_IFMT)) {
+        ++StayPrivate;
+        return;
+    }
     if (entry->IsDirectory()) {
-        ForEachName(entry->Opened.Get(), [&](const char* Inner) {
-            OpenUpIfLate(entry->Opened.Get(), Inner, bFolderMade);
+        ForEachName(opened, [&](const char* Inner) {
+            FinishIfLate(opened, Inner, Source + '/' + Inner, bFolderMade);
         });
     }
-    OpenUp(*entry, Task.Umask);
+    if (Changes.Carry({.Folder = opened}, status, RecordedStatusOf(source))) {
+        ++StayPrivate;
+    }
 }
 
 // Not all file systems tell when an entry was made. The time of its last change says nothing about

@@ -59,11 +59,11 @@ timespec TimeNow() {
     return now;
 }
 
-void OpenUpUnrecorded(const FinishTask& Task, std::uint64_t RecordedThere,
-                      const std::atomic<bool>& bCancel) {
+std::uint64_t OpenUpUnrecorded(const FinishTask& Task, std::uint64_t RecordedThere,
+                               const std::atomic<bool>& bCancel) {
     // Nothing was made private, and the umask is not the user's.
     if (!Task.Preserve.bMode) {
-        return;
+        return 0;
     }
     const bool bDirectory = true;
     for (const fs::path& parent : Task.MadeParents) {
@@ -80,7 +80,6 @@ void OpenUpUnrecorded(const FinishTask& Task, std::uint64_t RecordedThere,
         OpenUpPath(file, !bDirectory, Task.Umask);
     }
     // An entry that could not be looked at has a mode of its own, which nobody knows.
-    if (Task.CopiedEntries > RecordedThere && !Task.Record.HasGaps()) {
-        LateEntries(Task).OpenUpAll(bCancel);
-    }
+    const bool bLate = Task.CopiedEntries > RecordedThere && !Task.Record.HasGaps();
+    return bLate && Task.Plan != nullptr ? LateEntries(Task).FinishAll(bCancel) : 0;
 }

@@ -1,5 +1,5 @@
-// What a private job makes without a record of what it should be like: it gets what the user's
-// umask gives.
+// What a private job makes without a record of what it should be like. What has no source of its
+// own gets what the user's umask gives.
 
 #pragma once
 
@@ -25,7 +25,8 @@ std::vector<std::filesystem::path> FreeTrackNames(const TarvaneTransferPlan& Pla
 timespec TimeNow();
 
 // After the job, when all that is in the record is finished. RecordedThere counts those that the
-// job has made, replaced or merged into; others are looked for only where the job counts more.
-// Errors: std::system_error when the record cannot be read. What cannot be opened up stays private.
-void OpenUpUnrecorded(const FinishTask& Task, std::uint64_t RecordedThere,
-                      const std::atomic<bool>& bCancel);
+// job has made, replaced or merged into; others are looked for only where the job counts more, and
+// get what belongs to their sources. Returns how many of these stay private, having no source any
+// more. Errors: std::system_error when the record cannot be read.
+std::uint64_t OpenUpUnrecorded(const FinishTask& Task, std::uint64_t RecordedThere,
+                               const std::atomic<bool>& bCancel);

@@ -48,6 +48,7 @@ FinishPreparation::FinishPreparation(const TransferRequest& Request,
         Task.MadeParents = MissingParents(Plan);
         Task.MadeFiles = FreeTrackNames(Plan);
         Task.JobStarted = TimeNow();
+        Task.Plan = &Plan;
     }
 }
 

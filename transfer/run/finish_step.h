@@ -27,7 +27,7 @@ RunOutcome EndWithoutRecord(const std::system_error& Error);
 // What the finishing has to know of the time before the job, and hears from its desk.
 class FinishPreparation {
 public:
-    // Is made right before the job. Record, which the look has filled, outlives it.
+    // Is made right before the job. Record, which the look has filled, and Plan outlive it.
     FinishPreparation(const TransferRequest& Request, const TarvaneTransferPlan& Plan,
                       const StatusRecord& Record);
     FinishPreparation(const FinishPreparation&) = delete;

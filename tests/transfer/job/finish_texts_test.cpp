@@ -54,6 +54,14 @@ TEST(FinishRemark, NamesWhatTheDestinationCannotHold) {
               "The destination does not keep modes, owners and exact dates.");
 }
 
+TEST(FinishRemark, CountsWhatStaysPrivate) {
+    EXPECT_EQ(FinishRemark({.StayPrivate = 1}),
+              "1 entry that came late stays private: only its owner can read it.");
+    EXPECT_EQ(FinishRemark({.StayPrivate = 2, .bModesLost = true}),
+              "The destination does not keep modes. 2 entries that came late stay private: only "
+              "their owner can read them.");
+}
+
 TEST(FinishRemark, CountsWhatWasLeftAlone) {
     EXPECT_EQ(FinishRemark({.LeftAlone = 1}),
               "1 entry was left alone: it is gone, or something else stands there now.");

@@ -1,5 +1,5 @@
-// What a private job has made without a record gets what the user's umask gives, and nothing else
-// does.
+// What a private job has made without a record gets what its source or the user's umask gives, and
+// nothing else does.
 
 #include "unrecorded.h"
 
@@ -27,9 +27,9 @@ protected:
         return task;
     }
 
-    static void OpenUpAll(const FinishTask& ToDo, std::uint64_t RecordedThere = 0) {
+    static std::uint64_t OpenUpAll(const FinishTask& ToDo, std::uint64_t RecordedThere = 0) {
         const std::atomic<bool> bCancel{false};
-        OpenUpUnrecorded(ToDo, RecordedThere, bCancel);
+        return OpenUpUnrecorded(ToDo, RecordedThere, bCancel);
     }
 
     static void MakeFile(const fs::path& Path, mode_t Mode = 0600) {
@@ -193,11 +193,23 @@ protected:
                                 [&] { return !IsBefore(TimeOfNewEntries(), started); }));
         FinishTask task = UnrecordedTask();
         task.JobStarted = started;
+        Plan = PlanTo({To / "tree"}, (From / "tree").c_str());
+        task.Plan = &Plan;
         task.CopiedEntries = Kept.Entries() + 1;
         return task;
     }
 
-    void OpenUpLate(const FinishTask& ToDo) { OpenUpAll(ToDo, Kept.Entries()); }
+    std::uint64_t OpenUpLate(const FinishTask& ToDo) { return OpenUpAll(ToDo, Kept.Entries()); }
+
+    // A source that nobody has looked at, and its copy.
+    void MakeLate(const std::string& Name, mode_t Mode = kLate) {
+        MakeSource(Name, Mode);
+        MakeFile(To / Name);
+    }
+
+    // That no umask gives.
+    static constexpr mode_t kLate = 0604;
+    TarvaneTransferPlan Plan;
 
     // Never after that of an entry that is made now, and before that of one made earlier.
     static timespec TimeOfNewEntries() {
@@ -211,19 +223,29 @@ protected:
     }
 };
 
-TEST_F(LateEntry, GetsItsModeFromTheUmask) {
+TEST_F(LateEntry, GetsTheModeOfItsSource) {
     MakeTree();
     Record("tree");
     const FinishTask task = TaskOfJob();
     Copy("tree");
-    MakeFile(To / "tree/late");
-    MakeFile(To / "tree/inner/late");
+    MakeLate("tree/late");
+    MakeLate("tree/inner/late");
     OpenUpLate(task);
-    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
-    EXPECT_EQ(ModeOf(To / "tree/inner/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/late"), kLate);
+    EXPECT_EQ(ModeOf(To / "tree/inner/late"), kLate);
     EXPECT_EQ(ModeOf(To / "tree/known"), 0600U);
     EXPECT_EQ(ModeOf(To / "tree/inner/known"), 0600U);
     EXPECT_EQ(ModeOf(To / "tree/inner"), 0700U);
+}
+
+TEST_F(LateEntry, GetsTheTimesOfItsSource) {
+    MakeTree();
+    Record("tree");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeLate("tree/late");
+    OpenUpLate(task);
+    EXPECT_EQ(StatusText(To / "tree/late"), StatusText(From / "tree/late"));
 }
 
 TEST_F(LateEntry, IsOpenedUpWithAllThatIsInIt) {
@@ -231,13 +253,76 @@ TEST_F(LateEntry, IsOpenedUpWithAllThatIsInIt) {
     Record("tree");
     const FinishTask task = TaskOfJob();
     Copy("tree");
+    MakeDirectory(From / "tree/late/deep");
     MakeDirectory(To / "tree/late/deep");
     MakeDirectory(To / "tree/late");
-    MakeFile(To / "tree/late/deep/file");
-    OpenUpLate(task);
-    EXPECT_EQ(ModeOf(To / "tree/late"), 0750U);
-    EXPECT_EQ(ModeOf(To / "tree/late/deep"), 0750U);
-    EXPECT_EQ(ModeOf(To / "tree/late/deep/file"), 0640U);
+    MakeLate("tree/late/deep/file");
+    Dress(From / "tree/late/deep", 0555);
+    Dress(From / "tree/late", 0705);
+    EXPECT_EQ(OpenUpLate(task), 0U);
+    for (const char* const name : {"tree/late", "tree/late/deep", "tree/late/deep/file"}) {
+        EXPECT_EQ(StatusText(To / name), StatusText(From / name)) << name;
+    }
+}
+
+TEST_F(LateEntry, StaysAsPrivateAsItsSource) {
+    MakeTree();
+    Record("tree");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeLate("tree/late", 0600);
+    EXPECT_EQ(OpenUpLate(task), 0U);
+    EXPECT_EQ(ModeOf(To / "tree/late"), 0600U);
+}
+
+// A move has removed its source; or somebody else has made it.
+TEST_F(LateEntry, StaysPrivateWithoutASource) {
+    MakeTree();
+    Record("tree");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeFile(To / "tree/moved");
+    MakeDirectory(To / "tree/inner/moved");
+    MakeFile(To / "tree/inner/moved/file");
+    EXPECT_EQ(OpenUpLate(task), 2U);
+    EXPECT_EQ(ModeOf(To / "tree/moved"), 0600U);
+    EXPECT_EQ(ModeOf(To / "tree/inner/moved"), 0700U);
+    EXPECT_EQ(ModeOf(To / "tree/inner/moved/file"), 0600U);
+}
+
+TEST_F(LateEntry, StaysPrivateWhereItsSourceIsOfAnotherKind) {
+    MakeTree();
+    Record("tree");
+    const FinishTask task = TaskOfJob();
+    Copy("tree");
+    MakeFile(To / "tree/file");
+    MakeDirectory(From / "tree/file", 0755);
+    MakeDirectory(To / "tree/directory");
+    MakeSource("tree/directory", 0644);
+    EXPECT_EQ(OpenUpLate(task), 2U);
+    EXPECT_EQ(ModeOf(To / "tree/file"), 0600U);
+    EXPECT_EQ(ModeOf(To / "tree/directory"), 0700U);
+}
+
+TEST_F(LateEntry, IsFoundInAllItemsOfThePlan) {
+    MakeTree();
+    fs::create_directory(From / "last");
+    MakeSource("file");
+    Record("tree");
+    Record("file");
+    Record("last");
+    const FinishTask task = TaskOfJob();
+    Plan = PlanTo({To / "skipped", To / "tree", To / "file", To / "last"});
+    for (TarvaneTransferItemPlan& item : Plan.Items) {
+        item.SourcePath = From / item.DestinationPath.filename();
+    }
+    Copy("tree");
+    Copy("last");
+    MakeLate("tree/late");
+    MakeLate("last/late");
+    EXPECT_EQ(OpenUpLate(task), 0U);
+    EXPECT_EQ(ModeOf(To / "tree/late"), kLate);
+    EXPECT_EQ(ModeOf(To / "last/late"), kLate);
 }
 
 TEST_F(LateEntry, IsTakenForOneOnlyIfItWasMadeDuringTheJob) {
@@ -247,10 +332,10 @@ TEST_F(LateEntry, IsTakenForOneOnlyIfItWasMadeDuringTheJob) {
     Record("tree");
     const FinishTask task = TaskOfJob();
     Copy("tree");
-    MakeFile(To / "tree/late");
+    MakeLate("tree/late");
     MakeFile(To / "tree/old-directory/new");
     OpenUpLate(task);
-    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/late"), kLate);
     EXPECT_EQ(ModeOf(To / "tree/old"), 0600U);
     EXPECT_EQ(ModeOf(To / "tree/old-directory"), 0700U);
     EXPECT_EQ(ModeOf(To / "tree/old-directory/new"), 0600U);
@@ -287,9 +372,9 @@ TEST_F(LateEntry, IsLookedForWhereTheRecordHasEntriesThatAreNotThere) {
     task.CopiedEntries = Kept.Entries();
     Copy("tree");
     fs::remove(To / "tree/known");
-    MakeFile(To / "tree/late");
+    MakeLate("tree/late");
     OpenUpAll(task, Kept.Entries() - 1);
-    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/late"), kLate);
 }
 
 TEST_F(LateEntry, IsNoneByDefault) {
@@ -313,9 +398,9 @@ TEST_F(LateEntry, IsNoCopyThatGotAnotherName) {
     fs::create_directory(To / "tree/made");
     MakeFile(To / "tree/known-2");
     MakeFile(To / "tree/elsewhere");
-    MakeFile(To / "tree/late");
+    MakeLate("tree/late");
     OpenUpLate(task);
-    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/late"), kLate);
     EXPECT_EQ(ModeOf(To / "tree/known-2"), 0600U);
     EXPECT_EQ(ModeOf(To / "tree/elsewhere"), 0600U);
 }
@@ -343,9 +428,10 @@ TEST_F(LateEntry, IsReachedThroughALinkThatTheJobHasFollowed) {
     Record("tree");
     const FinishTask task = TaskOfJob();
     Copy("tree");
+    MakeSource("tree/late", kLate);
     MakeFile(To / "real/late");
     OpenUpLate(task);
-    EXPECT_EQ(ModeOf(To / "real/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "real/late"), kLate);
 }
 
 TEST_F(LateEntry, IsNotLookedForInADirectoryThatWasSkipped) {
@@ -355,10 +441,10 @@ TEST_F(LateEntry, IsNotLookedForInADirectoryThatWasSkipped) {
     Answer("tree/inner", Action::Skip);
     const FinishTask task = TaskOfJob();
     MakeFile(To / "tree/inner/unknown");
-    MakeFile(To / "tree/late");
+    MakeLate("tree/late");
     OpenUpLate(task);
     EXPECT_EQ(ModeOf(To / "tree/inner/unknown"), 0600U);
-    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/late"), kLate);
 }
 
 TEST_F(LateEntry, StaysPrivateAfterACancel) {
@@ -366,7 +452,7 @@ TEST_F(LateEntry, StaysPrivateAfterACancel) {
     Record("tree");
     const FinishTask task = TaskOfJob();
     Copy("tree");
-    MakeFile(To / "tree/late");
+    MakeLate("tree/late");
     const std::atomic<bool> bCancel{true};
     OpenUpUnrecorded(task, Kept.Entries(), bCancel);
     EXPECT_EQ(ModeOf(To / "tree/late"), 0600U);
@@ -390,10 +476,10 @@ TEST_F(LateEntry, IsOnlySeenInNewDirectoriesWithoutTimesOfBirth) {
     const FinishTask task = TaskOfJob();
     Copy("tree");
     ASSERT_EQ(::chmod((To / "tree/old").c_str(), 0600), 0);
-    MakeFile(To / "tree/inner/late");
+    MakeLate("tree/inner/late");
     OpenUpLate(task);
     EXPECT_EQ(ModeOf(To / "tree/old"), 0600U);
-    EXPECT_EQ(ModeOf(To / "tree/inner/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/inner/late"), kLate);
 }
 
 class UnrecordedByFinisher : public LateEntry {};
@@ -403,11 +489,11 @@ TEST_F(UnrecordedByFinisher, IsOpenedUpWhenTheRecordIsThrough) {
     Record("tree");
     FinishTask task = TaskOfJob();
     Copy("tree");
-    MakeFile(To / "tree/late");
+    MakeLate("tree/late");
     MakeDirectory(To / "parent");
     task.MadeParents = {To / "parent"};
     Finish(task);
-    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/late"), kLate);
     EXPECT_EQ(ModeOf(To / "tree/known"), 0600U);
     EXPECT_EQ(ModeOf(To / "parent"), 0750U);
 }
@@ -434,9 +520,9 @@ TEST_F(UnrecordedByFinisher, IsLookedForAlsoWhereEntriesWereFoundEqual) {
     FinishTask task = TaskOfJob();
     task.CopiedEntries = Kept.Entries();
     Copy("tree/inner/known");
-    MakeFile(To / "tree/late");
+    MakeLate("tree/late");
     Finish(task);
-    EXPECT_EQ(ModeOf(To / "tree/late"), 0640U);
+    EXPECT_EQ(ModeOf(To / "tree/late"), kLate);
 }
 
 } // namespace

@@ -87,6 +87,49 @@ TEST_F(LateNames, AreLeftAloneWhenTheNewNameWasTakenMeanwhile) {
     ExpectOtherAsItWas("to/c");
 }
 
+// While the job waits at "a".
+class LateSources : public LateNames {
+protected:
+    LateSources() { std::filesystem::create_directory(Root / "from/tree"); }
+
+    void MakeSources() const {
+        for (const char* const name : {"from/tree/open", "from/tree/secret"}) {
+            WriteFile(Root / name, name);
+        }
+        ASSERT_EQ(::chmod((Root / "from/tree/open").c_str(), 0604), 0);
+        ASSERT_EQ(::chmod((Root / "from/tree/secret").c_str(), 0600), 0);
+    }
+};
+
+TEST_F(LateSources, GiveTheirCopiesTheirModes) {
+    TransferRun run(Request, PlanOf({"a", "tree"}));
+    ASSERT_TRUE(Asks(run));
+    MakeSources();
+    Answer(run, Action::Overwrite);
+    ASSERT_TRUE(Ends(run));
+    EXPECT_EQ(run.EndLines(), Strings{"Copied 4 entries, 33 B; 1 replaced."});
+    EXPECT_EQ(ModeOf("to/tree/open"), 0604U);
+    EXPECT_EQ(ModeOf("to/tree/secret"), 0600U);
+}
+
+TEST_F(LateSources, LeaveTheirCopiesPrivateWhereTheyAreMoved) {
+    Request.bMove = true;
+    std::filesystem::create_directory(Root / "to/tree");
+    TransferRun run(Request, PlanOf({"a", "tree"}));
+    ASSERT_TRUE(Asks(run));
+    MakeSources();
+    Answer(run, Action::Overwrite);
+    ASSERT_TRUE(Asks(run));
+    Answer(run, Action::Merge);
+    ASSERT_TRUE(Ends(run));
+    EXPECT_EQ(run.EndLines(),
+              Strings({"Moved 3 entries, 33 B; 1 replaced.",
+                       "2 entries that came late stay private: only their owner can read "
+                       "them."}));
+    EXPECT_EQ(ModeOf("to/tree/open"), 0600U);
+    EXPECT_EQ(ModeOf("to/tree/secret"), 0600U);
+}
+
 // It was made private before it was replaced.
 TEST_F(LateNames, KeepTheModeThatTheirSourcesAllow) {
     std::filesystem::create_directory(Root / "from/tree");
