@@ -165,7 +165,7 @@ void FinishWalk::FinishAt(const EntryPlace& Place, const std::string& Named,
         NoteUnreachable(Named);
     } else if (old != nullptr && KeepsItsMode(Task, *old, status)) {
         NoteGivenBack(*old, GiveBackMode(Task, *old, Place, status, Changes));
-    } else if (IsOurs(Named, Entry, status)) {
+    } else if (old != nullptr || IsOurs(Named, Entry, status)) {
         if ((status.st_mode & S_IFMT) != (Entry.Source.Mode & S_IFMT) || status.st_nlink > 1) {
             ++Result.LeftAlone;
             return;

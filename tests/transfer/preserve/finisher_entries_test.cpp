@@ -349,6 +349,17 @@ TEST_F(FinisherEntries, GivesNoModeBackToWhatASuccessfulJobHasReplaced) {
     EXPECT_EQ(ModeOf(file), 0600U);
 }
 
+TEST_F(FinisherEntries, FinishesWhatASuccessfulJobHasReplacedAtTheSameTime) {
+    MakeSource("file", 0644);
+    const fs::path file = MakeOld("file", 0600);
+    Record("file");
+    FinishTask task = Task();
+    task.Privates = {NoteOf(file)};
+    const FinishResult result = Finish(task);
+    EXPECT_EQ(StatusText(file), Wanted[file]);
+    EXPECT_EQ(result.Finished, 1U);
+}
+
 TEST_F(FinisherEntries, GivesBackTheModeOfWhatHasNoRecord) {
     fs::create_directory(From / "tree");
     Record("tree");
