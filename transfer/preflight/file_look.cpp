@@ -19,7 +19,7 @@ struct FileLook::File {
     std::uint64_t SizeBytes() const { return static_cast<std::uint64_t>(Status.st_size); }
 };
 
-void FileLook::LookAt(WalkListing& Directory, const char* Name, const struct stat& Status,
+bool FileLook::LookAt(WalkListing& Directory, const char* Name, const struct stat& Status,
                       bool bLink, const DestinationEntry& There) {
     const bool bRegular = S_ISREG(Status.st_mode);
     const std::uint64_t bytes = bRegular ? static_cast<std::uint64_t>(Status.st_size) : 0;
@@ -30,18 +30,18 @@ void FileLook::LookAt(WalkListing& Directory, const char* Name, const struct sta
     Result.Bytes += countedBytes;
     if (Directory.Fate != Treatment::Copied) {
         CountSkipped(Directory, skippedBytes);
-        return;
+        return false;
     }
     if (There.Identity == IdentityOf(Status)) {
         CountCopied(Directory, bytes);
         Result.Findings.AddStop(Kind::SourceIsDestination, Directory.PathOf(Name));
-        return;
+        return false;
     }
     const File source{Directory, Name, Status, bLink, There};
     const NameFate fate = FateOf(source);
     if (fate == NameFate::Skipped || fate == NameFate::Refused) {
         CountSkipped(Directory, skippedBytes);
-        return;
+        return false;
     }
     CountCopied(Directory, bytes);
     Result.FollowedBytes += Directory.bSelected ? bytes - countedBytes : 0;
@@ -50,6 +50,7 @@ void FileLook::LookAt(WalkListing& Directory, const char* Name, const struct sta
     } else if (!bLink) {
         Result.Findings.AddStop(Kind::SpecialEntry, Directory.PathOf(Name));
     }
+    return true;
 }
 
 // Makes no texts for a free name, as most are.

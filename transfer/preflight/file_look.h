@@ -23,7 +23,8 @@ public:
           bMove(bMoveSources) {}
 
     // Name is in Directory, with a link to it followed in Status; There stands at its destination.
-    void LookAt(WalkListing& Directory, const char* Name, const struct stat& Status, bool bLink,
+    // Returns whether it is copied.
+    bool LookAt(WalkListing& Directory, const char* Name, const struct stat& Status, bool bLink,
                 const DestinationEntry& There);
 
     // The same for a file at a name that it is skipped for, whatever it is like.

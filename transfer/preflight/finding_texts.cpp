@@ -47,6 +47,8 @@ struct KindTexts {
 
 constexpr KindTexts kTexts[] = {
     {Kind::DanglingLink, "dangling-link", "The job will stop at links that lead nowhere"},
+    {Kind::OvertakenLink, "overtaken-link",
+     "The move will stop at links to what it has moved before them"},
     {Kind::LinkToDirectory, "link-to-directory",
      "Links lead to directories, which will be copied with their contents"},
     {Kind::LinkToDirectoryOnMove, "link-to-directory-on-move",
@@ -164,6 +166,9 @@ std::string DescribeFinding(const PreflightFinding& Finding) {
     switch (Finding.Kind) {
     case Kind::DanglingLink:
         return "the job will stop at the link " + path + ", which leads nowhere";
+    case Kind::OvertakenLink:
+        return "the move will stop at the link " + path +
+               ", which leads to what has been moved before it";
     case Kind::LinkToDirectory:
         return "the directory that the link " + path + " leads to will be copied with its contents";
     case Kind::LinkToDirectoryOnMove:

@@ -19,7 +19,7 @@ public:
         : Plan(Task.Plan), Scope(Task.Scope), Control(ControlToUse),
           Names(Task.Rules, Result, Task.Record != nullptr),
           Record(Task.Record, Task.RecordDescriptor),
-          Sources({Result, Control, Destinations, Names, Demand, Record}, Plan.bMove, Scope),
+          Sources({Result, Control, Destinations, Names, Demand, Record}, Plan, Scope),
           Tracks(Result, Task.Discs) {
         Result.Findings = PreflightFindings(Scope);
         Result.bComplete = Scope == PreflightScope::Everything;

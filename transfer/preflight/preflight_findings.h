@@ -24,6 +24,8 @@ enum class PreflightScope {
 enum class PreflightFindingKind {
     // A link that leads nowhere.
     DanglingLink,
+    // On a move: it leads to what has been moved before it.
+    OvertakenLink,
     // Its contents are copied as a real directory.
     LinkToDirectory,
     // The same on a move that has to copy: what the link leads to is removed.

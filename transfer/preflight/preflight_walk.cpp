@@ -17,12 +17,13 @@ bool Contains(const std::vector<FileIdentity>& Identities, const FileIdentity& W
 
 } // namespace
 
-SourceWalk::SourceWalk(const Parts& PartsToFill, bool bMoveSources, PreflightScope Wanted)
+SourceWalk::SourceWalk(const Parts& PartsToFill, const TarvaneTransferPlan& Plan,
+                       PreflightScope Wanted)
     : Result(PartsToFill.Result), Control(PartsToFill.Control),
-      Destinations(PartsToFill.Destinations), Names(PartsToFill.Names), bMove(bMoveSources),
+      Destinations(PartsToFill.Destinations), Names(PartsToFill.Names), bMove(Plan.bMove),
       Scope(Wanted), Record(PartsToFill.Record),
       Files(Result, Names, PartsToFill.Demand, Record, bMove),
-      Links(Result, PartsToFill.Demand, bMove) {}
+      Links(Result, PartsToFill.Demand, bMove), Overtaken(Result, Plan) {}
 
 void SourceWalk::Walk(const std::filesystem::path& Source,
                       const std::filesystem::path& Destination) {
@@ -36,6 +37,7 @@ void SourceWalk::Walk(const std::filesystem::path& Source,
         top.Fate = Treatment::Renamed;
     }
     DestinationChain = facts.Lineage;
+    Overtaken.EnterItem(Source);
     ++Control.EntriesSeen;
     ++Result.Entries;
     QueryEntry(top, Source.c_str(), IsLinkIn(AT_FDCWD, Source.c_str()), there);
@@ -74,6 +76,9 @@ void SourceWalk::WalkSubdirectories(WalkListing& Directory) {
 void SourceWalk::WalkSubdirectory(WalkListing& Directory, const Subdirectory& Entered,
                                   const DestinationEntry& There) {
     WalkListing target = Enter(Directory, Entered, There);
+    if (Entered.bLink && target.Fate == Treatment::Copied) {
+        Overtaken.LookAt(target.Path);
+    }
     if (target.Fate != Treatment::Copied) {
         Files.CountSkipped(Directory, 0);
         if (Entered.bLink) {

@@ -7,6 +7,7 @@
 #include "directory_reader.h"
 #include "file_look.h"
 #include "followed_links.h"
+#include "overtaken_links.h"
 
 #include <filesystem>
 #include <optional>
@@ -25,8 +26,8 @@ public:
         WalkRecord& Record;
     };
 
-    // Adds to the parts, which must outlive the walk.
-    SourceWalk(const Parts& PartsToFill, bool bMoveSources, PreflightScope Wanted);
+    // Adds to the parts, which must outlive the walk, as must the plan.
+    SourceWalk(const Parts& PartsToFill, const TarvaneTransferPlan& Plan, PreflightScope Wanted);
 
     void Walk(const std::filesystem::path& Source, const std::filesystem::path& Destination);
 
@@ -72,6 +73,7 @@ private:
     const AccessRights Rights;
     FileLook Files;
     FollowedLinks Links;
+    OvertakenLinks Overtaken;
     DirectoryReader::Buffer ListingBuffer;
     // The directories from the item to where the walk is, and from the root to where it writes.
     std::vector<FileIdentity> Chain;

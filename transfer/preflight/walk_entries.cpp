@@ -80,7 +80,9 @@ void SourceWalk::QueryEntry(WalkListing& InOutListing, const char* Name, bool bL
         InOutListing.Subdirectories.PushQueried(
             {Name, StatusOf(InOutListing.Descriptor, Name, status), bLink, There});
     } else if (There.Error == 0) {
-        Files.LookAt(InOutListing, Name, status, bLink, There);
+        if (Files.LookAt(InOutListing, Name, status, bLink, There) && bLink) {
+            Overtaken.LookAt(InOutListing.PathOf(Name));
+        }
     } else {
         Files.Count(InOutListing);
         AddUnseenDestination(InOutListing, Name, There.Error);

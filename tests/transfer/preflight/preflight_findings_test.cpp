@@ -29,6 +29,8 @@ TEST(PreflightFindingName, IsDifferentForEveryKind) {
 TEST(PreflightFinding, OfLinksSaysWhereTheyLead) {
     EXPECT_EQ(Describe(PreflightFindingKind::DanglingLink),
               "the job will stop at the link '/x', which leads nowhere");
+    EXPECT_EQ(Describe(PreflightFindingKind::OvertakenLink),
+              "the move will stop at the link '/x', which leads to what has been moved before it");
     EXPECT_EQ(Describe(PreflightFindingKind::LinkToDirectory),
               "the directory that the link '/x' leads to will be copied with its contents");
     EXPECT_EQ(Describe(PreflightFindingKind::LinkToDirectoryOnMove),
