@@ -12,6 +12,7 @@
 
 #include "quoted.h"
 #include "screen_text.h"
+#include "signals_blocked.h"
 
 namespace {
 
@@ -63,11 +64,17 @@ pid_t Spawn(const std::vector<std::string>& Arguments) {
 } // namespace
 
 std::vector<std::string> ShellArguments(const std::string& Command, const std::string& File) {
+    // The shell makes way for a plain command, which then gets the signals that are for it.
+    const bool bPlain = Command.find_first_of("=;|&()<>{}$`!\\\n") == std::string::npos;
     // The shell's own name is the first argument that the command does not see.
-    return {"sh", "-c", Command + " \"$@\"", Command, File};
+    return {"sh", "-c", (bPlain ? "exec " : "") + Command + " \"$@\"", Command, File};
 }
 
 ForegroundProgram::ForegroundProgram(const std::vector<std::string>& Arguments) {
+    termios modes{};
+    if (::tcgetattr(STDIN_FILENO, &modes) == 0) {
+        ModesBefore = modes;
+    }
     const pid_t process = Spawn(Arguments);
     // The C library's own declaration is not for C++ in all of its versions.
     constexpr unsigned int kNoFlags = 0;
@@ -84,6 +91,21 @@ std::optional<int> ForegroundProgram::TakeExitStatus() {
     if (waitid(P_PIDFD, process, &ended, WEXITED | WNOHANG) != 0 || ended.si_pid == 0) {
         return std::nullopt;
     }
+    // The shell hands on the end of its command so.
     constexpr int kBySignal = 128;
-    return ended.si_code == CLD_EXITED ? ended.si_status : kBySignal + ended.si_status;
+    const int status = ended.si_code == CLD_EXITED ? ended.si_status : kBySignal + ended.si_status;
+    if (status > kBySignal && ModesBefore) {
+        const SignalsBlocked noStop(SIGTTOU);
+        ::tcsetattr(STDIN_FILENO, TCSANOW, &*ModesBefore);
+    }
+    return status;
+}
+
+void ForegroundProgram::Terminate() const {
+    // One that is stopped has to go on to see it.
+    for (const int signal : {SIGTERM, SIGCONT}) {
+        siginfo_t* const noInfo = nullptr;
+        constexpr unsigned int kNoFlags = 0;
+        ::syscall(SYS_pidfd_send_signal, OverFd(), signal, noInfo, kNoFlags);
+    }
 }

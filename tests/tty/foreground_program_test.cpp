@@ -94,6 +94,36 @@ TEST(ForegroundProgram, GetsSignalsAsAShellHandsThemOn) {
     EXPECT_EQ(WEXITSTATUS(process.WaitForEnd()), nothingFound);
 }
 
+TEST(ForegroundProgram, GetsItsTerminalBackWhereASignalHasEndedIt) {
+    ForkedInTerminal process([](const Reporter& Report) {
+        const auto echoes = [] {
+            termios modes{};
+            return tcgetattr(STDIN_FILENO, &modes) == 0 && (modes.c_lflag & ECHO) != 0;
+        };
+        const int killed = StatusOf({"sh", "-c", "stty -echo -isig; kill -KILL $$"});
+        Report(std::to_string(killed) + (echoes() ? " as it was" : " changed"));
+        const int ended = StatusOf({"sh", "-c", "stty -echo"});
+        Report(std::to_string(ended) + (echoes() ? " as it was" : " changed"));
+        return 0;
+    });
+    EXPECT_EQ(process.NextReport(), "137 as it was");
+    EXPECT_EQ(process.NextReport(), "0 changed");
+}
+
+TEST(ForegroundProgram, EndsWhenItIsAskedTo) {
+    ForkedInTerminal process([](const Reporter& Report) {
+        ForegroundProgram program({"sh", "-c", "trap 'exit 3' TERM; echo ready; kill -STOP $$"});
+        Report("started");
+        siginfo_t stopped{};
+        constexpr id_t kAny = 0;
+        waitid(P_ALL, kAny, &stopped, WSTOPPED | WNOWAIT);
+        program.Terminate();
+        return StatusOf(program);
+    });
+    EXPECT_EQ(process.NextReport(), "started");
+    EXPECT_EQ(WEXITSTATUS(process.WaitForEnd()), 3);
+}
+
 TEST(ForegroundProgram, IsInOurProcessGroup) {
     ForkedInTerminal process([](const Reporter&) {
         return StatusOf({"sh", "-c",
@@ -124,6 +154,14 @@ TEST(ShellArguments, LeaveOptionsToTheCommandAndEachByteToTheFile) {
         std::ofstream(file) << "inside";
         EXPECT_EQ(PrintedBy(ShellArguments("head -c 4", file.native())), "insi") << name;
     }
+}
+
+TEST(ShellArguments, MayBeMoreThanOneCommand) {
+    const TemporaryDirectory directory;
+    const std::filesystem::path file = directory.Path() / "file";
+    std::ofstream(file) << "inside";
+    EXPECT_EQ(PrintedBy(ShellArguments("LC_ALL=C head -c 3", file.native())), "ins");
+    EXPECT_EQ(PrintedBy(ShellArguments("printf before; cat", file.native())), "beforeinside");
 }
 
 TEST(ShellArguments, EndAsShellsDoWhereThereIsNoSuchProgram) {
