@@ -26,6 +26,7 @@ public:
 
     void Draw(Screen& On, TimePoint Now) override;
     void TakeKey(const KeyPress& Key, TimePoint Now) override;
+    bool IsGuarded() const override { return true; }
     bool IsClosed() const override { return bClosed; }
 
     // The question is not open any more.

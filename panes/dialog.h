@@ -20,4 +20,6 @@ public:
     virtual void TakeKey(const KeyPress& Key, TimePoint Now) = 0;
     // Whether it is to go away. What it has come to is asked of the dialog itself.
     virtual bool IsClosed() const = 0;
+    // Whether keys are dead at first, because it may come while somebody is typing.
+    virtual bool IsGuarded() const { return false; }
 };

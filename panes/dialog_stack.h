@@ -29,6 +29,8 @@ public:
     }
 
     bool IsEmpty() const { return Layers.empty(); }
+    // Whether the one on top is.
+    bool IsGuarded() const { return !IsEmpty() && Layers.back().Shown->IsGuarded(); }
 
     void TakeKey(const KeyPress& Key, TimePoint Now);
     // Follows all of them, and takes away those that are closed.

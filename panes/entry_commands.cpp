@@ -29,7 +29,7 @@ std::string EntryOf(const fs::path& Name) {
 
 } // namespace
 
-void EntryCommands::Attend() {
+void EntryCommands::Attend(TimePoint Now) {
     const std::optional<EntryWorkResult> result = Work ? Work->TakeResult() : std::nullopt;
     if (!result) {
         return;
@@ -43,8 +43,18 @@ void EntryCommands::Attend() {
     if (result->FailureCount > lines.size()) {
         lines.push_back("and " + NumberText(result->FailureCount - lines.size()) + " more");
     }
-    Stack.Open<MessageDialog>(std::make_unique<MessageDialog>(Notice(WorkText, std::move(lines))),
-                              nullptr);
+    auto notice = std::make_unique<MessageDialog>(Notice(WorkText, std::move(lines)));
+    notice->AppearUnasked(Guard, Now);
+    Stack.Open<MessageDialog>(std::move(notice), nullptr);
+}
+
+bool EntryCommands::Stop() {
+    if (!Work) {
+        return false;
+    }
+    Work.reset();
+    ShowWorkDone();
+    return true;
 }
 
 // Whoever has gone elsewhere meanwhile, or is on the way, is not led back.

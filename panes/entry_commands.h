@@ -5,6 +5,7 @@
 #include "dialog_stack.h"
 #include "entry_work.h"
 #include "file_panes.h"
+#include "key_guard.h"
 
 #include <filesystem>
 #include <optional>
@@ -15,9 +16,11 @@
 // Threads: one.
 class EntryCommands {
 public:
-    // Both outlive this.
-    EntryCommands(FilePanes& PanesToUse, DialogStack& StackToUse)
-        : Panes(PanesToUse), Stack(StackToUse) {}
+    using TimePoint = DialogStack::TimePoint;
+
+    // All of them outlive this.
+    EntryCommands(FilePanes& PanesToUse, DialogStack& StackToUse, KeyGuard& GuardOfNotices)
+        : Panes(PanesToUse), Stack(StackToUse), Guard(GuardOfNotices) {}
 
     // Each opens the dialog that asks for it, where it can be done.
     void MakeDirectory();
@@ -25,9 +28,11 @@ public:
     void Delete();
 
     // Goes on with what was begun.
-    void Attend();
+    void Attend(TimePoint Now);
     bool IsBusy() const { return Work.has_value(); }
-    // How far that is; empty for nothing.
+    // Ends it where it is. False where there is none.
+    bool Stop();
+    // How far it is; empty for nothing.
     std::string StatusText() const;
 
 private:
@@ -36,6 +41,7 @@ private:
 
     FilePanes& Panes;
     DialogStack& Stack;
+    KeyGuard& Guard;
     std::optional<EntryWork> Work;
     // "Delete".
     std::string WorkText;

@@ -51,7 +51,7 @@ bool FilePanes::TakeKey(const KeyPress& Key, TimePoint Now) {
         side.Way.Enter();
     } else if (Key.Code == KeyCode::Backspace) {
         side.Way.GoUp();
-    } else if (Key.Code == KeyCode::Escape) {
+    } else if (Key.Code == KeyCode::Escape && side.Way.Reading()) {
         side.Way.StopReading();
     } else if (Key.Code == KeyCode::ClearLine) {
         bSwapped = !bSwapped;

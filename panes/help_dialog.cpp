@@ -28,7 +28,7 @@ constexpr HelpLine kLines[] = {
     {"Ctrl-U", "swap the panes"},
     {"Ctrl-R", "read again"},
     {"Ctrl-L", "draw everything again"},
-    {"Esc", "stop what is being read"},
+    {"Esc", "stop reading or deleting"},
     {"Marks", ""},
     {"Insert, Space, Ctrl-T", "mark or unmark, and go down"},
     {"+", "mark what a pattern matches, such as *.flac"},

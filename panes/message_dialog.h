@@ -30,13 +30,14 @@ class MessageDialog : public Dialog {
 public:
     explicit MessageDialog(Message MessageToShow);
 
-    // For a question that comes while somebody may be typing: keys are dead at first. The guard
-    // outlives the dialog.
+    // For one that comes while somebody may be typing: keys are dead at first. The guard outlives
+    // the dialog.
     void AppearUnasked(KeyGuard& GuardOfAll, TimePoint Now);
 
     void Draw(Screen& On, TimePoint Now) override;
     void TakeKey(const KeyPress& Key, TimePoint Now) override;
     bool IsClosed() const override { return Chosen.has_value(); }
+    bool IsGuarded() const override { return Guard != nullptr; }
 
     // There is nothing to answer any more: as if the safe button were pressed.
     void Close() { Chosen = Shown.SafeButton; }

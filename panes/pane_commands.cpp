@@ -43,6 +43,9 @@ bool PaneCommands::TakeKey(const KeyPress& Key) {
         Entries.Delete();
         return true;
     }
+    if (Key.Code == KeyCode::Escape) {
+        return StopPlanning() || Entries.Stop();
+    }
     if (Key.Code == KeyCode::Function) {
         return TakeFunctionKey(Key.Number);
     }
@@ -149,6 +152,25 @@ void PaneCommands::BeginTransfer(TransferRequest Request, bool bOutOfSight) {
 }
 
 void PaneCommands::Attend() {
+    StartPlanned();
+    UnmarkBegun();
+}
+
+void PaneCommands::UnmarkBegun() {
+    std::erase_if(MarkedFor, [this](const auto& Each) {
+        const auto& [id, marked] = Each;
+        const TransferRun::Stage stage = Runs.Find(id)->Run->CurrentStage();
+        if (stage == TransferRun::Stage::Looking || stage == TransferRun::Stage::Judged) {
+            return false;
+        }
+        if (Runs.Find(id)->Run->Job() != nullptr) {
+            marked.In->List().Unmark(marked.Entries);
+        }
+        return true;
+    });
+}
+
+void PaneCommands::StartPlanned() {
     std::optional<BuiltPlan> plan = Planning ? Planning->TakePlan() : std::nullopt;
     if (!plan) {
         return;
@@ -162,7 +184,7 @@ void PaneCommands::Attend() {
     }
     const std::uint64_t id =
         Runs.Start(request, std::move(std::get<TarvaneTransferPlan>(*plan)), discs);
-    PlannedIn->List().Unmark(request.Operands);
+    MarkedFor.emplace(id, Marked{PlannedIn, request.Operands});
     if (!bInBackground) {
         RunsShown.ShowProgress(id);
     }

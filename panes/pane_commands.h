@@ -9,6 +9,9 @@
 #include "run_dialogs.h"
 #include "run_list.h"
 
+#include <cstdint>
+#include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -53,6 +56,8 @@ private:
     bool TakeFunctionKey(int Number);
     void Transfer(bool bMove);
     void BeginTransfer(TransferRequest Request, bool bOutOfSight);
+    void StartPlanned();
+    void UnmarkBegun();
     void Mark(bool bMark);
     void GoToPlace();
     void Open(const char* Variable, const char* Otherwise);
@@ -64,9 +69,16 @@ private:
     RunDialogs& RunsShown;
     DialogStack& Stack;
     std::optional<PlanTask> Planning;
-    // The pane that the plan was made in: the marks of its entries go when it begins.
+    // The pane that the plan was made in.
     Browser* PlannedIn = nullptr;
     bool bInBackground = false;
+    // Of runs that have not begun to copy, by their numbers. The marks stay until then, for whoever
+    // answers No to what a look has found.
+    struct Marked {
+        Browser* In;
+        std::vector<std::filesystem::path> Entries;
+    };
+    std::map<std::uint64_t, Marked> MarkedFor;
     std::optional<FileProgram> Program;
     bool bLeaves = false;
 };

@@ -19,11 +19,14 @@
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
 constexpr std::chrono::milliseconds kSoon{20};
-constexpr int kNotFoundByShell = 127;
+// What the shell ends with.
+constexpr int kNotExecutable = 126;
+constexpr int kNotFound = 127;
 
 class PanesFrontEnd : public Activity, public LoopSurface {
 public:
@@ -63,7 +66,7 @@ private:
     KeyGuard Guard;
     DialogStack Stack;
     FilePanes Panes;
-    EntryCommands Entries{Panes, Stack};
+    EntryCommands Entries{Panes, Stack, Guard};
     RunList Runs;
     RunDialogs RunsShown{Runs, Stack, Guard};
     PaneCommands Commands{Panes, Entries, Runs, RunsShown, Stack};
@@ -73,6 +76,8 @@ private:
     std::string ProgramVariable;
     // What SIGUSR1 was answered with.
     std::string Answered;
+    // The window has no room for the dialogs.
+    bool bHidden = false;
     std::optional<int> EndSignal;
 };
 
@@ -80,6 +85,9 @@ RunOutcome PanesFrontEnd::Run() {
     Loop.Run(*this);
     Shown.Leave();
     Device.Close();
+    if (EndSignal) {
+        Device.SendSignalAfter(EndRequest::kCleanUpTime, *EndSignal);
+    }
     Device.FinishWriting();
     return {.Result = RunResult::Succeeded, .EndSignal = EndSignal};
 }
@@ -90,12 +98,15 @@ void PanesFrontEnd::TakeKey(const KeyPress& Key) {
         Shown.RedrawWhole();
         return;
     }
-    if (!RunsShown.IsAsking()) {
+    if (bHidden || !Stack.IsGuarded()) {
         Guard.KeyIsDead(Loop.Now());
+    }
+    if (bHidden || !LayOutPanes(Shown.Size())) {
+        return;
     }
     if (!Stack.IsEmpty()) {
         Stack.TakeKey(Key, Loop.Now());
-    } else if (LayOutPanes(Shown.Size()) && !Commands.WantsToLeave()) {
+    } else if (!Commands.WantsToLeave()) {
         TakePaneKey(Key);
     }
 }
@@ -106,9 +117,6 @@ void PanesFrontEnd::TakePaneKey(const KeyPress& Key) {
         if (const auto number = FunctionKeyAt(Key.Mouse.Column, Shown.Size().Columns)) {
             Commands.TakeKey({.Code = KeyCode::Function, .Number = *number});
         }
-        return;
-    }
-    if (Key.Code == KeyCode::Escape && Commands.StopPlanning()) {
         return;
     }
     if (!Panes.TakeKey(Key, Loop.Now())) {
@@ -122,7 +130,7 @@ bool PanesFrontEnd::IsOver() {
     Panes.Attend(Loop.Now());
     RunsShown.Attend(Loop.Now());
     Commands.Attend();
-    Entries.Attend();
+    Entries.Attend(Loop.Now());
     Stack.Attend();
     if (RunsShown.TakeEnd()) {
         Panes.ReadAgain();
@@ -151,13 +159,16 @@ void PanesFrontEnd::FollowRequests() {
     EndSignal = requests.Signal();
     Commands.StopPlanning();
     Runs.EndAll(*EndSignal);
+    if (Program) {
+        Program->Terminate();
+    }
 }
 
 void PanesFrontEnd::FollowProgram() {
     if (Program) {
         if (const std::optional<int> status = Program->TakeExitStatus()) {
             Program.reset();
-            if (status == kNotFoundByShell) {
+            if (status == kNotExecutable || status == kNotFound) {
                 Commands.Say("No program",
                              {Quoted(ProgramCommand) + " cannot be run; the variable " +
                               ProgramVariable + " says which one to use."});
@@ -192,6 +203,9 @@ std::chrono::microseconds PanesFrontEnd::LongestWait() const {
 }
 
 std::string PanesFrontEnd::StatusLine() const {
+    if (RunsShown.NeedsSomebody() && !RunsShown.IsAsking()) {
+        return RunsShown.StatusText();
+    }
     for (std::string text : {Answered, Commands.StatusText(), Entries.StatusText()}) {
         if (!text.empty()) {
             return text;
@@ -205,6 +219,10 @@ void PanesFrontEnd::Draw() {
         return;
     }
     Shown.Erase();
+    const bool bWasHidden = std::exchange(bHidden, !LayOutPanes(Shown.Size()));
+    if (bWasHidden && !bHidden && Stack.IsGuarded()) {
+        Guard.QuestionAppears(Loop.Now());
+    }
     if (const std::optional<PanesLayout> layout = LayOutPanes(Shown.Size())) {
         Panes.Draw(Shown, *layout, Loop.Now());
         const bool bNeedsSomebody = RunsShown.NeedsSomebody() && !RunsShown.IsAsking();

@@ -92,7 +92,8 @@ void RunDialogs::FollowProgress(ProgressDialog& Shown, std::uint64_t Id) {
 }
 
 void RunDialogs::CancelInFront() {
-    if (ListedRun* const listed = InFront ? Runs.Find(*InFront) : nullptr) {
+    const std::optional<std::uint64_t> shown = Asking ? Asking : InFront;
+    if (ListedRun* const listed = shown ? Runs.Find(*shown) : nullptr) {
         listed->Run->Cancel();
     }
 }

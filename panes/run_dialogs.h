@@ -36,7 +36,7 @@ public:
     void ShowList();
     // That of the first run that waits; nothing where none does.
     void ShowFirstQuestion();
-    // Cancels what is shown, as Esc does.
+    // Cancels what is shown, as Esc does: the run whose question lies over the others first.
     void CancelInFront();
 
     // Whether a question is shown, which the keys are for.

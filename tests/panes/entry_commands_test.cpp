@@ -168,6 +168,44 @@ TEST_F(EntryCommandsTest, SaysWhatCouldNotBeDeletedAndHowMuchMore) {
     EXPECT_EQ(Dialogs(), "Delete " + lines + "and 2 more [ Close ]");
 }
 
+// Needs root for the mount.
+TEST_F(EntryCommandsTest, TakesNoKeyForWhatItSaysUnasked) {
+    EnterPrivateMountNamespace();
+    WriteFile(Root / "from/full/file", "");
+    const ScopedMount mount = BindReadOnly(Root / "from/full", Root / "from/full");
+    Panes.Active().GoTo(Root / "from/full");
+    ASSERT_TRUE(BothAreRead());
+    Press('*');
+    Press(FunctionKey(8));
+    Press('y');
+    ASSERT_TRUE(IsDone());
+    ASSERT_FALSE(Stack.IsEmpty());
+    Stack.TakeKey({.Code = KeyCode::Text, .Text = "c"}, Now);
+    EXPECT_FALSE(Stack.IsEmpty());
+    Press('c');
+    EXPECT_TRUE(Stack.IsEmpty());
+}
+
+TEST_F(EntryCommandsTest, EndsADeletionWhereItIs) {
+    constexpr int kMany = 20000;
+    for (int i = 0; i < kMany; ++i) {
+        WriteFile(Root / "from/many" / std::to_string(i), "");
+    }
+    Panes.Active().GoTo(Root / "from", "many");
+    ASSERT_TRUE(BothAreRead());
+    Press(FunctionKey(8));
+    Press('y');
+    ASSERT_TRUE(Entries.IsBusy());
+    EXPECT_TRUE(Press(KeyCode::Escape));
+    EXPECT_FALSE(Entries.IsBusy());
+    const std::size_t left = ListingOf(Root / "from/many").size();
+    EXPECT_GT(left, 0U);
+    ASSERT_TRUE(BothAreRead());
+    EXPECT_TRUE(Stack.IsEmpty());
+    EXPECT_EQ(ListingOf(Root / "from/many").size(), left);
+    EXPECT_FALSE(Press(KeyCode::Escape));
+}
+
 TEST_F(EntryCommandsTest, DoesOneThingAtATime) {
     Press(FunctionKey(8));
     Press('y');

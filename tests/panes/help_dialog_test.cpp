@@ -106,7 +106,7 @@ TEST_F(Help, ShowsTheKeysFromTheBeginning) {
   │ Ctrl-U                  swap the panes                                   │
   │ Ctrl-R                  read again                                       │
   │ Ctrl-L                  draw everything again                            │
-  │ Esc                     stop what is being read                          │
+  │ Esc                     stop reading or deleting                         │
   │                                                                          │
   │ Marks                                                                    │
   │ Insert, Space, Ctrl-T   mark or unmark, and go down                      │
@@ -206,9 +206,9 @@ TEST_F(Help, KnowsEveryKeyOfTheCommands) {
     const std::vector<std::string> known = KeysInHelp({"Panes", "Marks", "Work"});
     FilePanes panes{PanesRequest()};
     DialogStack stack;
-    EntryCommands entries{panes, stack};
-    RunList runs;
     KeyGuard guard;
+    EntryCommands entries{panes, stack, guard};
+    RunList runs;
     RunDialogs runsShown{runs, stack, guard};
     PaneCommands commands{panes, entries, runs, runsShown, stack};
     for (const KeyPress& key : AllKeys()) {

@@ -78,7 +78,7 @@ protected:
         Panes.Attend(Now);
         RunsShown.Attend(Now);
         Commands.Attend();
-        Entries.Attend();
+        Entries.Attend(Now);
         Stack.Attend();
         if (RunsShown.TakeEnd()) {
             ++Ends;
@@ -111,14 +111,11 @@ protected:
     // After a second, so that no key is dead. False where nobody knew it.
     bool Press(const KeyPress& Key) {
         Now += std::chrono::seconds(1);
-        if (!RunsShown.IsAsking()) {
+        if (!Stack.IsGuarded()) {
             Guard.KeyIsDead(Now);
         }
         if (!Stack.IsEmpty()) {
             Stack.TakeKey(Key, Now);
-            return true;
-        }
-        if (Key.Code == KeyCode::Escape && Commands.StopPlanning()) {
             return true;
         }
         return Panes.TakeKey(Key, Now) || Commands.TakeKey(Key);
@@ -163,7 +160,7 @@ protected:
     KeyGuard Guard;
     DialogStack Stack;
     FilePanes Panes{MakeDirectories(Root.Path())};
-    EntryCommands Entries{Panes, Stack};
+    EntryCommands Entries{Panes, Stack, Guard};
     RunList Runs;
     RunDialogs RunsShown{Runs, Stack, Guard};
     PaneCommands Commands{Panes, Entries, Runs, RunsShown, Stack};

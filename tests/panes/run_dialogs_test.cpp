@@ -310,6 +310,18 @@ TEST_F(RunDialogsTest, CancelWhatIsInFrontAndNothingElse) {
     EXPECT_EQ(RunOf(front).Outcome().Result, RunResult::Canceled);
 }
 
+TEST_F(RunDialogsTest, CancelTheRunWhoseQuestionLiesOverTheOneInFront) {
+    const std::uint64_t asking = StartAsking({"1"});
+    const std::uint64_t front = StartAsking({"2"});
+    ASSERT_TRUE(Waits(asking));
+    RunsShown.ShowFirstQuestion();
+    RunsShown.ShowProgress(front);
+    RunsShown.CancelInFront();
+    ASSERT_TRUE(IsOver(asking));
+    EXPECT_EQ(RunOf(asking).Outcome().Result, RunResult::Canceled);
+    EXPECT_FALSE(Runs.Find(front)->IsOver());
+}
+
 TEST_F(RunDialogsTest, CancelByTheKeyOfTheProgress) {
     const std::uint64_t id = StartAsking({"1"});
     RunsShown.ShowProgress(id);

@@ -156,6 +156,16 @@ TEST_F(PanesAndTheirTerminal, SigtermEndsThem) {
     ExpectEndBy(SIGTERM);
 }
 
+// As Ctrl-S does, or a line that hangs.
+TEST_F(PanesAndTheirTerminal, SigtermEndsThemWhereOutputIsStopped) {
+    StartShown();
+    Program->Type("\x13");
+    Program->Type(kDown);
+    Program->Watch(0.5);
+    Program->Signal(SIGTERM);
+    EXPECT_TRUE(Program->ExitsWith(128 + SIGTERM));
+}
+
 TEST_F(PanesAndTheirTerminal, SighupEndsThem) {
     ExpectEndBy(SIGHUP);
 }

@@ -102,6 +102,20 @@ TEST_F(PanesToWorkWith, DeleteDeletesAfterYes) {
     EXPECT_EQ(Here(), (Tree{{"bread.txt", "file bread"}}));
 }
 
+TEST_F(PanesToWorkWith, TakeNoAnswerWhereTheWindowIsTooSmallForTheQuestion) {
+    StartHere();
+    GoTo("apple.txt");
+    Program->Type(kDelete);
+    ASSERT_TRUE(Program->ShowsText("Delete 'apple.txt'?"));
+    Resize(40, 12);
+    ASSERT_TRUE(Program->ShowsScreen("Terminal too small (60x16 needed)\n"));
+    Program->Type("y");
+    Program->Watch(0.5);
+    Resize(80, 24);
+    EXPECT_TRUE(Program->ShowsText("Delete 'apple.txt'?"));
+    EXPECT_EQ(Here(), kAtFirst);
+}
+
 TEST_F(PanesToWorkWith, DeletesAllThatIsMarkedWithWhatIsInIt) {
     WriteFile(Root / "here/full/of/it", "x");
     StartPanes({"here", "there"});
@@ -165,6 +179,20 @@ TEST_F(PanesToWorkWith, ACtrlCInThePagerIsNotForThePanes) {
     ExpectRestoredTerminal();
 }
 
+TEST_F(PanesToWorkWith, SigtermEndsThePagerToo) {
+    const std::string pager =
+        Script("pager", "trap 'echo ended > \"" + PathOf("there/ended") +
+                            "\"; exit' TERM; echo viewing; while :; do read answer; done\n");
+    StartHere({{"PAGER", pager}});
+    GoTo("apple.txt");
+    Program->Type(kF3);
+    ASSERT_TRUE(Program->ShowsText("viewing"));
+    Program->Signal(SIGTERM);
+    EXPECT_TRUE(Program->ExitsWith(128 + SIGTERM));
+    EXPECT_EQ(ReadFile(Root / "there/ended"), "ended\n");
+    ExpectRestoredTerminal();
+}
+
 TEST_F(PanesToWorkWith, F4ShowsWhatTheEditorHasChanged) {
     const std::string editor = Script("editor", "printf '%s' \"$1\" >> \"$2\"\n");
     StartHere({{"EDITOR", editor + " 'and more'"}});
@@ -187,6 +215,13 @@ TEST_F(PanesToWorkWith, F4HandsOnAnyNameWhole) {
     ASSERT_TRUE(AreRead());
     EXPECT_EQ(Here(),
               (Tree{{"apple.txt", "file apple"}, {"bread.txt", "file bread"}, {name, "file new"}}));
+}
+
+TEST_F(PanesToWorkWith, SayThatAPagerCannotBeRun) {
+    StartHere({{"PAGER", "here/apple.txt"}});
+    GoTo("apple.txt");
+    Program->Type(kF3);
+    EXPECT_TRUE(Program->ShowsText("'here/apple.txt' cannot be run; the variable PAGER says"));
 }
 
 TEST_F(PanesToWorkWith, SayThatAPagerIsNotThere) {

@@ -286,6 +286,24 @@ TEST_F(PanesQuestions, KeysTypedAheadDoNotAnswer) {
     EXPECT_EQ(InTo("a.txt"), "new a");
 }
 
+TEST_F(PanesQuestions, WaitUntilTheWindowHasRoomForThem) {
+    BeginWith("a.txt");
+    AwaitQuestion("/from/a.txt");
+    Resize(40, 12);
+    ASSERT_TRUE(Program->ShowsScreen("Terminal too small (60x16 needed)\n"));
+    Program->Type("o");
+    Program->Watch(1.2);
+    Resize(100, 30);
+    ASSERT_TRUE(Program->ShowsText(kFileQuestion));
+    Program->Type("o");
+    Program->Watch(1.2);
+    EXPECT_NE(Program->Screen().find(kFileQuestion), std::string::npos);
+    EXPECT_EQ(InTo("a.txt"), "old a");
+    Program->Type("o");
+    CloseEnd("│ Copied 1 entry, 5 B; 1 replaced.");
+    EXPECT_EQ(InTo("a.txt"), "new a");
+}
+
 TEST_F(PanesQuestions, TheDialogCanSayOverwriteBeforehand) {
     StartOn("a.txt");
     Mark("*.txt");
@@ -584,6 +602,7 @@ TEST_F(PanesFullDisk, NoToTheQuestionTouchesNothing) {
     BeginBoth();
     Program->Type(kEnter);
     CloseEnd("│ Canceled before anything was touched.");
+    EXPECT_TRUE(Program->ShowsText(" Marked 2: "));
     EXPECT_EQ(ListingOf(Root / "disk"), (std::vector<fs::path>{Root / "disk/other"}));
     ExpectQuits();
 }
@@ -606,6 +625,7 @@ TEST_F(PanesFullDisk, AFailureIsToldAndRunAgainOnceItsReasonIsGone) {
     fs::remove(Root / "disk/other");
     Program->Type("r");
     CloseEnd("│ Copied 1 entry, 3.0 MB; 1 skipped.");
+    EXPECT_TRUE(Program->ShowsNoText(" Marked "));
     EXPECT_EQ(ReadFile(Root / "disk/a.txt"), "changed");
     EXPECT_EQ(ReadFile(Root / "disk/big.bin"), PatternBytes(3 << 20));
     ExpectQuits();
