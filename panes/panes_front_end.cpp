@@ -168,7 +168,7 @@ void PanesFrontEnd::FollowProgram() {
     if (Program) {
         if (const std::optional<int> status = Program->TakeExitStatus()) {
             Program.reset();
-            if (status == kNotExecutable || status == kNotFound) {
+            if (*status == kNotExecutable || *status == kNotFound) {
                 Commands.Say("No program",
                              {Quoted(ProgramCommand) + " cannot be run; the variable " +
                               ProgramVariable + " says which one to use."});

@@ -428,6 +428,7 @@ protected:
         for (const char* name : {"a.txt", "b.txt"}) {
             Mark(name);
             BeginInBackground();
+            ASSERT_TRUE(Program->ShowsNoText(" Marked "));
             ASSERT_TRUE(Program->ShowsText(kWaits));
         }
     }

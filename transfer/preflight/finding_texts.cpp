@@ -148,6 +148,10 @@ std::string DescribeLimit(const PreflightFinding& Finding) {
            std::to_string(PATH_MAX - 1) + " bytes";
 }
 
+std::string MoveStopsAt(const std::string& What, const char* Why) {
+    return "the move will stop at " + What + Why;
+}
+
 int RankOf(const FindingGroup& Group) {
     if (Group.Kind == Kind::LinkToDirectoryOnMove) {
         return 0;
@@ -166,9 +170,6 @@ std::string DescribeFinding(const PreflightFinding& Finding) {
     switch (Finding.Kind) {
     case Kind::DanglingLink:
         return "the job will stop at the link " + path + ", which leads nowhere";
-    case Kind::OvertakenLink:
-        return "the move will stop at the link " + path +
-               ", which leads to what has been moved before it";
     case Kind::LinkToDirectory:
         return "the directory that the link " + path + " leads to will be copied with its contents";
     case Kind::LinkToDirectoryOnMove:
@@ -189,11 +190,12 @@ std::string DescribeFinding(const PreflightFinding& Finding) {
     case Kind::UninspectableEntry:
     case Kind::MissingDrive:
         return "the job will stop at " + path + ": " + Finding.Reason;
+    case Kind::OvertakenLink:
+        return MoveStopsAt("the link " + path, ", which leads to what has been moved before it");
     case Kind::UnwritableSourceDirectory:
-        return "the move will stop at the directory " + path +
-               ", from which nothing can be removed";
+        return MoveStopsAt("the directory " + path, ", from which nothing can be removed");
     case Kind::UnremovableEntry:
-        return "the move will stop at " + path + ", which cannot be removed";
+        return MoveStopsAt(path, ", which cannot be removed");
     case Kind::DestinationInsideSource:
         return "the job will stop at the directory " + path +
                ", because the destination is inside it";
