@@ -112,7 +112,9 @@ public:
     // As in the standard library, what is too large to be told exists all the same.
     bool Exists() const { return Error == 0 || Error == EOVERFLOW; }
     // Neither found nor missed.
-    bool IsUnknown() const { return !Exists() && Error != ENOENT && Error != ENOTDIR; }
+    bool IsUnknown() const { return !Exists() && IsUntold(); }
+    // It may exist, but not as what.
+    bool IsUntold() const { return Error != 0 && Error != ENOENT && Error != ENOTDIR; }
     bool IsDirectory() const { return Error == 0 && S_ISDIR(Info.st_mode); }
     bool IsRegularFile() const { return Error == 0 && S_ISREG(Info.st_mode); }
 
@@ -1870,7 +1872,7 @@ bool ResolveLocalDirectoryConflict(TarvaneTransferJob& Job, const MetPath& Sourc
                                    TarvaneTransferConflictPolicy ConflictPolicy, bool& OutSkip,
                                    std::string& ErrorMessage) {
     OutSkip = false;
-    if (Destination.Status.IsUnknown()) {
+    if (Destination.Status.IsUntold()) {
         return Fail(ErrorMessage, "Failed checking destination '" + Destination.Path.native() +
                                       "': " + Destination.Status.ErrorCode().message());
     }
@@ -1908,7 +1910,7 @@ bool ResolveLocalDirectoryConflict(TarvaneTransferJob& Job, const MetPath& Sourc
 bool PrepareDirectoryTarget(const fs::path& Source, const MetPath& Destination,
                             TarvaneTransferJob& Job, bool& OutIsNew, std::string& ErrorMessage) {
     std::error_code ec;
-    if (Destination.Status.IsUnknown()) {
+    if (Destination.Status.IsUntold()) {
         return Fail(ErrorMessage, "Failed checking destination '" + Destination.Path.native() +
                                       "': " + Destination.Status.ErrorCode().message());
     }

@@ -100,6 +100,23 @@ TEST_F(DirectoryFailure, OfTheCheckOfTheDestination) {
                            "': Too many levels of symbolic links");
 }
 
+// It is there, but nothing can be told of it, as of a file with more bytes than a number holds.
+TEST_F(DirectoryFailure, OfTheCheckOfADestinationThatCannotBeTold) {
+    fs::create_directory(Source);
+    WriteFile(Destination, "old");
+    EngineHooks hooks;
+    hooks.Status = [this](const fs::path& Path) {
+        return Path == Destination ? std::make_error_code(std::errc::value_too_large)
+                                   : std::error_code();
+    };
+    for (const Policy policy : {Policy::Overwrite, Policy::Skip, Policy::Ask}) {
+        EXPECT_EQ(Run(kCopy, policy), Result::Failed);
+        EXPECT_EQ(Message, "Failed checking destination '" + Destination.string() +
+                               "': Value too large for defined data type");
+    }
+    EXPECT_EQ(ReadFile(Destination), "old");
+}
+
 // The destination turns into a link to itself while the user thinks about it.
 TEST_F(DirectoryFailure, OfTheSecondCheckOfTheDestination) {
     fs::create_directory(Source);
