@@ -12,13 +12,20 @@
 
 namespace {
 
-void FailUnlessFinished(TarvaneTransferJob& Job, const std::string& Reason) noexcept {
+void FailUnlessFinished(TarvaneTransferJob& Job, const char* What, const char* Why) noexcept {
+    if (Job.IsFinished()) {
+        return;
+    }
     try {
-        if (!Job.IsFinished()) {
-            Job.FinishFailure(Reason);
-        }
+        Job.FinishFailure(std::string(What) + Why);
+        return;
     } catch (const std::exception&) {
-        // FinishFailure sets the flags before anything in it can fail; only the text is missing.
+        // There may be no memory for the sentence.
+    }
+    try {
+        Job.FinishFailure({});
+    } catch (const std::exception&) {
+        // The flags are set before anything in it can fail.
     }
 }
 
@@ -31,9 +38,9 @@ void Work(const std::shared_ptr<TarvaneTransferJob>& Job, TarvaneTransferPlan Pl
     try {
         RunTarvaneTransferJob(Job, std::move(Plan));
     } catch (const std::exception& error) {
-        FailUnlessFinished(*Job, std::string("Transfer stopped: ") + error.what());
+        FailUnlessFinished(*Job, "Transfer stopped: ", error.what());
     } catch (...) {
-        FailUnlessFinished(*Job, "Transfer stopped by an unknown error.");
+        FailUnlessFinished(*Job, "Transfer stopped by an unknown error.", "");
     }
 }
 
@@ -48,7 +55,7 @@ TransferSession::TransferSession(TarvaneTransferPlan Plan, bool bPrivate)
             Work(job, std::move(plan), bPrivate);
         });
     } catch (const std::exception& error) {
-        FailUnlessFinished(*Running, std::string("Failed to start the transfer: ") + error.what());
+        FailUnlessFinished(*Running, "Failed to start the transfer: ", error.what());
     }
 }
 
