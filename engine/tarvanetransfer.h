@@ -177,7 +177,8 @@ public:
     TarvaneTransferJob& operator=(const TarvaneTransferJob&) = delete;
 
     // Asks the worker to stop. It does so between two blocks, entries or CD reads, and a wait for
-    // an answer ends at once. A finished job keeps its message.
+    // an answer ends at once; a comparison of contents, the count of what is skipped and the
+    // removal of a directory in the way are finished first. A finished job keeps its message.
     void RequestCancel();
 
     bool IsCancelRequested() const;

@@ -18,8 +18,9 @@ bool EnsureUtf8Locale();
 bool IsUserLocaleUtf8();
 
 // Replaces or drops whatever could drive, reorder or misalign a terminal: each invalid byte, each
-// direction control and whatever is not printable becomes U+FFFD, each control character `?`;
-// joiners, selectors and other invisible characters vanish. The result is valid UTF-8 on one line.
+// embedding, override or isolate of a direction and whatever is not printable becomes U+FFFD, each
+// control character `?`; soft hyphens, joiners, direction marks, invisible operators, variation
+// selectors, skin tones and tags vanish. The result is valid UTF-8 on one line.
 std::string CleanForScreen(std::string_view Text);
 
 // The columns that clean text takes.
