@@ -50,14 +50,26 @@ bool OvertakenLinks::LeavesBefore(const fs::path& Target, const fs::path& Link) 
     const auto itemOf = Items.find(LocationOf(Item).native());
     for (fs::path above = Target; above.has_relative_path(); above = above.parent_path()) {
         const auto found = Items.find(above.native());
-        if (found != Items.end() && found->second < itemOf->second) {
-            return true;
-        }
-        if (found == itemOf) {
-            return ComesBefore(Target, Link);
+        if (found != Items.end() && found->second <= itemOf->second) {
+            return (found != itemOf || ComesBefore(Target, Link)) &&
+                   !MayStay(Plan.Items[found->second],
+                            Target.native().substr(above.native().size()));
         }
     }
     return false;
+}
+
+bool OvertakenLinks::MayStay(const TarvaneTransferItemPlan& Above,
+                             const std::string& Inside) const {
+    using Choice = FileConflictChoice;
+    const auto isTaken = [&Above](const std::string& Name) {
+        std::error_code ec;
+        return fs::exists(fs::symlink_status(Above.DestinationPath.native() + Name, ec));
+    };
+    const bool bEachGoes =
+        Rules.ForFiles == Choice::Overwrite || Rules.ForFiles == Choice::KeepBoth;
+    return (!bEachGoes && isTaken(Inside)) ||
+           (Rules.ForDirectories == DirectoryConflictChoice::Skip && isTaken(""));
 }
 
 bool OvertakenLinks::ComesBefore(const fs::path& First, const fs::path& Second) {

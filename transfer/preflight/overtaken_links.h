@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "conflict_policy.h"
 #include "preflight_result.h"
 #include "tarvanetransfer.h"
 
@@ -13,9 +14,10 @@
 
 class OvertakenLinks {
 public:
-    // Adds to the findings of Result. Both outlive it.
-    OvertakenLinks(PreflightResult& ResultToFill, const TarvaneTransferPlan& PlanOfWalk)
-        : Result(ResultToFill), Plan(PlanOfWalk) {}
+    // Adds to the findings of Result. All of them outlive it.
+    OvertakenLinks(PreflightResult& ResultToFill, const TarvaneTransferPlan& PlanOfWalk,
+                   const ConflictRules& ChosenRules)
+        : Result(ResultToFill), Plan(PlanOfWalk), Rules(ChosenRules) {}
 
     // The item that the walk is in from now on.
     void EnterItem(const std::filesystem::path& Source) { Item = Source; }
@@ -30,11 +32,14 @@ private:
     // Without links above the entry itself; empty where that is not there.
     std::filesystem::path LocationOf(const std::filesystem::path& Path);
     bool LeavesBefore(const std::filesystem::path& Target, const std::filesystem::path& Link);
+    // Whether the choices may skip what is called Inside in Above, because its name is taken.
+    bool MayStay(const TarvaneTransferItemPlan& Above, const std::string& Inside) const;
     bool ComesBefore(const std::filesystem::path& First, const std::filesystem::path& Second);
     void ListOrder(const std::filesystem::path& Directory);
 
     PreflightResult& Result;
     const TarvaneTransferPlan& Plan;
+    const ConflictRules& Rules;
     std::filesystem::path Item;
     // By their locations; empty until the first link.
     std::unordered_map<std::string, std::size_t> Items;

@@ -23,7 +23,7 @@ SourceWalk::SourceWalk(const Parts& PartsToFill, const TarvaneTransferPlan& Plan
       Destinations(PartsToFill.Destinations), Names(PartsToFill.Names), bMove(Plan.bMove),
       Scope(Wanted), Record(PartsToFill.Record),
       Files(Result, Names, PartsToFill.Demand, Record, bMove),
-      Links(Result, PartsToFill.Demand, bMove), Overtaken(Result, Plan) {}
+      Links(Result, PartsToFill.Demand, bMove), Overtaken(Result, Plan, Names.Chosen()) {}
 
 void SourceWalk::Walk(const std::filesystem::path& Source,
                       const std::filesystem::path& Destination) {

@@ -55,6 +55,8 @@ public:
         : Rules(std::move(ChosenRules)), Policy(Rules), Result(ResultToFill),
           bCarriesModes(bCarryModes) {}
 
+    const ConflictRules& Chosen() const { return Rules; }
+
     // What becomes of Source at DestinationPath, where There was seen. Counts it; a refused name is
     // a finding.
     NameFate Decide(const SourceSide& Source, const std::string& DestinationPath,

@@ -131,6 +131,26 @@ TEST_F(OvertakenLinks, MayBeNamedThroughOtherPaths) {
     EXPECT_EQ(TransferMessage(), "Source does not exist: " + Plan.Items[1].SourcePath.native());
 }
 
+TEST_F(OvertakenLinks, AreNoneWhereTheirTargetsMayBeSkipped) {
+    WriteFile(From / "file", "x");
+    WriteFile(From / "directory/file", "x");
+    MakeLink("file", From / "to-file");
+    MakeLink("directory/file", From / "into-directory");
+    WriteFile(Away.Path() / "file", "taken");
+    fs::create_directory(Away.Path() / "directory");
+    PlanToMoveAway({"file", "directory", "to-file", "into-directory"});
+    const std::string toFile = FindingOf(From / "to-file");
+    const std::string intoDirectory = FindingOf(From / "into-directory");
+    Rules.ForFiles = FileConflictChoice::Overwrite;
+    EXPECT_EQ(Found(), (Strings{intoDirectory, toFile}));
+    Rules.ForFiles = FileConflictChoice::KeepBoth;
+    EXPECT_EQ(Found(), (Strings{intoDirectory, toFile}));
+    Rules.ForFiles = FileConflictChoice::Skip;
+    EXPECT_EQ(Found(), (Strings{intoDirectory}));
+    Rules.ForDirectories = DirectoryConflictChoice::Skip;
+    EXPECT_EQ(Found(), kNothing);
+}
+
 TEST_F(OvertakenLinks, AreNoneWhereTheyAreSkippedOrCopied) {
     WriteFile(From / "file", "x");
     MakeLink("file", From / "link");
