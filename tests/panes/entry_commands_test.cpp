@@ -17,6 +17,14 @@ protected:
     testing::AssertionResult IsDone() {
         return Becomes("the work is done", [&] { return !Entries.IsBusy(); });
     }
+    void DeleteAllIn(const std::string& Directory) {
+        Panes.Active().GoTo(Root / "from" / Directory);
+        ASSERT_TRUE(BothAreRead());
+        Press('*');
+        Press(FunctionKey(8));
+        Press('y');
+        ASSERT_TRUE(IsDone());
+    }
     // Types it where something is, and takes it.
     void Enter(const std::string& Text) {
         Type(Text);
@@ -159,12 +167,7 @@ TEST_F(EntryCommandsTest, SaysWhatCouldNotBeDeletedAndHowMuchMore) {
         lines += i < 20 ? "cannot delete 'ROOT/from/" + name + "': Read-only file system " : "";
     }
     const ScopedMount mount = BindReadOnly(Root / "from/full", Root / "from/full");
-    Panes.Active().GoTo(Root / "from/full");
-    ASSERT_TRUE(BothAreRead());
-    Press('*');
-    Press(FunctionKey(8));
-    Press('y');
-    ASSERT_TRUE(IsDone());
+    DeleteAllIn("full");
     EXPECT_EQ(Dialogs(), "Delete " + lines + "and 2 more [ Close ]");
 }
 
@@ -173,12 +176,7 @@ TEST_F(EntryCommandsTest, TakesNoKeyForWhatItSaysUnasked) {
     EnterPrivateMountNamespace();
     WriteFile(Root / "from/full/file", "");
     const ScopedMount mount = BindReadOnly(Root / "from/full", Root / "from/full");
-    Panes.Active().GoTo(Root / "from/full");
-    ASSERT_TRUE(BothAreRead());
-    Press('*');
-    Press(FunctionKey(8));
-    Press('y');
-    ASSERT_TRUE(IsDone());
+    DeleteAllIn("full");
     ASSERT_FALSE(Stack.IsEmpty());
     Stack.TakeKey({.Code = KeyCode::Text, .Text = "c"}, Now);
     EXPECT_FALSE(Stack.IsEmpty());

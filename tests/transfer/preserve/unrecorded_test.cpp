@@ -199,6 +199,14 @@ protected:
         return task;
     }
 
+    FinishTask TaskOfCopiedTree() {
+        MakeTree();
+        Record("tree");
+        FinishTask task = TaskOfJob();
+        Copy("tree");
+        return task;
+    }
+
     std::uint64_t OpenUpLate(const FinishTask& ToDo) { return OpenUpAll(ToDo, Kept.Entries()); }
 
     // A source that nobody has looked at, and its copy.
@@ -224,10 +232,7 @@ protected:
 };
 
 TEST_F(LateEntry, GetsTheModeOfItsSource) {
-    MakeTree();
-    Record("tree");
-    const FinishTask task = TaskOfJob();
-    Copy("tree");
+    const FinishTask task = TaskOfCopiedTree();
     MakeLate("tree/late");
     MakeLate("tree/inner/late");
     OpenUpLate(task);
@@ -239,20 +244,14 @@ TEST_F(LateEntry, GetsTheModeOfItsSource) {
 }
 
 TEST_F(LateEntry, GetsTheTimesOfItsSource) {
-    MakeTree();
-    Record("tree");
-    const FinishTask task = TaskOfJob();
-    Copy("tree");
+    const FinishTask task = TaskOfCopiedTree();
     MakeLate("tree/late");
     OpenUpLate(task);
     EXPECT_EQ(StatusText(To / "tree/late"), StatusText(From / "tree/late"));
 }
 
 TEST_F(LateEntry, IsOpenedUpWithAllThatIsInIt) {
-    MakeTree();
-    Record("tree");
-    const FinishTask task = TaskOfJob();
-    Copy("tree");
+    const FinishTask task = TaskOfCopiedTree();
     MakeDirectory(From / "tree/late/deep");
     MakeDirectory(To / "tree/late/deep");
     MakeDirectory(To / "tree/late");
@@ -266,10 +265,7 @@ TEST_F(LateEntry, IsOpenedUpWithAllThatIsInIt) {
 }
 
 TEST_F(LateEntry, StaysAsPrivateAsItsSource) {
-    MakeTree();
-    Record("tree");
-    const FinishTask task = TaskOfJob();
-    Copy("tree");
+    const FinishTask task = TaskOfCopiedTree();
     MakeLate("tree/late", 0600);
     EXPECT_EQ(OpenUpLate(task), 0U);
     EXPECT_EQ(ModeOf(To / "tree/late"), 0600U);
@@ -277,10 +273,7 @@ TEST_F(LateEntry, StaysAsPrivateAsItsSource) {
 
 // A move has removed its source; or somebody else has made it.
 TEST_F(LateEntry, StaysPrivateWithoutASource) {
-    MakeTree();
-    Record("tree");
-    const FinishTask task = TaskOfJob();
-    Copy("tree");
+    const FinishTask task = TaskOfCopiedTree();
     MakeFile(To / "tree/moved");
     MakeDirectory(To / "tree/inner/moved");
     MakeFile(To / "tree/inner/moved/file");
@@ -291,10 +284,7 @@ TEST_F(LateEntry, StaysPrivateWithoutASource) {
 }
 
 TEST_F(LateEntry, StaysPrivateWhereItsSourceIsOfAnotherKind) {
-    MakeTree();
-    Record("tree");
-    const FinishTask task = TaskOfJob();
-    Copy("tree");
+    const FinishTask task = TaskOfCopiedTree();
     MakeFile(To / "tree/file");
     MakeDirectory(From / "tree/file", 0755);
     MakeDirectory(To / "tree/directory");
@@ -406,10 +396,7 @@ TEST_F(LateEntry, IsNoCopyThatGotAnotherName) {
 }
 
 TEST_F(LateEntry, IsNotReachedThroughALink) {
-    MakeTree();
-    Record("tree");
-    const FinishTask task = TaskOfJob();
-    Copy("tree");
+    const FinishTask task = TaskOfCopiedTree();
     MakeFile(To / "secret/file");
     MakeDirectory(To / "secret");
     fs::create_directory_symlink(To / "secret", To / "tree/late");
@@ -448,10 +435,7 @@ TEST_F(LateEntry, IsNotLookedForInADirectoryThatWasSkipped) {
 }
 
 TEST_F(LateEntry, StaysPrivateAfterACancel) {
-    MakeTree();
-    Record("tree");
-    const FinishTask task = TaskOfJob();
-    Copy("tree");
+    const FinishTask task = TaskOfCopiedTree();
     MakeLate("tree/late");
     const std::atomic<bool> bCancel{true};
     OpenUpUnrecorded(task, Kept.Entries(), bCancel);
@@ -485,10 +469,7 @@ TEST_F(LateEntry, IsOnlySeenInNewDirectoriesWithoutTimesOfBirth) {
 class UnrecordedByFinisher : public LateEntry {};
 
 TEST_F(UnrecordedByFinisher, IsOpenedUpWhenTheRecordIsThrough) {
-    MakeTree();
-    Record("tree");
-    FinishTask task = TaskOfJob();
-    Copy("tree");
+    FinishTask task = TaskOfCopiedTree();
     MakeLate("tree/late");
     MakeDirectory(To / "parent");
     task.MadeParents = {To / "parent"};
