@@ -171,6 +171,7 @@ TEST_F(FinisherOnOldExt4, TellsWhenALaterTimeIsNotKept) {
     EXPECT_EQ(StatusText(To / "after"), "0640 1000000003.0 1100000003.0");
 }
 
+// Needs a kernel with vfat. Others show each of the three elsewhere.
 TEST_F(FinisherTest, TellsWhatVfatCannotHold) {
     EnterPrivateMountNamespace();
     const ScopedMount mounted = MountVfat(To, 8);
